@@ -1,0 +1,50 @@
+# The ways into the repository. Every goal installs the Debian packages it needs when they are missing; a build
+# directory is configured once, and again when the presets change.
+#   make demo     build the example and run it
+#   make test     build and test everything: natively, with sanitizers, as 32-bit program
+#   make fuzz     run every fuzz target for FUZZ_SECONDS
+#   make tidy     clang-tidy over all sources        make format   clang-format over all sources
+
+JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 60
+
+tested := release asan x86
+packages_release := g++ cmake ninja-build googletest pkg-config
+packages_x86 := g++-multilib cmake ninja-build googletest
+packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest
+packages_fuzz := $(packages_asan)
+packages_tidy := clang-tidy
+packages_format := clang-format git
+deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
+
+.DELETE_ON_ERROR:
+.PHONY: demo test fuzz tidy format $(deps)
+
+demo: build/release/build.ninja
+	@cmake --build build/release --target uuid_roundtrip -- --quiet
+	@build/release/examples/uuid_roundtrip
+
+# One run of ctest over all builds, so that one summary closes it.
+test: $(tested:%=build/%/build.ninja)
+	@for preset in $(tested); do cmake --build build/$$preset -j $(JOBS) || exit 1; done
+	@echo 'subdirs($(tested))' > build/CTestTestfile.cmake
+	@ctest --test-dir build --output-on-failure -j $(JOBS)
+
+fuzz: build/fuzz/build.ninja
+	@cmake --build build/fuzz -j $(JOBS)
+	@fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+# The build with clang++ has the command lines that clang-tidy understands.
+tidy: deps-tidy build/asan/build.ninja
+	@run-clang-tidy -quiet -j $(JOBS) -p build/asan '^$(CURDIR)/(src|base_idls|tests|fuzz|tools|examples)/'
+
+format: deps-format
+	@clang-format -i $$(git ls-files '*.h' '*.cpp')
+
+$(deps): deps-%:
+	@cmake/install-deps.sh $(packages_$*)
+
+build/release/build.ninja build/asan/build.ninja build/x86/build.ninja build/fuzz/build.ninja: \
+build/%/build.ninja: CMakePresets.json | deps-%
+	@cmake --preset $* > /dev/null
+	@touch $@

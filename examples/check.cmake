@@ -1,0 +1,18 @@
+# Runs PROGRAM: it must succeed and print exactly the file OUTPUT. The README shows SOURCE and OUTPUT as they are.
+execute_process(COMMAND ${PROGRAM} RESULT_VARIABLE status OUTPUT_VARIABLE printed)
+file(READ ${OUTPUT} expected)
+if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${PROGRAM} ended with ${status}")
+endif()
+if(NOT "${printed}" STREQUAL "${expected}")
+    message(FATAL_ERROR "printed:\n${printed}\nexpected:\n${expected}")
+endif()
+
+file(READ ${README} readme)
+foreach(shown ${SOURCE} ${OUTPUT})
+    file(READ ${shown} text)
+    string(FIND "${readme}" "${text}" position)
+    if(position EQUAL -1)
+        message(FATAL_ERROR "README.md does not show ${shown} as it is")
+    endif()
+endforeach()

@@ -1,0 +1,63 @@
+// Watching and failing memory allocations. The test program is linked so that malloc, calloc, realloc and free, as
+// called from the library and the tests, and operator new and delete, from wherever they are called, pass through here.
+// (Memory that libstdc++ or the C library take for themselves with malloc, such as strdup's, does not.)
+#pragma once
+
+#include <cstddef>
+
+namespace zr_test {
+
+// allocations watches from its construction to its destruction, on the thread that constructed it, and one at a time.
+// Blocks are known by address: only those made while it watches count, and they count until they are freed while it
+// watches. Its own records are kept outside what it counts.
+class allocations {
+public:
+    allocations();
+    ~allocations();
+    allocations(const allocations&) = delete;
+    allocations& operator=(const allocations&) = delete;
+
+    // live is the number of blocks that were made and not yet freed.
+    size_t live() const { return live_; }
+    // made is the number of requests that succeeded; a realloc counts as one.
+    size_t made() const { return made_; }
+
+    // fail_allocation makes the n-th request from now (1 is the next) fail once: malloc, calloc, realloc and the
+    // nothrow operators give null, the others throw std::bad_alloc. 0 calls it off.
+    void fail_allocation(size_t n) {
+        fail_in_ = n;
+        failed_ = false;
+    }
+    // failed tells whether the failure asked for last has happened: the end of a loop over n is the first n without it.
+    bool failed() const { return failed_; }
+
+    // on_release names a function that is shown each block just before it is freed or handed to realloc, whether it was
+    // made while watching or not: `size` is the size asked for where that is known, otherwise what the C library says
+    // is usable. The function must not allocate through the library, and what it allocates itself is not counted.
+    using inspector = void (*)(void* context, const void* block, size_t size);
+    void on_release(inspector inspect, void* context) {
+        inspect_ = inspect;
+        context_ = context;
+    }
+
+private:
+    friend struct allocation_hooks;
+    struct record;
+
+    record* find(const void* block) const;
+    void add(const void* block, size_t size);
+    void remove(const void* block);
+    void grow();
+
+    record* table_ = nullptr;  // open addressing, capacity a power of two, at most half full
+    size_t capacity_ = 0;
+    size_t live_ = 0;
+    size_t made_ = 0;
+    size_t fail_in_ = 0;
+    bool failed_ = false;
+    bool busy_ = false;  // inside the inspector
+    inspector inspect_ = nullptr;
+    void* context_ = nullptr;
+};
+
+}  // namespace zr_test
