@@ -21,7 +21,7 @@ deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 .PHONY: demo test fuzz tidy format $(deps)
 
 demo: build/release/build.ninja
-	@cmake --build build/release --target uuid_roundtrip -- --quiet
+	@cmake --build build/release --target uuid_roundtrip
 	@build/release/examples/uuid_roundtrip
 
 # One run of ctest over all builds, so that one summary closes it.

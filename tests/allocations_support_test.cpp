@@ -91,7 +91,7 @@ TEST(allocations, released_blocks_are_shown_with_their_contents) {
             &seen);
         for (const char* text : {"secret", "public"}) {
             char* volatile block = static_cast<char*>(std::malloc(16));
-            std::memcpy(block, "................", 16);
+            std::memset(block, '.', 16);
             std::memcpy(block + 10, text, 6);
             block = static_cast<char*>(std::realloc(block, 20));
             std::free(block);
