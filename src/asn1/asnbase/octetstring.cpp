@@ -1,0 +1,147 @@
+#include "asn1/asnbase/octetstring.h"
+
+#include <cstdlib>
+
+#include "asn1/asnbase/default_value.h"
+
+namespace {
+
+// The open levels of a segmented string: how many octets each had left when an inner one was opened.
+class level_stack {
+public:
+    struct level {
+        uint32_t remaining_after;  // octets that the enclosing level has left behind this one; 0 when indefinite
+        uint32_t indefinite;
+    };
+    level_stack() = default;
+    level_stack(const level_stack&) = delete;
+    level_stack& operator=(const level_stack&) = delete;
+    ~level_stack() { std::free(levels_); }
+
+    bool empty() const { return count_ == 0; }
+    const level& top() const { return levels_[count_ - 1]; }
+    void pop() { --count_; }
+    void push(level opened) {
+        if (count_ == capacity_) {
+            const size_t capacity = capacity_ == 0 ? 16 : capacity_ * 2;
+            void* grown = std::realloc(levels_, capacity * sizeof *levels_);
+            if (grown == nullptr) zr::throw_out_of_memory("Out of memory in asn_octetstring::decode_value");
+            levels_ = static_cast<level*>(grown);
+            capacity_ = capacity;
+        }
+        levels_[count_++] = opened;
+    }
+
+private:
+    level* levels_ = nullptr;
+    size_t count_ = 0;
+    size_t capacity_ = 0;
+};
+
+}  // namespace
+
+namespace zr {
+
+int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag,
+                  int (*on_segment)(void* context, const unsigned char* octets, unsigned int len), void* context) {
+    zr_r_buffer_t cursor(input);
+    if (!indefinite && !cursor.limit(len)) return zr_err_data_ends_early;
+    level_stack levels;
+    bool in_indefinite = indefinite;
+    for (;;) {
+        // Close every level that ends here.
+        while (in_indefinite ? check_EOC(cursor) != 0 : cursor.remaining() == 0) {
+            if (levels.empty()) {
+                input.move_to(cursor.current(), indefinite ? cursor.remaining() : input.remaining() - len);
+                return 0;
+            }
+            const level_stack::level closed = levels.top();
+            levels.pop();
+            if (in_indefinite) {
+                cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
+            } else {
+                cursor.move_to(cursor.current(), closed.remaining_after);
+            }
+            in_indefinite = closed.indefinite != 0;
+        }
+        ber_header header{};
+        if (int status = read_identifier(cursor, header)) return status;
+        if (header.tag != tag || header.cls != 0) return zr_err_no_match;
+        bool definite = true;
+        unsigned int length = 0;
+        if (int status = read_length(cursor, definite, length)) return status;
+        if (length > cursor.remaining()) return zr_err_data_ends_early;
+        if (header.constructed != 0) {
+            levels.push({definite ? cursor.remaining() - length : 0, in_indefinite ? 1u : 0u});
+            if (definite) cursor.move_to(cursor.current(), length);
+            in_indefinite = !definite;
+            continue;
+        }
+        unsigned char* octets = nullptr;
+        if (!cursor.take(length, octets)) return zr_err_data_ends_early;
+        // A primitive segment of indefinite length reads as empty, like a whole string of that form.
+        if (!definite) {
+            if (check_EOC(cursor) == 0) return zr_err_bad_contents;
+            cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
+        }
+        if (int status = on_segment(context, octets, length)) return status;
+    }
+}
+
+}  // namespace zr
+
+zr_asn_octetstring::zr_asn_octetstring(security_t secure) : zr_asn_primitive(secure), second_(secure), mode_(secure) {
+    set_identity(secure, 4, "OCTETSTRING");
+    permit_forms(1, 1, 1);
+}
+
+zr_asn_octetstring::~zr_asn_octetstring() = default;
+
+int zr_asn_octetstring::set_value(const unsigned char* data, unsigned int len) {
+    cache_.clear();
+    cache_.append(data, len);
+    encoding_valid_ = 1;
+    return set_value_valid();
+}
+
+int zr_asn_octetstring::get_value(unsigned char*& data, unsigned int& len) const {
+    return zr::read_value(
+        *this,
+        [&] {
+            data = cache_.current();
+            len = cache_.length();
+            return zr_ok;
+        },
+        [&](const zr_asn_octetstring& standard) { return standard.get_value(data, len); });
+}
+
+int zr_asn_octetstring::set_default_value(zr_asn_object* value) { return zr_asn_object::set_default_value(value); }
+
+int zr_asn_octetstring::set_default_value(const unsigned char* data, unsigned int len) {
+    return zr::install_default<zr_asn_octetstring>(*this,
+                                                   [&](zr_asn_octetstring& made) { return made.set_value(data, len); });
+}
+
+void zr_asn_octetstring::set_secure(security_t secure) {
+    mode_ = secure;
+    second_.set_security(secure);
+    zr_asn_object::set_secure(secure);
+}
+
+int zr_asn_octetstring::decode_value(zr_r_buffer_t& input, unsigned int len) {
+    cache_.clear();
+    if (is_constructed() != 0) {
+        const auto gather = [](void* context, const unsigned char* octets, unsigned int count) {
+            return static_cast<zr_buffer_t*>(context)->append(octets, count);
+        };
+        if (int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 4, gather, &cache_)) return status;
+    } else {
+        unsigned char* octets = nullptr;
+        if (!input.take(len, octets)) return zr_err_data_ends_early;
+        cache_.append(octets, len);
+    }
+    cache_.terminate();
+    return set_value_valid();
+}
+
+int zr_asn_octetstring::encode_value(zr_buffer_t&) const { return 0; }

@@ -1,0 +1,45 @@
+// OCTET STRING, the base of the character strings.
+#pragma once
+
+#include "asn1/asnbase/primitive.h"
+
+// zr_asn_octetstring is OCTET STRING (X.690 8.7): primitive, or constructed of segments nested to any depth, with
+// definite or indefinite length.
+//
+// The contents octets are the object's encoding cache itself. set_value makes it valid; decoding does not, so an OCTET
+// STRING that was only decoded is written with empty contents, and whatever makes the cache stale loses the contents.
+// Kept so: set a value before writing.
+class ZR_API zr_asn_octetstring : public zr_asn_primitive {
+public:
+    explicit zr_asn_octetstring(security_t secure);
+
+    int decode_value(zr_r_buffer_t& input, unsigned int len) override;
+    int encode_value(zr_buffer_t& output) const override;
+    int set_default_value(zr_asn_object* value) override;
+    ~zr_asn_octetstring() override;
+    void set_secure(security_t secure) override;
+
+    int set_value(const unsigned char* data, unsigned int len);
+    // get_value points at the contents, which the object owns; after decoding a zero octet follows them. 275063200 when
+    // absent without a default.
+    int get_value(unsigned char*& data, unsigned int& len) const;
+    int set_default_value(const unsigned char* data, unsigned int len);
+
+protected:
+    zr_buffer_t second_;  // the text of character strings (asn1/asnstrng.h); unused here
+    security_t mode_;
+};
+
+namespace zr {
+
+// segment_walk reads the segments of a constructed string (X.690 8.7.3), which nest to any depth: it keeps the open
+// levels on the heap, 8 octets for each. `on_segment(context, octets, len)` gets the contents of every primitive
+// segment in order and returns a status. `tag` is the universal tag that each segment must carry.
+//
+// `input` stands at the first contents octet of the outermost string, whose length is `len`, or indefinite. Returns 0
+// with `input` behind the contents (before the end-of-contents octets of an indefinite length), or the first failure
+// with `input` as it was. Throws zr_asn_memexception when memory ends.
+int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag,
+                  int (*on_segment)(void* context, const unsigned char* octets, unsigned int len), void* context);
+
+}  // namespace zr
