@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "asn1/zrasnapi.h"
 #include "base_idls/zrnbase_asn.h"
 
 int main() {

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "asn1/zrasnapi.h"
 #include "base_idls/zrnbase_asn.h"
 
 int main() {
