@@ -1,0 +1,56 @@
+// Describing a record: its structure's one list of fields, its binding class and its entry points.
+#pragma once
+
+#include "asn1/record/binding.h"
+#include "asn1/zrasnapi.h"
+
+// ZR_RECORD(module, structure, binding class, fields...) stands behind the structure in its module's header. The
+// fields are made with the builders of asn1/record/field.h. It declares the binding class and five entry points:
+//
+//   zrAsnEncodeObj  gives the encoding of `in` in `out`; the receiver releases it with zr_asn_buffer_free.
+//   zrAsnDecodeObj  fills `out` from `in`. When the octets are refused `out` is as the caller gave it: zero it first if
+//                   it is to be freed unconditionally. `in` is only read.
+//   zrAsnFreeObj    releases what a decode allocated inside the structure (not the structure itself), after a failed
+//                   decode too, and leaves pointers null and counts 0.
+//
+// The forms whose names end in LCS take and give texts in the process's local code set, the others in UTF-8. All return
+// 0 or a status of asn1/asnbase/status.h; exhausted memory is reported to standard error too.
+#define ZR_RECORD(module_name, structure, binding_class, ...)                     \
+    class binding_class;                                                          \
+    template <>                                                                   \
+    struct zr::record<structure> {                                                \
+        using self = structure;                                                   \
+        using binding = binding_class;                                            \
+        static constexpr const char* name = #structure;                           \
+        static constexpr const char* binding_name = #binding_class;               \
+        static constexpr const char* module = #module_name;                       \
+        static constexpr auto fields = zr::sequence(__VA_ARGS__);                 \
+        ZR_API static const record_type type;                                     \
+    };                                                                            \
+    extern template class zr::binding<structure>;                                 \
+    class ZR_API binding_class : public zr::binding<structure> {                  \
+    public:                                                                       \
+        explicit binding_class(security_t mode) : zr::binding<structure>(mode) {} \
+        ~binding_class() override;                                                \
+    };                                                                            \
+    ZR_API int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in);               \
+    ZR_API int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in);            \
+    ZR_API int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out);               \
+    ZR_API int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out);            \
+    ZR_API void zrAsnFreeObj(structure& s)
+
+// ZR_DEFINE_RECORD(structure, binding class) stands in the module's source.
+#define ZR_DEFINE_RECORD(structure, binding_class)                                                            \
+    template class zr::binding<structure>;                                                                    \
+    binding_class::~binding_class() = default;                                                                \
+    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();                    \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_record(zr_normal, out, in); } \
+    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                              \
+        return zr::encode_record(zr_local_code_set, out, in);                                                 \
+    }                                                                                                         \
+    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_record(zr_normal, in, out); } \
+    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                                              \
+        return zr::decode_record(zr_local_code_set, in, out);                                                 \
+    }                                                                                                         \
+    void zrAsnFreeObj(structure& s) { binding_class::free_obj(s); }                                           \
+    static_assert(true, "")
