@@ -38,12 +38,20 @@ private:
     size_t capacity_ = 0;
 };
 
+class octet_gatherer : public zr::segment_sink {
+public:
+    explicit octet_gatherer(zr_buffer_t& contents) : contents_(contents) {}
+    int on_segment(const unsigned char* octets, unsigned int len) override { return contents_.append(octets, len); }
+
+private:
+    zr_buffer_t& contents_;
+};
+
 }  // namespace
 
 namespace zr {
 
-int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag,
-                  int (*on_segment)(void* context, const unsigned char* octets, unsigned int len), void* context) {
+int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag, segment_sink& sink) {
     zr_r_buffer_t cursor(input);
     if (!indefinite && !cursor.limit(len)) return zr_err_data_ends_early;
     level_stack levels;
@@ -51,6 +59,7 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
     for (;;) {
         // Close every level that ends here.
         while (in_indefinite ? check_EOC(cursor) != 0 : cursor.remaining() == 0) {
+            if (int status = sink.on_close(levels.empty())) return status;
             if (levels.empty()) {
                 input.move_to(cursor.current(), indefinite ? cursor.remaining() : input.remaining() - len);
                 return 0;
@@ -64,6 +73,7 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
             }
             in_indefinite = closed.indefinite != 0;
         }
+        if (int status = sink.on_begin()) return status;
         ber_header header{};
         if (int status = read_identifier(cursor, header)) return status;
         if (header.tag != tag || header.cls != 0) return zr_err_no_match;
@@ -72,6 +82,7 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
         if (int status = read_length(cursor, definite, length)) return status;
         if (length > cursor.remaining()) return zr_err_data_ends_early;
         if (header.constructed != 0) {
+            if (int status = sink.on_open()) return status;
             levels.push({definite ? cursor.remaining() - length : 0, in_indefinite ? 1u : 0u});
             if (definite) cursor.move_to(cursor.current(), length);
             in_indefinite = !definite;
@@ -79,12 +90,12 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
         }
         unsigned char* octets = nullptr;
         if (!cursor.take(length, octets)) return zr_err_data_ends_early;
+        if (int status = sink.on_segment(octets, length)) return status;
         // A primitive segment of indefinite length reads as empty, like a whole string of that form.
         if (!definite) {
             if (check_EOC(cursor) == 0) return zr_err_bad_contents;
             cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
         }
-        if (int status = on_segment(context, octets, length)) return status;
     }
 }
 
@@ -131,10 +142,8 @@ void zr_asn_octetstring::set_secure(security_t secure) {
 int zr_asn_octetstring::decode_value(zr_r_buffer_t& input, unsigned int len) {
     cache_.clear();
     if (is_constructed() != 0) {
-        const auto gather = [](void* context, const unsigned char* octets, unsigned int count) {
-            return static_cast<zr_buffer_t*>(context)->append(octets, count);
-        };
-        if (int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 4, gather, &cache_)) return status;
+        octet_gatherer gatherer(cache_);
+        if (int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 4, gatherer)) return status;
     } else {
         unsigned char* octets = nullptr;
         if (!input.take(len, octets)) return zr_err_data_ends_early;

@@ -32,14 +32,28 @@ protected:
 
 namespace zr {
 
-// segment_walk reads the segments of a constructed string (X.690 8.7.3), which nest to any depth: it keeps the open
-// levels on the heap, 8 octets for each. `on_segment(context, octets, len)` gets the contents of every primitive
-// segment in order and returns a status. `tag` is the universal tag that each segment must carry.
+// segment_sink is told what walk_segments meets. A status other than 0 ends the walk.
+class segment_sink {
+public:
+    // A segment begins, before anything of it is read.
+    virtual int on_begin() { return 0; }
+    // It is constructed: segments of its own follow.
+    virtual int on_open() { return 0; }
+    // It is primitive, with these contents.
+    virtual int on_segment(const unsigned char* octets, unsigned int len) = 0;
+    // A constructed segment, or the whole string, has no more segments.
+    virtual int on_close(bool /*outermost*/) { return 0; }
+
+protected:
+    ~segment_sink() = default;
+};
+
+// walk_segments reads the segments of a constructed string (X.690 8.6.4, 8.7.3), which nest to any depth: it keeps the
+// open levels on the heap, 8 octets for each. `tag` is the universal tag that each segment must carry.
 //
 // `input` stands at the first contents octet of the outermost string, whose length is `len`, or indefinite. Returns 0
 // with `input` behind the contents (before the end-of-contents octets of an indefinite length), or the first failure
 // with `input` as it was. Throws zr_asn_memexception when memory ends.
-int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag,
-                  int (*on_segment)(void* context, const unsigned char* octets, unsigned int len), void* context);
+int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsigned int tag, segment_sink& sink);
 
 }  // namespace zr
