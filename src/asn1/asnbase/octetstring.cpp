@@ -6,12 +6,13 @@
 
 namespace {
 
-// The open levels of a segmented string: how many octets each had left when an inner one was opened.
+// The open levels of a segmented string, and how the enclosing one goes on behind each.
 class level_stack {
 public:
     struct level {
-        uint32_t remaining_after;  // octets that the enclosing level has left behind this one; 0 when indefinite
-        uint32_t indefinite;
+        uint32_t end;              // offset of the octet behind a definite level; 0 when indefinite
+        uint32_t remaining_after;  // octets that the enclosing level has left there; 0 when indefinite
+        uint32_t in_indefinite;    // whether the enclosing level is
     };
     level_stack() = default;
     level_stack(const level_stack&) = delete;
@@ -56,12 +57,19 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
     if (!indefinite && !cursor.limit(len)) return zr_err_data_ends_early;
     level_stack levels;
     bool in_indefinite = indefinite;
+    // A definite level ends where its length says, even when an identifier in it was counted and not passed (as
+    // zrAsnGetType reads high tag numbers).
+    unsigned char* const start = cursor.current();
     for (;;) {
         // Close every level that ends here.
         while (in_indefinite ? check_EOC(cursor) != 0 : cursor.remaining() == 0) {
             if (int status = sink.on_close(levels.empty())) return status;
             if (levels.empty()) {
-                input.move_to(cursor.current(), indefinite ? cursor.remaining() : input.remaining() - len);
+                if (indefinite) {
+                    input.move_to(cursor.current(), cursor.remaining());
+                } else {
+                    input.move_to(start + len, input.remaining() - len);
+                }
                 return 0;
             }
             const level_stack::level closed = levels.top();
@@ -69,9 +77,9 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
             if (in_indefinite) {
                 cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
             } else {
-                cursor.move_to(cursor.current(), closed.remaining_after);
+                cursor.move_to(start + closed.end, closed.remaining_after);
             }
-            in_indefinite = closed.indefinite != 0;
+            in_indefinite = closed.in_indefinite != 0;
         }
         if (int status = sink.on_begin()) return status;
         ber_header header{};
@@ -83,8 +91,13 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
         if (length > cursor.remaining()) return zr_err_data_ends_early;
         if (header.constructed != 0) {
             if (int status = sink.on_open()) return status;
-            levels.push({definite ? cursor.remaining() - length : 0, in_indefinite ? 1u : 0u});
-            if (definite) cursor.move_to(cursor.current(), length);
+            level_stack::level opened{0, 0, in_indefinite ? 1u : 0u};
+            if (definite) {
+                opened.end = static_cast<uint32_t>(cursor.current() - start) + length;
+                opened.remaining_after = cursor.remaining() - length;
+                cursor.move_to(cursor.current(), length);
+            }
+            levels.push(opened);
             in_indefinite = !definite;
             continue;
         }

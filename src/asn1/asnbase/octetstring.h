@@ -49,7 +49,7 @@ protected:
 };
 
 // walk_segments reads the segments of a constructed string (X.690 8.6.4, 8.7.3), which nest to any depth: it keeps the
-// open levels on the heap, 8 octets for each. `tag` is the universal tag that each segment must carry.
+// open levels on the heap, 12 octets for each. `tag` is the universal tag that each segment must carry.
 //
 // `input` stands at the first contents octet of the outermost string, whose length is `len`, or indefinite. Returns 0
 // with `input` behind the contents (before the end-of-contents octets of an indefinite length), or the first failure

@@ -28,7 +28,7 @@ struct object_of<typed_field<field_kind::nested, T>> {
     using type = typename record<T>::binding;
 };
 
-// The value objects of a list of fields, made and destroyed in the list's order.
+// The value objects of a list of fields, made in the list's order and destroyed in the reverse.
 template <class... Fields>
 struct field_objects {
     template <class Visit>
