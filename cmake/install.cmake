@@ -3,6 +3,12 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS zrasn zrasn_static EXPORT zrasn_targets)
+if(TARGET zrz)
+    install(TARGETS zrz zrz_static EXPORT zrasn_targets)
+    set(zrasn_pc_zrz -lzrz)
+else()
+    set(zrasn_pc_zrz ${ZRASN_ZRZ_LIBRARY})
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn
     FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/base_idls DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn

@@ -1,0 +1,92 @@
+#include "asn1/asnstrng/chains.h"
+
+#include "asn1/asnbase/status.h"
+#include "asn1/asnstrng/code_sets.h"
+#include "asn1/asnstrng/converters.h"
+#include "asn1/asnstrng/repertoire.h"
+
+namespace {
+
+using converter = int (*)(const zr_r_buffer_t& in, zr_buffer_t& out);
+
+int refuse(const zr_r_buffer_t&, zr_buffer_t&) { return zr_err_conversion; }
+int copy(const zr_r_buffer_t& in, zr_buffer_t& out) { return out.append(in); }
+
+int in_printable(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    return zr::all_in(in, printableStringCharacterIA5_table) ? out.append(in) : zr_err_conversion;
+}
+int in_visible(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    return zr::all_in(in, visibleStringCharacterIA5_table) ? out.append(in) : zr_err_conversion;
+}
+
+// A converter that takes its cursor by value.
+template <int (*Convert)(zr_r_buffer_t, zr_buffer_t&)>
+int by_value(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    return Convert(in, out);
+}
+
+// Two steps. What stands between them is wiped, since it may be a secret in a form of its own.
+template <converter First, converter Second>
+int then(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    zr_buffer_t between(zr_secure);
+    const int status = First(in, between);
+    return status != 0 ? status : Second(between, out);
+}
+
+constexpr converter utf8_ia5 = by_value<UTF82IA5>;
+
+constexpr unsigned int code_set_count = 7;
+
+// clang-format off
+constexpr converter chains[code_set_count][code_set_count] = {
+    // from: UTF-8                   printable T.61                             IA5                 visible universal                  BMP
+    // to UTF-8
+    {copy,                           copy,     then<T612BMP, by_value<BMP2UTF8>>, by_value<IA52UTF8>, refuse, by_value<U2UTF8>,          by_value<BMP2UTF8>},
+    // to printable
+    {in_printable,                   copy,     then<T612IA5, in_printable>,     in_printable,       refuse, then<U2IA5, in_printable>, then<BMP2IA5, in_printable>},
+    // to T.61
+    {then<utf8_ia5, IA52T61>,        IA52T61,  copy,                            IA52T61,            refuse, then<U2IA5, IA52T61>,      then<BMP2IA5, IA52T61>},
+    // to IA5
+    {utf8_ia5,                       copy,     T612IA5,                         copy,               refuse, U2IA5,                     BMP2IA5},
+    // to visible
+    {in_visible,                     refuse,   then<T612IA5, in_visible>,       in_visible,         copy,   then<U2IA5, in_visible>,   then<BMP2IA5, in_visible>},
+    // to universal
+    {by_value<UTF82U>,               IA52U,    then<T612BMP, BMP2U>,            IA52U,              refuse, copy,                      BMP2U},
+    // to BMP
+    {by_value<UTF82BMP>,             IA52BMP,  T612BMP,                         IA52BMP,            refuse, U2BMP,                     copy},
+};
+// clang-format on
+
+unsigned int index_of(unsigned int code_set) {
+    switch (code_set) {
+        case zr_utf8:
+            return 0;
+        case zr_printable:
+            return 1;
+        case zr_t61:
+            return 2;
+        case zr_ia5:
+            return 3;
+        case zr_visible:
+            return 4;
+        case zr_universal:
+            return 5;
+        case zr_bmp:
+            return 6;
+        default:
+            return code_set_count;
+    }
+}
+
+}  // namespace
+
+namespace zr {
+
+int convert_text(unsigned int from, const zr_r_buffer_t& text, unsigned int to, zr_buffer_t& out) {
+    const unsigned int source = index_of(from);
+    const unsigned int target = index_of(to);
+    if (source == code_set_count || target == code_set_count) return zr_err_conversion;
+    return chains[target][source](text, out);
+}
+
+}  // namespace zr
