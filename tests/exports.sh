@@ -12,7 +12,7 @@ exported=$(nm -DC --defined-only "$library" | sed -E 's/^[0-9a-f]+ . //' |
 own='^(zr_[A-Za-z0-9_]+|zrAsn[A-Za-z]+|zrasn[A-Za-z0-9_]*|asn_[A-Za-z0-9_]+)(<.*>)?(::[^:]+)?$'
 own="$own"'|^(chunk|check_EOC|write[124]d|printableStringCharacterIA5_table|visibleStringCharacterIA5_table|Local2IA5_table|IA52Local_table)$'
 own="$own"'|^(UTF8|BMP|U|IA5|P|V|T61)2(UTF8|BMP|U|IA5|P|V|T61)$'
-own="$own"'|^zr::record<[a-zA-Z0-9_]+>::type$'
+own="$own"'|^zr::record<[a-zA-Z0-9_]+>::type$|^zr::binding<[a-zA-Z0-9_]+>(::[^:]+)?$|^zr::element_(list|array)(::[^:]+)?$'
 listed=$(grep -vE '^(#|$)' "$list")
 
 status=0

@@ -3,10 +3,16 @@
 
 #include <new>
 
+#include "asn1/asnbase/collections.h"
 #include "asn1/record/field.h"
+#include "asn1/record/tree.h"
 #include "asn1/zrasnbase.h"
+#include "asn1/zrasnutf8.h"
 
 namespace zr {
+
+template <class S>
+class binding;
 
 // The value object that carries a typed field.
 template <class Field>
@@ -15,20 +21,48 @@ template <class T>
 struct object_of<typed_field<field_kind::integer, T>> {
     using type = zrasn_integer;
 };
+template <class T>
+struct object_of<typed_field<field_kind::text, T>> {
+    using type = zrasnUTF8String;
+};
 template <class T, class C>
 struct object_of<typed_field<field_kind::octets, T, C>> {
     using type = zrasn_octetstring;
 };
-template <class T>
-struct object_of<typed_field<field_kind::fixed_octets, T>> {
+template <class T, uint32_t N>
+struct object_of<typed_field<field_kind::fixed_octets, T, void, N>> {
     using type = zrasn_octetstring;
 };
 template <class T>
 struct object_of<typed_field<field_kind::nested, T>> {
-    using type = typename record<T>::binding;
+    using type = binding<T>;
+};
+template <class T>
+struct object_of<typed_field<field_kind::optional_nested, T>> {
+    using type = binding<T>;
+};
+template <class T, class C>
+struct object_of<typed_field<field_kind::list_of_records, T, C>> {
+    using type = zr_asn_sequenceof<binding<T>>;
+};
+template <class T, class C>
+struct object_of<typed_field<field_kind::list_of_pointers, T, C>> {
+    using type = zr_asn_sequenceof<binding<T>>;
+};
+template <class T, class C>
+struct object_of<typed_field<field_kind::list_of_texts, T, C>> {
+    using type = zr_asn_sequenceof<zrasnUTF8String>;
+};
+template <class T, class C>
+struct object_of<typed_field<field_kind::list_of_integers, T, C>> {
+    using type = zr_asn_sequenceof<zrasn_integer>;
+};
+template <class T, uint32_t N>
+struct object_of<typed_field<field_kind::slots, T, void, N>> {
+    using type = zr_asn_arrayof<binding<T>>;
 };
 
-// The value objects of a list of fields, made in the list's order and destroyed in the reverse.
+// The value objects of a list of fields, made and destroyed in the list's order.
 template <class... Fields>
 struct field_objects {
     template <class Visit>
@@ -41,6 +75,7 @@ struct field_objects<First, Rest...> {
 
     template <class Visit>
     void each(Visit&& visit) {
+        if constexpr (First::kind == field_kind::slots) object.keep_positions(First::size);
         visit(First::kind, object);
         rest.each(visit);
     }
@@ -52,16 +87,56 @@ struct field_objects_of<const std::tuple<Fields...>> {
     using type = field_objects<Fields...>;
 };
 
-// Prepares `object` as a field of `kind` and registers it with the binding.
-ZR_API void register_field(zr_asnbase& binding, field_kind kind, zr_asn_object& object);
+template <class Object>
+zr_asn_object* make_object(security_t mode) {
+    return new (std::nothrow) Object(mode);
+}
 
-// set_fields copies a structure into the value objects of its binding, get_fields copies them into a structure, which
-// it clears first. Both throw zr_asn_memexception. What get_fields has filled when it throws, free_fields releases.
-ZR_API void set_fields(zr_asnbase& binding, const record_type& type, void* structure);
-ZR_API void get_fields(zr_asnbase& binding, const record_type& type, void* structure);
+// The class of the elements that a field's list object holds; void for a field that is no list.
+template <class Object>
+struct element_of {
+    using type = void;
+};
+template <class T>
+struct element_of<zr_asn_sequenceof<T>> {
+    using type = T;
+};
+template <class T>
+struct element_of<zr_asn_arrayof<T>> {
+    using type = typename zr_asn_arrayof<T>::cherce;
+};
 
-// free_fields releases what get_fields allocated inside the structure and leaves its pointers null and its counts 0.
-ZR_API void free_fields(const record_type& type, void* structure);
+// The run-time form of one typed field.
+template <field_kind Kind, class T, class C, uint32_t Size>
+constexpr field run_time_field(const typed_field<Kind, T, C, Size>& typed) {
+    using element = typename element_of<typename object_of<typed_field<Kind, T, C, Size>>::type>::type;
+    field made{};
+    made.name = typed.name;
+    made.count_name = typed.count_name;
+    made.offset = static_cast<uint32_t>(typed.offset);
+    made.count_offset = static_cast<uint32_t>(typed.count_offset);
+    made.size = Size;
+    made.kind = Kind;
+    if constexpr (std::is_class_v<T>) made.nested = &record<T>::type;
+    if constexpr (!std::is_void_v<element>) made.make_element = &make_object<element>;
+    if constexpr (Kind == field_kind::integer || Kind == field_kind::list_of_integers)
+        made.integer = integer_type_of<T>();
+    if constexpr (!std::is_void_v<C>) made.count = integer_type_of<C>();
+    return made;
+}
+
+// The run-time table of the fields of S.
+template <class S>
+struct field_table {
+    static constexpr size_t count = std::tuple_size_v<decltype(record<S>::fields)>;
+    struct table {
+        field fields[count];
+    };
+    static constexpr table make() {
+        return std::apply([](const auto&... typed) { return table{{run_time_field(typed)...}}; }, record<S>::fields);
+    }
+    static constexpr table fields = make();
+};
 
 // binding converts between the structure S and the object tree. A binding object can be used any number of times. The
 // operations return 0 or a status; set_value and get_value throw zr_asn_memexception, which encode_obj and decode_obj
@@ -107,19 +182,24 @@ private:
     typename field_objects_of<decltype(record<S>::fields)>::type fields_;
 };
 
-// The entry points' bodies.
+// encode_tree and decode_tree take the way through a binding object that is made for the one call.
 template <class S>
-int encode_record(security_t mode, zr_asn_buffer_t& out, S& in) {
-    return guarded([&] { return typename record<S>::binding(mode).encode_obj(in, out, 2); });
+int encode_tree(security_t mode, zr_asn_buffer_t& out, S& in) {
+    return encode_tree(record<S>::type, mode, out, &in);
 }
 template <class S>
-int decode_record(security_t mode, zr_asn_buffer_t& in, S& out) {
-    return guarded([&] { return typename record<S>::binding(mode).decode_obj(out, in, 2); });
+int decode_tree(security_t mode, zr_asn_buffer_t& in, S& out) {
+    return decode_tree(record<S>::type, mode, in, &out);
 }
 
-template <class Binding>
-zr_asn_object* make_object(security_t mode) {
-    return new (std::nothrow) Binding(mode);
+template <class S>
+constexpr record_functions functions_of() {
+    return {[](zr_asn_buffer_t& out, void* in) { return zrAsnEncodeObj(out, *static_cast<S*>(in)); },
+            [](zr_asn_buffer_t& out, void* in) { return zrAsnEncodeObjLCS(out, *static_cast<S*>(in)); },
+            [](zr_asn_buffer_t& in, void* out) { return zrAsnDecodeObj(in, *static_cast<S*>(out)); },
+            [](zr_asn_buffer_t& in, void* out) { return zrAsnDecodeObjLCS(in, *static_cast<S*>(out)); },
+            [](void* structure) { zrAsnFreeObj(*static_cast<S*>(structure)); },
+            &make_object<binding<S>>};
 }
 
 template <class S>
@@ -130,7 +210,7 @@ constexpr record_type make_record_type() {
             field_table<S>::fields.fields,
             static_cast<uint32_t>(field_table<S>::count),
             sizeof(S),
-            &make_object<typename record<S>::binding>};
+            functions_of<S>()};
 }
 
 }  // namespace zr

@@ -15,6 +15,7 @@
 #include <type_traits>
 
 #include "asn1/export.h"
+#include "asn1/zr_asn_buffer.h"
 
 class zr_asn_object;
 enum security_t : int;
@@ -38,10 +39,17 @@ struct member {
 };
 
 enum class field_kind : uint8_t {
-    integer,       // any C integer of at most 32 bits: INTEGER
-    octets,        // count and unsigned char*: OCTET STRING
-    fixed_octets,  // unsigned char[N]: OCTET STRING
-    nested,        // a record embedded by value: SEQUENCE
+    integer,           // any C integer of at most 32 bits: INTEGER
+    text,              // char*, NUL-terminated: UTF8String
+    octets,            // count and unsigned char*: OCTET STRING
+    fixed_octets,      // unsigned char[N]: OCTET STRING
+    nested,            // a record embedded by value: SEQUENCE
+    optional_nested,   // a pointer to a record, null when absent: SEQUENCE OPTIONAL
+    list_of_records,   // count and array of records: SEQUENCE OF
+    list_of_pointers,  // count and array of pointers to records: SEQUENCE OF
+    list_of_texts,     // count and array of char*: SEQUENCE OF UTF8String
+    list_of_integers,  // count and array of integers: SEQUENCE OF INTEGER
+    slots,             // fixed array of pointers to records, null for an empty slot: SEQUENCE OF CHOICE {NULL, record}
 };
 
 // A C integer type at run time.
@@ -56,17 +64,31 @@ constexpr integer_type integer_type_of() {
     return {sizeof(T), std::is_signed_v<T>};
 }
 
+// Makes a value object on the heap; null when memory is out.
+using object_maker = zr_asn_object* (*)(security_t mode);
+
 // One field at run time.
 struct field {
     const char* name;           // of the member; of the pointer member where there is a count too
     const char* count_name;     // of the member that counts elements or octets, or null
     const record_type* nested;  // the record of nested fields, list elements and slots, or null
+    object_maker make_element;  // of lists and slots, or null
     uint32_t offset;            // of the member
     uint32_t count_offset;      // of the counting member
-    uint32_t size;              // fixed_octets: octets; else 0
+    uint32_t size;              // fixed_octets: octets; slots: their number; else 0
     field_kind kind;
-    integer_type integer;  // integer
+    integer_type integer;  // integer and list_of_integers
     integer_type count;    // the counting member
+};
+
+// A record's entry points on an untyped structure (see ZR_RECORD in asn1/record/record.h).
+struct record_functions {
+    int (*encode)(zr_asn_buffer_t& out, void* in);
+    int (*encode_lcs)(zr_asn_buffer_t& out, void* in);
+    int (*decode)(zr_asn_buffer_t& in, void* out);
+    int (*decode_lcs)(zr_asn_buffer_t& in, void* out);
+    void (*free)(void* structure);
+    object_maker make_binding;
 };
 
 // A record at run time.
@@ -76,17 +98,19 @@ struct record_type {
     const char* module;   // of the schema module, such as "attrlist_asn"
     const field* fields;
     uint32_t field_count;
-    uint32_t size;                                    // of the structure in octets
-    zr_asn_object* (*make_binding)(security_t mode);  // a new binding object on the heap; null when memory is out
+    uint32_t size;  // of the structure in octets
+    record_functions functions;
 
     const field* begin() const { return fields; }
     const field* end() const { return fields + field_count; }
 };
 
 // One field at compile time: T is the member's type (the element's for lists and slots), C the counting member's.
-template <field_kind Kind, class T, class C = void>
+// Size is what field::size tells.
+template <field_kind Kind, class T, class C = void, uint32_t Size = 0>
 struct typed_field {
     static constexpr field_kind kind = Kind;
+    static constexpr uint32_t size = Size;
     using value_type = T;
     using count_type = C;
 
@@ -94,13 +118,17 @@ struct typed_field {
     size_t offset;
     const char* count_name = nullptr;
     size_t count_offset = 0;
-    uint32_t size = 0;
 };
 
 template <class S, class T>
 constexpr auto integer(member<S, T> value) {
     static_assert(integer_type_of<T>().octets != 0);
     return typed_field<field_kind::integer, T>{value.name, value.offset};
+}
+
+template <class S>
+constexpr auto text(member<S, char*> value) {
+    return typed_field<field_kind::text, char*>{value.name, value.offset};
 }
 
 template <class S>
@@ -111,7 +139,7 @@ constexpr auto octets(member<S, uint32_t> length, member<S, unsigned char*> data
 
 template <class S, uint32_t N>
 constexpr auto fixed_octets(member<S, uint8_t[N]> value) {
-    return typed_field<field_kind::fixed_octets, uint8_t[N]>{value.name, value.offset, nullptr, 0, N};
+    return typed_field<field_kind::fixed_octets, uint8_t[N], void, N>{value.name, value.offset};
 }
 
 template <class S, class R>
@@ -120,42 +148,43 @@ constexpr auto nested(member<S, R> value) {
     return typed_field<field_kind::nested, R>{value.name, value.offset};
 }
 
+template <class S, class R>
+constexpr auto optional_nested(member<S, R*> value) {
+    static_assert(std::is_class_v<R>, "a pointer to a record");
+    return typed_field<field_kind::optional_nested, R>{value.name, value.offset};
+}
+
+template <class S, class C, class E>
+constexpr auto list(member<S, C> count, member<S, E*> elements) {
+    static_assert(std::is_unsigned_v<C> && (sizeof(C) == 2 || sizeof(C) == 4), "a count is uint16_t or uint32_t");
+    if constexpr (std::is_same_v<E, char*>) {
+        return typed_field<field_kind::list_of_texts, E, C>{elements.name, elements.offset, count.name, count.offset};
+    } else if constexpr (std::is_pointer_v<E>) {
+        using R = std::remove_pointer_t<E>;
+        static_assert(std::is_class_v<R>, "pointers to records");
+        return typed_field<field_kind::list_of_pointers, R, C>{elements.name, elements.offset, count.name,
+                                                               count.offset};
+    } else if constexpr (std::is_integral_v<E>) {
+        static_assert(integer_type_of<E>().octets == 4, "32-bit integers");
+        return typed_field<field_kind::list_of_integers, E, C>{elements.name, elements.offset, count.name,
+                                                               count.offset};
+    } else {
+        static_assert(std::is_class_v<E>, "an array of records, of pointers to records, of texts or of integers");
+        return typed_field<field_kind::list_of_records, E, C>{elements.name, elements.offset, count.name, count.offset};
+    }
+}
+
+template <class S, class R, uint32_t N>
+constexpr auto slots(member<S, R* [N]> value) {
+    static_assert(std::is_class_v<R>, "pointers to records");
+    return typed_field<field_kind::slots, R, void, N>{value.name, value.offset};
+}
+
 // sequence is a record's list of fields, in the order of their encodings.
 template <class... Fields>
 constexpr std::tuple<Fields...> sequence(Fields... fields) {
     return {fields...};
 }
-
-// The run-time form of one typed field.
-template <field_kind Kind, class T, class C>
-constexpr field run_time_field(const typed_field<Kind, T, C>& typed) {
-    field made{typed.name,
-               typed.count_name,
-               nullptr,
-               static_cast<uint32_t>(typed.offset),
-               static_cast<uint32_t>(typed.count_offset),
-               typed.size,
-               Kind,
-               {0, false},
-               {0, false}};
-    if constexpr (std::is_class_v<T>) made.nested = &record<T>::type;
-    if constexpr (Kind == field_kind::integer) made.integer = integer_type_of<T>();
-    if constexpr (!std::is_void_v<C>) made.count = integer_type_of<C>();
-    return made;
-}
-
-// The run-time table of the fields of S.
-template <class S>
-struct field_table {
-    static constexpr size_t count = std::tuple_size_v<decltype(record<S>::fields)>;
-    struct table {
-        field fields[count];
-    };
-    static constexpr table make() {
-        return std::apply([](const auto&... typed) { return table{{run_time_field(typed)...}}; }, record<S>::fields);
-    }
-    static constexpr table fields = make();
-};
 
 // place points at a field of a structure: the one function that turns (field, structure) into a pointer.
 template <class T>

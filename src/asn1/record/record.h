@@ -2,6 +2,7 @@
 #pragma once
 
 #include "asn1/record/binding.h"
+#include "asn1/record/registry.h"
 #include "asn1/zrasnapi.h"
 
 // ZR_RECORD(module, structure, binding class, fields...) stands behind the structure in its module's header. The
@@ -15,42 +16,37 @@
 //
 // The forms whose names end in LCS take and give texts in the process's local code set, the others in UTF-8. All return
 // 0 or a status of asn1/asnbase/status.h; exhausted memory is reported to standard error too.
-#define ZR_RECORD(module_name, structure, binding_class, ...)                     \
-    class binding_class;                                                          \
-    template <>                                                                   \
-    struct zr::record<structure> {                                                \
-        using self = structure;                                                   \
-        using binding = binding_class;                                            \
-        static constexpr const char* name = #structure;                           \
-        static constexpr const char* binding_name = #binding_class;               \
-        static constexpr const char* module = #module_name;                       \
-        static constexpr auto fields = zr::sequence(__VA_ARGS__);                 \
-        ZR_API static const record_type type;                                     \
-    };                                                                            \
-    extern template class zr::binding<structure>;                                 \
-    class ZR_API binding_class : public zr::binding<structure> {                  \
-    public:                                                                       \
-        explicit binding_class(security_t mode) : zr::binding<structure>(mode) {} \
-        ~binding_class() override;                                                \
-    };                                                                            \
-    ZR_API int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in);               \
-    ZR_API int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in);            \
-    ZR_API int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out);               \
-    ZR_API int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out);            \
+#define ZR_RECORD(module_name, structure, binding_class, ...)          \
+    template <>                                                        \
+    struct zr::record<structure> {                                     \
+        using self = structure;                                        \
+        static constexpr const char* name = #structure;                \
+        static constexpr const char* binding_name = #binding_class;    \
+        static constexpr const char* module = #module_name;            \
+        static constexpr auto fields = zr::sequence(__VA_ARGS__);      \
+        ZR_API static const record_type type;                          \
+    };                                                                 \
+    extern template class ZR_API zr::binding<structure>;               \
+    using binding_class = zr::binding<structure>;                      \
+    ZR_API int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in);    \
+    ZR_API int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in); \
+    ZR_API int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out);    \
+    ZR_API int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out); \
     ZR_API void zrAsnFreeObj(structure& s)
 
-// ZR_DEFINE_RECORD(structure, binding class) stands in the module's source.
-#define ZR_DEFINE_RECORD(structure, binding_class)                                                            \
-    template class zr::binding<structure>;                                                                    \
-    binding_class::~binding_class() = default;                                                                \
-    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();                    \
-    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_record(zr_normal, out, in); } \
-    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                              \
-        return zr::encode_record(zr_local_code_set, out, in);                                                 \
-    }                                                                                                         \
-    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_record(zr_normal, in, out); } \
-    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                                              \
-        return zr::decode_record(zr_local_code_set, in, out);                                                 \
-    }                                                                                                         \
-    void zrAsnFreeObj(structure& s) { binding_class::free_obj(s); }                                           \
+// ZR_DEFINE_RECORD(structure) stands in the module's source.
+#define ZR_DEFINE_RECORD(structure)                                                                                    \
+    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();                             \
+    template class zr::binding<structure>;                                                                             \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_tree(zr_normal, out, in); }            \
+    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) { return zr::encode_tree(zr_local_code_set, out, in); } \
+    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_tree(zr_normal, in, out); }            \
+    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) { return zr::decode_tree(zr_local_code_set, in, out); } \
+    void zrAsnFreeObj(structure& s) { zr::free_fields(zr::record<structure>::type, &s); }                              \
     static_assert(true, "")
+
+// ZR_DEFINE_MODULE(module, structures...) closes the module's source: the records that the registry lists for it
+// (asn1/record/registry.h).
+#define ZR_DEFINE_MODULE(module_name, ...)                  \
+    extern const zr::record_module zr_module_##module_name; \
+    const zr::record_module zr_module_##module_name = zr::make_module<__VA_ARGS__>(#module_name)

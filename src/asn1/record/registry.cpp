@@ -1,0 +1,14 @@
+#include "asn1/record/registry.h"
+
+namespace zr {
+
+const record_type* find_record(std::string_view name) {
+    for (const record_module* module : modules()) {
+        for (const record_type* type : *module) {
+            if (name == type->name || name == type->binding) return type;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace zr

@@ -1,0 +1,44 @@
+// All record types of the library, to walk and to search by name. Everything here is constant.
+#pragma once
+
+#include <string_view>
+
+#include "asn1/record/field.h"
+
+namespace zr {
+
+// The records of one schema module, in the module's order.
+struct record_module {
+    const char* name;  // such as "attrlist_asn"
+    const record_type* const* records;
+    uint32_t record_count;
+
+    const record_type* const* begin() const { return records; }
+    const record_type* const* end() const { return records + record_count; }
+};
+
+// All schema modules of the library; a record's module comes behind those of the records it contains.
+struct module_list {
+    const record_module* const* modules;
+    uint32_t module_count;
+
+    const record_module* const* begin() const { return modules; }
+    const record_module* const* end() const { return modules + module_count; }
+};
+
+ZR_API module_list modules();
+
+// find_record answers the record whose structure or binding class has the name; null when there is none.
+ZR_API const record_type* find_record(std::string_view name);
+
+template <class... Structures>
+struct module_records {
+    static constexpr const record_type* list[] = {&record<Structures>::type...};
+};
+
+template <class... Structures>
+constexpr record_module make_module(const char* name) {
+    return {name, module_records<Structures...>::list, sizeof...(Structures)};
+}
+
+}  // namespace zr

@@ -1,0 +1,29 @@
+// Moving a structure into and out of the object tree of its binding, driven by the record's table of fields.
+#pragma once
+
+#include "asn1/record/field.h"
+#include "asn1/zrasnbase.h"
+
+namespace zr {
+
+// The version that the entry points write and accept.
+constexpr unsigned char envelope_version = 2;
+
+// register_field prepares `object` as a field of `kind` and registers it with the binding.
+ZR_API void register_field(zr_asnbase& binding, field_kind kind, zr_asn_object& object);
+
+// set_fields copies a structure into the value objects of its binding, get_fields copies them into a structure, which
+// it clears first. Both throw zr_asn_memexception, set_fields also when the structure nests deeper than the tree
+// follows. What get_fields has filled when it throws, free_fields releases.
+ZR_API void set_fields(zr_asnbase& binding, const record_type& type, void* structure);
+ZR_API void get_fields(zr_asnbase& binding, const record_type& type, void* structure);
+
+// free_fields releases what get_fields allocated inside the structure and leaves its pointers null and its counts 0.
+ZR_API void free_fields(const record_type& type, void* structure);
+
+// encode_tree and decode_tree are the entry points' way through a binding object, which is made for the one call (mode
+// zr_local_code_set converts the texts). Exceptions are reported to standard error and returned as a status.
+ZR_API int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, void* in);
+ZR_API int decode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& in, void* out);
+
+}  // namespace zr
