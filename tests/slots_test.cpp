@@ -73,6 +73,10 @@ TEST(slots, operations_that_subclasses_add) {
     EXPECT_EQ(slot(&zr_asn_composite::register_child), 42);
     EXPECT_EQ(slot(&zr_asn_composite::register_child_before), 43);
     EXPECT_EQ(slot(&zr_asn_composite::get_empty_permitted), 44);
+    EXPECT_EQ(slot(&zr_asn_choice::set_tag_unchecked), 45);
+    EXPECT_EQ(slot(&zr_asn_sequenceof<zr_asn_integer>::delete_child), 45);
+    EXPECT_EQ(slot(&zr_asn_sequenceof<zr_asn_integer>::add_child), 46);
+    EXPECT_EQ(slot(&zr_asn_sequenceof<zr_asn_integer>::add_child_before), 47);
     EXPECT_EQ(slot(one_of<int()>(&zr_asnbase::set_default_value)), 45);
     EXPECT_EQ(slot(one_of<int()>(&zrasn_integer::set_default_value)), 42);
     EXPECT_EQ(slot(one_of<int()>(&zrasn_octetstring::set_default_value)), 42);
@@ -91,6 +95,13 @@ TEST(slots, nothing_else_is_virtual) {
     EXPECT_EQ(slot_count<zr_asn_octetstring>(), 42);
     EXPECT_EQ(slot_count<zr_asn_composite>(), 45);
     EXPECT_EQ(slot_count<zr_asn_sequence>(), 45);
+    EXPECT_EQ(slot_count<zr_asn_choice>(), 46);
+    EXPECT_EQ(slot_count<zr_asn_any>(), 42);
+    EXPECT_EQ(slot_count<zr_asn_sequenceof<zr_asn_integer>>(), 48);
+    EXPECT_EQ(slot_count<zr_asn_arrayof<zr_asn_integer>>(), 45);
+    EXPECT_EQ(slot_count<zr_asn_arrayof<zr_asn_integer>::cherce>(), 46);
+    EXPECT_EQ(slot_count<zr_asn_bitstring>(), 42);
+    EXPECT_EQ(slot_count<zr_asn_namedbits>(), 42);
     EXPECT_EQ(slot_count<zr_asnbase>(), 46);
     EXPECT_EQ(slot_count<zr_v37_asnbase>(), 46);
     EXPECT_EQ(slot_count<asn_uuid_t>(), 46);

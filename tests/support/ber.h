@@ -45,6 +45,20 @@ inline int read(zr_asn_object& object, std::string_view text) {
     return object.asnread(octets);
 }
 
+// What asnread answers for the octets, and how far it moves the cursor.
+struct outcome {
+    int status;
+    long consumed;
+};
+
+inline outcome read_from(zr_asn_object& object, const std::vector<unsigned char>& octets) {
+    input cursor(octets);
+    const int status = object.asnread(cursor);
+    return {status, cursor.consumed()};
+}
+
+inline outcome read_from(zr_asn_object& object, std::string_view text) { return read_from(object, bytes(text)); }
+
 // The contents that INTEGER and OCTET STRING hold, or the status as text.
 template <class T>
 std::string contents(const T& object) {

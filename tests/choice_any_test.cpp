@@ -1,0 +1,387 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/allocations.h"
+#include "support/ber.h"
+
+using zr_test::read;
+using zr_test::read_from;
+using zr_test::written;
+
+namespace {
+
+// CHOICE { [0] INTEGER, [1] BOOLEAN, [2] SEQUENCE { INTEGER } }
+struct numbers : zr_asn_choice {
+    explicit numbers(security_t secure = zr_normal)
+        : zr_asn_choice(secure), number(secure), flag(secure), pair(secure), inner(secure) {
+        pair.register_child(&inner);
+        unsigned int tag = 0;
+        for (zr_asn_object* alternative : {static_cast<zr_asn_object*>(&number), static_cast<zr_asn_object*>(&flag),
+                                           static_cast<zr_asn_object*>(&pair)}) {
+            alternative->set_class(2);
+            alternative->set_tag(tag++);
+            register_child(alternative);
+        }
+    }
+    zr_asn_integer number;
+    zr_asn_boolean flag;
+    zr_asn_sequence pair;
+    zr_asn_integer inner;
+};
+
+TEST(choice, reads_the_first_alternative_that_fits) {
+    const struct {
+        const char* octets;
+        int status, selected;
+        long consumed;
+        int optional_status;
+    } rows[] = {
+        {"80 01 05 ff", 0, 0, 3, 0},
+        {"81 01 ff", 0, 1, 3, 0},
+        {"a2 03 02 01 07 00", 0, 2, 5, 0},
+        {"a2 80 02 01 07 00 00", 0, 2, 7, 0},
+        {"83 01 05", zr_err_no_match, -1, 0, 0},
+        {"02 01 05", zr_err_no_match, -1, 0, 0},
+        {"", zr_err_no_match, -1, 0, 0},
+        {"81 02 ff ff", zr_err_no_match, -1, 0, 0},        // the alternative's own status is not passed on
+        {"80 05 01", zr_err_no_match, -1, 0, 0},           // length beyond the data
+        {"a2 80 02 01 07 01", zr_err_no_match, -1, 0, 0},  // the alternative alone would leave the cursor behind
+    };
+    for (const auto& row : rows) {
+        for (int optional : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << row.octets << " optional " << optional);
+            numbers object;
+            object.set_optional(optional);
+            object.select(0);
+            object.number.set_value(9);
+            const auto result = read_from(object, row.octets);
+            EXPECT_EQ(result.status, optional != 0 ? row.optional_status : row.status);
+            EXPECT_EQ(result.consumed, row.consumed);
+            EXPECT_EQ(object.selected(), row.selected);
+            EXPECT_EQ(object.is_present(), row.selected >= 0 ? 1 : 0);
+        }
+    }
+    zr_asn_choice empty(zr_normal);
+    empty.set_optional(1);
+    EXPECT_EQ(read(empty, "80 01 05"), zr_err_no_match);
+}
+
+TEST(choice, an_enclosing_sequence_skips_it_or_refuses) {
+    for (int optional : {0, 1}) {
+        numbers first;
+        zr_asn_boolean second(zr_normal);
+        zr_asn_sequence both(zr_normal);
+        first.set_optional(optional);
+        both.register_child(&first);
+        both.register_child(&second);
+        EXPECT_EQ(read(both, "30 03 01 01 ff"), optional != 0 ? 0 : zr_err_no_match);
+        EXPECT_EQ(read(both, "30 06 80 01 05 01 01 00"), 0);
+        first.number.set_value(5);  // what was read of an INTEGER can be written, but say so
+        EXPECT_EQ(written(both), "30 06 80 01 05 01 01 00");
+    }
+}
+
+TEST(choice, selecting_and_presence) {
+    numbers object;
+    zr_asn_sequence parent(zr_normal);
+    parent.register_child(&object);
+    EXPECT_EQ(object.selected(), -1);
+    EXPECT_EQ(written(object), "275063208");
+    EXPECT_EQ(object.select(3), zr_err_bad_alternative);
+    EXPECT_EQ(object.select(~0U), zr_err_bad_alternative);
+
+    object.number.set_value(5);
+    EXPECT_EQ(object.is_present(), 0);
+    EXPECT_EQ(object.select(0), 0);
+    EXPECT_EQ(object.is_present(), 1);
+    EXPECT_EQ(parent.is_present(), 1);
+    EXPECT_EQ(written(parent), "30 03 80 01 05");
+    EXPECT_EQ(parent.is_encoding_valid(), 1);
+    EXPECT_EQ(object.is_encoding_valid(), 1);
+    EXPECT_EQ(parent.check_encode_flags(), 1);
+    EXPECT_EQ(object.select(0), 0);
+    EXPECT_EQ(parent.is_encoding_valid(), 1);
+
+    EXPECT_EQ(object.select(1), 0);  // no value yet
+    EXPECT_EQ(parent.is_encoding_valid(), 0);
+    EXPECT_EQ(object.is_encoding_valid(), 0);
+    EXPECT_EQ(object.is_present(), 0);
+    EXPECT_EQ(parent.is_present(), 0);
+    EXPECT_EQ(written(object), "275063200");
+    object.flag.set_value(1);
+    EXPECT_EQ(written(parent), "30 03 81 01 ff");
+    object.number.set_value(6);  // not selected
+    EXPECT_EQ(written(parent), "30 03 81 01 ff");
+
+    object.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(object.selected(), 1);
+    EXPECT_EQ(object.flag.is_present(), 0);
+    EXPECT_EQ(written(parent), "275063200");
+    object.set_optional(1);
+    EXPECT_EQ(written(object), "");
+}
+
+TEST(choice, is_default_when_complete_encodings_are_equal) {
+    numbers object;
+    auto* standard = new numbers;
+    standard->select(0);
+    standard->number.set_value(-1);
+    object.set_default_value(standard);
+    EXPECT_EQ(object.is_default_value(), 1);  // absent
+    EXPECT_EQ(written(object), "");
+    object.select(1);
+    object.flag.set_value(1);  // contents ff like the default's, identifier another
+    EXPECT_EQ(object.is_default_value(), 0);
+    EXPECT_EQ(written(object), "81 01 ff");
+    object.number.set_value(-1);
+    object.select(0);
+    EXPECT_EQ(object.is_default_value(), 1);
+    EXPECT_EQ(written(object), "");
+    standard->select(2);  // the default has no value any more
+    EXPECT_EQ(object.is_default_value(), 0);
+    EXPECT_EQ(written(object), "80 01 ff");
+    EXPECT_EQ(read(object, "05 00"), 0);
+    EXPECT_EQ(object.is_present(), 0);
+}
+
+std::string plain_text_of(zr_asn_object& object) {
+    try {
+        object.set_tag(1);
+    } catch (const char* text) {
+        return text;
+    }
+    return "";
+}
+
+TEST(choice, forbidden_operations) {
+    numbers object;
+    zr_asn_arrayof<zr_asn_integer> array(zr_normal);
+    EXPECT_EQ(plain_text_of(object), "Attempt to change tag of ASN.1 CHOICE object");
+    EXPECT_EQ(plain_text_of(array), "Attempt to change tag of ASN.1 CHOICE object");
+    EXPECT_EQ(object.get_tag(), 0U);
+    EXPECT_EQ(object.set_tag_unchecked(7), 0);
+    EXPECT_EQ(object.get_tag(), 7U);
+    EXPECT_EQ(object.is_polymorphic(), 1);
+    zr_buffer_t buffer(zr_normal);
+    for (bool decode : {true, false}) {
+        try {
+            decode ? object.decode_value(buffer, 0) : object.encode_value(buffer);
+            ADD_FAILURE();
+        } catch (const zr_asn_unsupportederror& error) {
+            EXPECT_EQ(error.code, static_cast<unsigned int>(zr_err_unsupported));
+            EXPECT_STREQ(error.message,
+                         decode ? "Error: asn_choice::decode_value called" : "Error: asn_choice::encode_value called");
+            EXPECT_STREQ(error.file, "src/asn1/asnbase");
+        }
+    }
+}
+
+TEST(choice, state_flags_mark_the_selected_alternative) {
+    numbers object;
+    object.select(1);
+    object.flag.set_value(0);
+    zr_buffer_t text(zr_normal);
+    object.display_state_flags(text, 1);
+    const std::string absent = "(valid=N, present=N, optional=N, defaultable=N, enc_valid=N)\n";
+    const std::string present = "(valid=Y, present=Y, optional=N, defaultable=N, enc_valid=N)\n";
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(text.data()), text.length()),
+              " CHOICE" + present + "   INTEGER" + absent + "  SELECTED:\n   BOOLEAN" + present + "   SEQUENCE" +
+                  absent + "     INTEGER" + absent);
+}
+
+// Which hooks ran, with the statuses that the later ones saw.
+std::string hooks_log;
+
+void log_hooks(zr_asn_object& object) {
+    hooks_log.clear();
+    object.set_preread([](zr_asn_object*, zr_r_buffer_t&) { hooks_log += "pre "; });
+    object.set_postread(
+        [](zr_asn_object*, zr_r_buffer_t&, int status) { hooks_log += "post(" + std::to_string(status) + ") "; });
+}
+
+TEST(choice, hooks) {
+    numbers object;
+    log_hooks(object);
+    read(object, "81 01 ff");
+    read(object, "85 00");
+    object.set_optional(1);
+    read(object, "85 00");
+    EXPECT_EQ(hooks_log, "pre post(0) pre post(275063204) pre post(0) ");
+}
+
+TEST(any, raw_octets_and_identifier_come_back) {
+    const struct {
+        const char* octets;
+        int status;
+        int cls;
+        unsigned int tag;
+        const char* contents;
+    } rows[] = {
+        {"a3 03 02 01 05", 0, 2, 3, "02 01 05"},
+        {"04 02 41 42", 0, 0, 4, "41 42"},
+        {"05 00", 0, 0, 5, ""},
+        {"61 04 30 80 00 00", 0, 1, 1, "30 80 00 00"},  // what lies inside is not looked at
+        {"de 01 ff", 0, 3, 30, "ff"},
+        {"30 80 00 00", zr_err_indefinite_length, 0, 0, nullptr},
+        {"04 03 41 42", zr_err_data_ends_early, 0, 0, nullptr},
+        {"", zr_err_data_ends_early, 0, 0, nullptr},
+    };
+    zr_asn_any object(zr_normal);  // used again and again
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.octets);
+        const auto result = read_from(object, row.octets);
+        EXPECT_EQ(result.status, row.status);
+        unsigned char* octets = nullptr;
+        unsigned int length = 0;
+        if (row.status != 0) {
+            EXPECT_EQ(result.consumed, 0U);
+            EXPECT_EQ(object.get_value(octets, length), zr_err_value_absent);
+            EXPECT_EQ(written(object), "275063200");
+            continue;
+        }
+        EXPECT_EQ(object.get_class(), row.cls);
+        EXPECT_EQ(object.get_tag(), row.tag);
+        EXPECT_EQ(object.get_value(octets, length), 0);
+        EXPECT_EQ(zr_test::hex(octets, length), row.contents);
+        EXPECT_EQ(written(object), row.octets);
+    }
+}
+
+TEST(any, setting_a_value_again_keeps_the_cache) {
+    zr_asn_any object(zr_normal);
+    object.set_tag(4);
+    const unsigned char octets[] = {1, 2};
+    EXPECT_EQ(object.set_value(octets, 2), 0);
+    EXPECT_EQ(written(object), "04 02 01 02");
+    EXPECT_EQ(object.set_value(octets, 1), 0);
+    EXPECT_EQ(written(object), "04 02 01 02");
+    object.invalidate_encoding();
+    EXPECT_EQ(written(object), "04 01 01");
+}
+
+TEST(any, bound_to_a_syntax) {
+    zr_asn_any object(zr_normal);
+    zr_asn_integer number(zr_normal);
+    zr_asn_boolean flag(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    parent.register_child(&object);
+    unsigned char* octets = nullptr;
+    unsigned int length = 0;
+    const unsigned char raw[] = {1};
+
+    // Presence is the reverse of the syntax object's.
+    EXPECT_EQ(object.set_syntax(&number), 0);
+    EXPECT_EQ(object.is_present(), 1);
+    number.set_value(5);
+    EXPECT_EQ(object.is_present(), 0);
+    EXPECT_EQ(parent.is_present(), 0);
+    object.set_value_valid();
+    EXPECT_EQ(written(parent), "30 03 02 01 05");
+
+    EXPECT_EQ(object.set_value(raw, 1), zr_err_syntax_bound);
+    EXPECT_EQ(object.get_value(octets, length), zr_err_syntax_bound);
+    zr_buffer_t buffer(zr_normal);
+    EXPECT_EQ(object.encode_value(buffer), zr_err_syntax_bound);
+    EXPECT_EQ(object.decode_value(buffer, 0), zr_err_syntax_bound);
+    EXPECT_EQ(written(object), "02 01 05");
+
+    // Another one: the first is released and cleared, the enclosing encoding is stale.
+    flag.set_value(1);
+    EXPECT_EQ(object.set_syntax(&flag), 0);
+    EXPECT_EQ(number.get_parent(), nullptr);
+    EXPECT_EQ(number.is_present(), 0);
+    EXPECT_EQ(flag.get_parent(), &object);
+    object.set_value_valid();
+    EXPECT_EQ(written(parent), "30 03 01 01 ff");
+    flag.set_value(0);
+    object.set_value_valid();
+    EXPECT_EQ(written(parent), "30 03 01 01 00");
+    EXPECT_EQ(read(parent, "30 03 02 01 05"), zr_err_no_match);
+    EXPECT_EQ(read(parent, "30 03 01 01 05"), 0);
+    EXPECT_EQ(written(parent), "30 03 01 01 ff");
+
+    EXPECT_EQ(object.set_syntax(nullptr), 0);
+    EXPECT_EQ(flag.get_parent(), nullptr);
+    EXPECT_EQ(read(parent, "30 03 02 01 05"), 0);
+    EXPECT_EQ(object.get_value(octets, length), 0);
+    EXPECT_EQ(written(parent), "30 03 02 01 05");
+}
+
+TEST(any, hooks) {
+    zr_asn_any object(zr_normal);
+    static zr_asn_integer number(zr_normal);
+    log_hooks(object);
+    object.set_preparse([](zr_asn_any*) {
+        hooks_log += "parse ";
+        return 0;
+    });
+    read(object, "04 00");
+    EXPECT_EQ(hooks_log, "pre parse pre post(0) post(0) ");
+
+    hooks_log.clear();
+    object.set_preparse([](zr_asn_any* any) { return any->set_syntax(&number); });
+    read(object, "04 00");
+    EXPECT_EQ(hooks_log, "pre post(275063204) ");
+    EXPECT_EQ(read(object, "02 01 05"), 0);
+
+    hooks_log.clear();
+    object.set_preparse([](zr_asn_any*) { return 77; });
+    EXPECT_EQ(read(object, "04 00"), 77);
+    EXPECT_EQ(hooks_log, "pre ");
+
+    object.set_syntax(nullptr);
+    object.set_preencode([](zr_asn_any* any) {
+        any->set_syntax(&number);
+        return number.set_value(6);
+    });
+    EXPECT_EQ(written(object), "02 01 06");
+    object.set_preencode([](zr_asn_any*) { return 78; });
+    EXPECT_EQ(written(object), "78");
+    object.set_syntax(nullptr);
+}
+
+TEST(any, mode_1_alone_is_handed_on) {
+    for (security_t mode : {zr_normal, zr_secure, zr_local_code_set}) {
+        zr_asn_any before(zr_normal), after(mode);
+        zr_asn_integer first(zr_normal), second(zr_normal);
+        before.set_syntax(&first);
+        before.set_secure(mode);
+        after.set_syntax(&second);
+        EXPECT_EQ(first.get_secure(), mode == zr_secure ? zr_secure : zr_normal);
+        EXPECT_EQ(second.get_secure(), first.get_secure());
+    }
+}
+
+// Nothing of a secret is in any block when it is released.
+TEST(any, secrets_are_wiped) {
+    size_t leaks[2] = {0, 0};
+    for (security_t mode : {zr_normal, zr_secure}) {
+        zr_test::allocations watch;
+        watch.on_release(
+            [](void* context, const void* block, size_t size) {
+                if (memmem(block, size, "secret", 6) != nullptr) ++*static_cast<size_t*>(context);
+            },
+            &leaks[mode]);
+        zr_asn_any object(zr_normal);
+        zr_asn_namedbits bits(zr_normal);
+        zr_asn_bitstring flags(zr_normal);
+        object.set_secure(mode);
+        bits.set_secure(mode);
+        flags.set_secure(mode);
+        const auto* text = reinterpret_cast<const unsigned char*>("secret");
+        object.set_value(text, 6);
+        flags.set_value(text, 48);
+        bits.set_value(text, 48);
+        bits.set_bit(9000, 1);
+        zr_buffer_t output(zr_secure);
+        for (const zr_asn_object* each :
+             {static_cast<const zr_asn_object*>(&object), static_cast<const zr_asn_object*>(&bits),
+              static_cast<const zr_asn_object*>(&flags)})
+            static_cast<void>(each->asnwrite(output));
+    }
+    EXPECT_GE(leaks[zr_normal], 3U);
+    EXPECT_EQ(leaks[zr_secure], 0U);
+}
+
+}  // namespace

@@ -1,0 +1,387 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+
+#include "support/allocations.h"
+#include "support/ber.h"
+
+using zr_test::read;
+using zr_test::read_from;
+using zr_test::written;
+
+namespace {
+
+using integers = zr_asn_sequenceof<zr_asn_integer>;
+using array = zr_asn_arrayof<zr_asn_integer>;
+
+std::string values(const integers& list) {
+    std::string text;
+    for (unsigned int i = 0; list[i] != nullptr; ++i) {
+        long value = 0;
+        text += (list[i]->get_value(value) == 0 ? std::to_string(value) : "?") + " ";
+    }
+    return text;
+}
+
+void fill(integers& list, std::initializer_list<long> numbers) {
+    for (long number : numbers)
+        list.add_child()->set_value(number);
+}
+
+TEST(sequenceof, reading_replaces_the_elements) {
+    const struct {
+        const char* octets;
+        int status;
+        const char* values;
+        long consumed;
+    } rows[] = {
+        {"30 00 05 00", 0, "", 2},
+        {"30 80 02 01 01 02 01 02 00 00", 0, "1 2 ", 10},
+        {"30 06 02 01 01 02 01 02", 0, "1 2 ", 8},
+        {"30 80 00 00", 0, "", 4},
+        {"30 06 02 01 01 01 01 02", zr_err_no_match, "? ", 0},  // the element before the bad one stays, without a value
+        {"30 04 02 01 01 00", zr_err_no_match, "? ", 0},
+        {"30 03 02 02 01", zr_err_data_ends_early, "", 0},
+        {"30 80 02 01 01", zr_err_data_ends_early, "? ", 0},
+        {"30 80 02 01 01 00", zr_err_no_match, "? ", 0},
+        {"10 00", zr_err_primitive_form, "9 ", 0},
+        {"31 00", zr_err_no_match, "9 ", 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.octets);
+        integers list(zr_normal);
+        fill(list, {7, 8, 9});
+        list.delete_child(0);
+        list.delete_child(0);
+        const auto result = read_from(list, row.octets);
+        EXPECT_EQ(result.status, row.status);
+        EXPECT_EQ(result.consumed, row.consumed);
+        if (row.status == 0) {
+            EXPECT_EQ(values(list), row.values);
+        }
+        EXPECT_EQ(list.get_child_count(), row.status != 0 && row.values[0] == '9' ? 1 : values(list).size() / 2);
+        EXPECT_EQ(list.is_present(), row.status == 0 ? 1 : 0);
+    }
+}
+
+TEST(sequenceof, elements_come_and_go) {
+    integers list(zr_normal);
+    EXPECT_EQ(list.is_present(), 1);
+    EXPECT_STREQ(list.get_type_name(), "SEQUENCEOF");
+    EXPECT_EQ(written(list), "30 00");
+    fill(list, {1, 2, 3});
+    EXPECT_EQ(written(list), "30 09 02 01 01 02 01 02 02 01 03");
+    EXPECT_EQ(list.delete_child(3), zr_err_bad_argument);
+    EXPECT_EQ(list.is_encoding_valid(), 1);
+    EXPECT_EQ(list.delete_child(1), 0);
+    EXPECT_EQ(written(list), "30 06 02 01 01 02 01 03");
+    list.add_child_before()->set_value(4);
+    EXPECT_EQ(written(list), "30 09 02 01 04 02 01 01 02 01 03");
+    EXPECT_EQ(list.emptyi(), 0);
+    EXPECT_EQ(list.get_child(0), nullptr);
+    EXPECT_EQ(written(list), "30 00");
+    EXPECT_EQ(list.get_child_capacity(), 32U);
+    EXPECT_EQ(list.delete_child(0), zr_err_bad_argument);
+}
+
+TEST(sequenceof, sized_form_leaves_flags_off) {
+    integers list(4, zr_normal);
+    EXPECT_EQ(list.get_child_capacity(), 4U);
+    fill(list, {1});
+    EXPECT_EQ(written(list), "10 03 02 01 01");
+    EXPECT_EQ(read(list, "30 80 00 00"), zr_err_indefinite_length);
+    EXPECT_EQ(read(list, "30 03 02 01 05"), 0);
+    EXPECT_EQ(values(list), "5 ");
+}
+
+TEST(sequenceof, optional_without_elements_is_absent) {
+    integers list(zr_normal);
+    zr_asn_boolean flag(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    list.set_optional(1);
+    parent.register_child(&list);
+    parent.register_child(&flag);
+    EXPECT_EQ(list.is_present(), 0);
+    flag.set_value(1);
+    EXPECT_EQ(written(parent), "30 03 01 01 ff");
+    fill(list, {1});
+    EXPECT_EQ(written(parent), "30 08 30 03 02 01 01 01 01 ff");
+    list.emptyi();  // does not ask again
+    EXPECT_EQ(written(parent), "30 05 30 00 01 01 ff");
+    list.empty();
+    EXPECT_EQ(written(parent), "30 03 01 01 ff");
+    EXPECT_EQ(read(parent, "30 05 30 00 01 01 ff"), 0);
+    EXPECT_EQ(written(parent), "30 05 30 00 01 01 ff");
+    list.check_valid(0);
+    EXPECT_EQ(list.is_present(), 0);
+}
+
+// Counts its objects, and notes what they were made with.
+struct counted : zr_asn_integer {
+    explicit counted(security_t mode) : zr_asn_integer(mode) {
+        ++alive;
+        made_with = mode;
+    }
+    ~counted() override { --alive; }
+    static int alive;
+    static security_t made_with;
+};
+int counted::alive = 0;
+security_t counted::made_with = zr_normal;
+
+TEST(sequenceof, elements_take_the_current_mode) {
+    zr_asn_sequenceof<counted> list(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    parent.register_child(&list);
+    for (security_t mode : {zr_secure, zr_local_code_set, zr_normal}) {
+        list.set_secure(mode);
+        list.add_child();
+        EXPECT_EQ(counted::made_with, mode);
+        read(list, "30 03 02 01 05");
+        EXPECT_EQ(counted::made_with, mode);
+    }
+    list.add_child();
+    parent.set_secure(zr_secure);
+    EXPECT_EQ(list[0]->get_secure(), zr_secure);
+}
+
+TEST(sequenceof, the_front_of_a_full_table_is_replaced) {
+    {
+        zr_asn_sequenceof<counted> list(2, zr_normal);
+        list.add_child()->set_value(1);
+        list.add_child()->set_value(2);
+        list.add_child_before()->set_value(3);
+        EXPECT_EQ(counted::alive, 2);
+        EXPECT_EQ(list.get_child_count(), 3U);
+        EXPECT_EQ(list[2], nullptr);
+        EXPECT_EQ(written(list), "10 06 02 01 03 02 01 02");
+        EXPECT_EQ(list.delete_child(2), zr_err_bad_argument);
+        list.add_child_before()->set_value(4);
+        EXPECT_EQ(written(list), "10 09 02 01 04 02 01 03 02 01 02");
+    }
+    EXPECT_EQ(counted::alive, 0);
+}
+
+// An element that may be absent reads as nothing.
+struct shy : counted {
+    explicit shy(security_t mode) : counted(mode) { set_optional(1); }
+};
+
+TEST(sequenceof, an_element_of_no_octets_ends_the_reading) {
+    zr_asn_sequenceof<shy> list(zr_normal);
+    for (const char* octets : {"30 06 02 01 05 01 01 ff", "30 80 02 01 05", "30 80 02 01 05 01 01 ff 00 00"}) {
+        EXPECT_EQ(read(list, octets), zr_err_no_match) << octets;
+        EXPECT_EQ(counted::alive, 1);
+    }
+    zr_asn_sequenceof<zr_asn_nothing> nothings(zr_normal);
+    EXPECT_EQ(read(nothings, "30 01 00"), zr_err_no_match);
+}
+
+// A parent that notices being told of changes.
+struct listener : zr_asn_sequence {
+    using zr_asn_sequence::zr_asn_sequence;
+    void invalidate_encoding() const override {
+        ++told;
+        zr_asn_sequence::invalidate_encoding();
+    }
+    int check_valid(int deep) override {
+        ++told;
+        return zr_asn_sequence::check_valid(deep);
+    }
+    mutable int told = 0;
+};
+
+TEST(sequenceof, destruction_tells_nobody) {
+    listener parent(zr_normal);
+    auto list = std::make_unique<zr_asn_sequenceof<array::cherce>>(zr_normal);
+    auto places = std::make_unique<array>(zr_normal);
+    parent.register_child(list.get());
+    parent.register_child(places.get());
+    list->add_child()->select(0);
+    places->inner_list().add_child()->select(0);
+    parent.told = 0;
+    list.reset();
+    places.reset();
+    EXPECT_EQ(parent.told, 0);
+}
+
+// A record that contains a list of itself.
+struct folder : zr_asn_sequence {
+    explicit folder(security_t mode) : zr_asn_sequence(mode), inner(zr_normal) { register_child(&inner); }
+    zr_asn_sequenceof<folder> inner;
+};
+
+TEST(sequenceof, nesting_is_limited) {
+    for (unsigned int levels : {500U, 1000U, 1001U, 100000U}) {  // two composites each
+        std::vector<unsigned char> octets;
+        for (unsigned int i = 0; i < 2 * levels; ++i)
+            octets.insert(octets.end(), {0x30, 0x80});
+        octets.resize(octets.size() + 4 * levels);
+        folder root(zr_normal);
+        int status = -1;
+        try {
+            status = read_from(root, octets).status;
+        } catch (const zr_asn_memexception& error) {
+            status = static_cast<int>(error.code);
+        }
+        EXPECT_EQ(status, levels <= 1000 ? 0 : zr_err_out_of_memory) << levels;
+        EXPECT_EQ(root.is_present(), levels <= 1000 ? 1 : 0);
+    }
+}
+
+TEST(sequenceof, exhausted_memory) {
+    const auto octets = zr_test::bytes("30 80 02 01 01 02 01 02 30 03 02 01 05 00 00");
+    struct both : zr_asn_choice {
+        explicit both(security_t mode) : zr_asn_choice(mode), number(mode), list(mode) {
+            register_child(&number);
+            register_child(&list);
+        }
+        counted number;
+        zr_asn_sequenceof<counted> list;
+    };
+    bool more = true;
+    size_t failures = 0;
+    for (size_t n = 1; more; ++n) {
+        size_t leaked = 0;
+        {
+            zr_test::allocations watch;
+            {
+                zr_asn_sequenceof<both> list(zr_normal);
+                zr_r_buffer_t input(const_cast<unsigned char*>(octets.data()),
+                                    static_cast<unsigned int>(octets.size()));
+                watch.fail_allocation(n);
+                try {
+                    EXPECT_EQ(list.asnread(input), 0);
+                    EXPECT_EQ(list.get_child_count(), 3U);
+                } catch (const zr_asn_memexception& error) {
+                    EXPECT_EQ(error.code, static_cast<unsigned int>(zr_err_out_of_memory));
+                    EXPECT_EQ(input.remaining(), octets.size());
+                    EXPECT_EQ(list.is_present(), 0);
+                    if (std::string(error.message) == "Out of memory in asn_sequenceof:decode_value") {
+                        EXPECT_STREQ(error.file, "src/asn1/asnbase.h");
+                    }
+                    ++failures;
+                }
+                more = watch.failed();
+                watch.fail_allocation(0);
+            }
+            leaked = watch.live();
+        }
+        EXPECT_EQ(leaked, 0U) << n;
+        EXPECT_EQ(counted::alive, 0) << n;
+    }
+    EXPECT_GE(failures, 6U);
+
+    // add_child: first the element cannot be had, then the table, then nothing fails.
+    for (bool before : {false, true}) {
+        zr_asn_sequenceof<counted> list(zr_normal);
+        zr_test::allocations watch;
+        for (size_t n : {1, 2, 3}) {
+            watch.fail_allocation(n);
+            EXPECT_EQ((before ? list.add_child_before() : list.add_child()) != nullptr, n == 3);
+            EXPECT_EQ(counted::alive, n == 3 ? 1 : 0);
+        }
+        watch.fail_allocation(0);
+    }
+}
+
+TEST(sequenceof, cost_is_linear) {
+    using clock = std::chrono::steady_clock;
+    const auto run = [](unsigned int count) {
+        std::vector<unsigned char> octets = {0x30, 0x80};
+        for (unsigned int i = 0; i < count; ++i)
+            octets.insert(octets.end(), {0x02, 0x01, 0x05});
+        octets.insert(octets.end(), {0, 0});
+        zr_asn_boolean last(zr_normal);
+        auto list = std::make_unique<integers>(zr_normal);
+        zr_asn_sequence parent(zr_normal);  // absent throughout: every registration reaches it
+        parent.register_child(list.get());
+        parent.register_child(&last);
+        const auto start = clock::now();
+        EXPECT_EQ(read_from(*list, octets).status, 0);
+        EXPECT_EQ(list->get_child_count(), count);
+        zr_buffer_t output(zr_normal);
+        EXPECT_EQ(list->asnwrite(output), 0);
+        list->empty();
+        for (unsigned int i = 0; i < count; ++i)
+            list->add_child()->set_value(1);
+        list.reset();
+        return std::chrono::duration<double>(clock::now() - start).count();
+    };
+    run(1U << 14);
+    const double small = run(1U << 16);
+    const double large = run(1U << 20);
+    EXPECT_LT(large, small * 80);  // 16 times as much; a quadratic cost would be 256 times
+}
+
+TEST(arrayof, empty_places_survive) {
+    array places(zr_normal);
+    EXPECT_STREQ(places.get_type_name(), "SARRAYOF");
+    EXPECT_EQ(places.get_tag(), 0U);
+    EXPECT_EQ(places.is_polymorphic(), 1);
+    EXPECT_EQ(written(places), "30 00");
+    places.inner_list().add_child()->select(0);
+    auto* second = places.inner_list().add_child();
+    EXPECT_EQ(second->selected(), -1);
+    EXPECT_EQ(written(places), "275063208");
+    second->select(1);
+    second->value().set_value(5);
+    EXPECT_EQ(written(places), "30 05 05 00 02 01 05");
+    EXPECT_EQ(places.get_child_count(), 2U);
+
+    array back(zr_normal);
+    EXPECT_EQ(read(back, "30 80 05 00 02 01 05 05 00 00 00"), 0);
+    EXPECT_EQ(written(back), "30 07 05 00 02 01 05 05 00");
+    EXPECT_EQ(back.inner_list()[1]->selected(), 1);
+    EXPECT_EQ(read(back, "30 05 05 00 01 01 ff"), zr_err_no_match);
+    EXPECT_EQ(back.is_present(), 0);
+
+    back.keep_positions(2);
+    EXPECT_EQ(read(back, "30 0a 05 00 02 01 05 05 00 02 01 07"), 0);
+    EXPECT_EQ(written(back), "30 05 05 00 02 01 05");
+    EXPECT_EQ(read(back, "30 0a 05 00 02 01 05 05 00 01 01 07"), zr_err_no_match);
+}
+
+TEST(arrayof, answers_for_its_list) {
+    array places(zr_normal);
+    zr_asn_boolean flag(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    EXPECT_EQ(places.set_optional(1), 0);
+    EXPECT_EQ(places.is_optional(), 1);
+    EXPECT_EQ(places.inner_list().get_empty_permitted(), 0);
+    EXPECT_EQ(places.get_empty_permitted(), 1);
+    parent.register_child(&places);
+    parent.register_child(&flag);
+    places.empty();
+    flag.set_value(1);
+    EXPECT_EQ(written(parent), "30 03 01 01 ff");
+    auto* place = places.inner_list().add_child();
+    place->select(1);
+    place->value().set_value(3);
+    EXPECT_EQ(places.is_present(), 1);
+    EXPECT_EQ(written(parent), "30 08 30 03 02 01 03 01 01 ff");
+    EXPECT_EQ(places.is_encoding_valid(), 1);
+    EXPECT_EQ(parent.check_encode_flags(1), 1);
+    place->select(0);
+    EXPECT_EQ(places.is_encoding_valid(), 0);
+    EXPECT_EQ(written(parent), "30 07 30 02 05 00 01 01 ff");
+    EXPECT_EQ(read(parent, "30 03 01 01 00"), 0);
+    EXPECT_EQ(places.is_present(), 0);
+    EXPECT_EQ(written(parent), "30 03 01 01 00");
+    EXPECT_EQ(places.set_empty_permitted(1), 0);
+    EXPECT_EQ(places.inner_list().get_empty_permitted(), 1);
+
+    zr_buffer_t contents(zr_normal);
+    const auto octets = zr_test::bytes("05 00 02 01 09");
+    zr_r_buffer_t input(const_cast<unsigned char*>(octets.data()), 5);
+    EXPECT_EQ(places.decode_value(input, 5), 0);
+    EXPECT_EQ(places.encode_value(contents), 0);
+    EXPECT_EQ(zr_test::hex(contents.data(), contents.length()), "05 00 02 01 09");
+
+    parent.set_secure(zr_secure);
+    EXPECT_EQ(places.inner_list().get_secure(), zr_secure);
+    EXPECT_EQ(places.inner_list().add_child()->value().get_secure(), zr_secure);
+}
+
+}  // namespace
