@@ -5,6 +5,7 @@
 
 #include "asn1/asnbase/collections.h"
 #include "asn1/record/field.h"
+#include "asn1/record/release.h"
 #include "asn1/record/tree.h"
 #include "asn1/zrasnbase.h"
 #include "asn1/zrasnutf8.h"
@@ -161,7 +162,7 @@ public:
         return 0;
     }
     // free_obj releases what get_value allocated inside `s`, not `s` itself, and leaves pointers null and counts 0.
-    static void free_obj(S& s) { free_fields(record<S>::type, &s); }
+    static void free_obj(S& s) { release_record(s); }
 
     // encode_obj gives the envelope of `in`, which the caller releases with zr_asn_buffer_free.
     int encode_obj(S& in, zr_asn_buffer_t& out, int version) {

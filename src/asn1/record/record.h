@@ -2,6 +2,7 @@
 #pragma once
 
 #include "asn1/record/binding.h"
+#include "asn1/record/direct.h"
 #include "asn1/record/registry.h"
 #include "asn1/zrasnapi.h"
 
@@ -38,11 +39,11 @@
 #define ZR_DEFINE_RECORD(structure)                                                                                    \
     const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();                             \
     template class zr::binding<structure>;                                                                             \
-    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_tree(zr_normal, out, in); }            \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); }                  \
     int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) { return zr::encode_tree(zr_local_code_set, out, in); } \
-    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_tree(zr_normal, in, out); }            \
+    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_structure(in, out); }                  \
     int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) { return zr::decode_tree(zr_local_code_set, in, out); } \
-    void zrAsnFreeObj(structure& s) { zr::free_fields(zr::record<structure>::type, &s); }                              \
+    void zrAsnFreeObj(structure& s) { zr::release_record(s); }                                                         \
     static_assert(true, "")
 
 // ZR_DEFINE_MODULE(module, structures...) closes the module's source: the records that the registry lists for it

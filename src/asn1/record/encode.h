@@ -1,0 +1,250 @@
+// Encoding a structure without an object tree: field by field, last field first, into one block.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+
+#include "asn1/record/shape.h"
+#include "asn1/record/work_list.h"
+#include "asn1/record/writer.h"
+#include "asn1/zr_asn_buffer.h"
+
+namespace zr {
+
+// write_record writes one structure as SEQUENCE before what the sink has. False when a writer's block has no room; what
+// it holds then is of no use. Throws zr_asn_memexception ("ASN: Memory error") for a null element in an array of
+// pointers.
+template <class Sink, class S>
+bool write_record(Sink& sink, const S& in);
+
+// The octets that a record's headers, integers and fixed byte strings take at most: what one test of the room covers.
+template <class Field>
+constexpr size_t max_fixed_octets(uint32_t size) {
+    switch (Field::kind) {
+        case field_kind::integer:
+            return max_integer;
+        case field_kind::fixed_octets:
+            return max_header + size;
+        case field_kind::nested:
+        case field_kind::optional_nested:
+            return 0;
+        default:
+            return max_header;
+    }
+}
+template <class S, size_t... I>
+constexpr size_t sum_fixed_octets(std::index_sequence<I...>) {
+    return (max_header + ... + max_fixed_octets<field_type<S, I>>(field_size<S, I>));
+}
+template <class S>
+constexpr size_t fixed_octets_of = sum_fixed_octets<S>(std::make_index_sequence<field_count_of<S>>());
+
+template <class Sink>
+bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t length, size_t reserve) {
+    if (!sink.room(uint64_t{length} + reserve)) return false;
+    sink.octets(data, length);
+    sink.header(identifier, length);
+    return true;
+}
+
+template <class Sink>
+bool write_text(Sink& sink, const char* text, size_t reserve) {
+    return write_octets(sink, id_utf8_string, text, text != nullptr ? std::strlen(text) : 0, reserve);
+}
+
+// Element i of a list of records.
+template <class S, size_t I>
+const auto& list_element(const S& in, uint32_t i) {
+    using F = field_type<S, I>;
+    using R = typename F::value_type;
+    if constexpr (F::kind == field_kind::list_of_pointers) {
+        const R* element = member_at<R**>(in, field_offset<S, I>)[i];
+        if (element == nullptr) throw_out_of_memory("ASN: Memory error", record<S>::module);
+        return *element;
+    } else {
+        return member_at<R*>(in, field_offset<S, I>)[i];
+    }
+}
+
+// How many elements a list has; a null array counts as empty.
+template <class S, size_t I>
+uint32_t list_count(const S& in) {
+    if (member_at<void*>(in, field_offset<S, I>) == nullptr) return 0;
+    return member_at<typename field_type<S, I>::count_type>(in, field_count_offset<S, I>);
+}
+
+template <class Sink, class S, size_t I>
+bool write_list(Sink& sink, const S& in) {
+    using F = field_type<S, I>;
+    using T = typename F::value_type;
+    constexpr size_t reserve = fixed_octets_of<S>;
+    const auto end = sink.position();
+    for (uint32_t i = list_count<S, I>(in); i-- != 0;) {
+        if constexpr (F::kind == field_kind::list_of_texts) {
+            if (!write_text(sink, member_at<char**>(in, field_offset<S, I>)[i], reserve)) return false;
+        } else if constexpr (F::kind == field_kind::list_of_integers) {
+            if (!sink.room(max_integer)) return false;
+            sink.integer(static_cast<int32_t>(member_at<T*>(in, field_offset<S, I>)[i]));
+        } else {
+            if (!write_record(sink, list_element<S, I>(in, i))) return false;
+        }
+    }
+    if (!sink.room(reserve)) return false;
+    sink.header(id_sequence, sink.since(end));
+    return true;
+}
+
+// Empty slots before the last used one are written as NULL, so that the positions survive.
+template <class Sink, class S, size_t I>
+bool write_slots(Sink& sink, const S& in) {
+    using R = typename field_type<S, I>::value_type;
+    R* const* slots = &member_at<R*>(in, field_offset<S, I>);
+    const auto end = sink.position();
+    bool used = false;
+    for (uint32_t i = field_size<S, I>; i-- != 0;) {
+        if (slots[i] != nullptr) {
+            used = true;
+            if (!write_record(sink, *slots[i])) return false;
+        } else if (used) {
+            if (!sink.room(max_header)) return false;
+            sink.octet_pair(id_null, 0);
+        }
+    }
+    if (!sink.room(fixed_octets_of<S>)) return false;
+    sink.header(id_sequence, sink.since(end));
+    return true;
+}
+
+template <class Sink, class S, size_t I>
+bool write_field(Sink& sink, const S& in) {
+    using F = field_type<S, I>;
+    using T = typename F::value_type;
+    constexpr size_t offset = field_offset<S, I>;
+    constexpr size_t reserve = fixed_octets_of<S>;
+    if constexpr (F::kind == field_kind::integer) {
+        sink.integer(static_cast<int32_t>(member_at<T>(in, offset)));
+        return true;
+    } else if constexpr (F::kind == field_kind::text) {
+        return write_text(sink, member_at<char*>(in, offset), reserve);
+    } else if constexpr (F::kind == field_kind::octets) {
+        const unsigned char* data = member_at<unsigned char*>(in, offset);
+        const uint32_t length = data != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>) : 0;
+        return write_octets(sink, id_octet_string, data, length, reserve);
+    } else if constexpr (F::kind == field_kind::fixed_octets) {
+        sink.octets(&member_at<unsigned char>(in, offset), field_size<S, I>);
+        sink.header(id_octet_string, field_size<S, I>);
+        return true;
+    } else if constexpr (F::kind == field_kind::nested) {
+        return write_record(sink, member_at<T>(in, offset)) && sink.room(reserve);
+    } else if constexpr (F::kind == field_kind::optional_nested) {
+        const T* nested = member_at<T*>(in, offset);
+        return nested == nullptr || (write_record(sink, *nested) && sink.room(reserve));
+    } else if constexpr (F::kind == field_kind::slots) {
+        return write_slots<Sink, S, I>(sink, in);
+    } else {
+        return write_list<Sink, S, I>(sink, in);
+    }
+}
+
+// The first sizeof...(I) fields, backwards.
+template <class Sink, class S, size_t... I>
+bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) {
+    return (write_field<Sink, S, sizeof...(I) - 1 - I>(sink, in) && ...);
+}
+
+// A record that contains itself: the last element of the list first, each with all that is below it.
+template <class Sink, class S>
+bool write_nested_records(Sink& sink, const S& root) {
+    constexpr size_t own = field_count_of<S> - 1;
+    struct entry {
+        const S* node;
+        uint32_t left;  // elements of the node's list that are still to be written
+        typename Sink::mark end;
+    };
+    work_list<entry> open;
+    open.push({&root, list_count<S, own>(root), sink.position()}, record<S>::module);
+    for (;;) {
+        entry& top = open.top();
+        if (top.left != 0) {
+            const S& element = list_element<S, own>(*top.node, --top.left);
+            open.push({&element, list_count<S, own>(element), sink.position()}, record<S>::module);
+            continue;
+        }
+        if (!sink.room(fixed_octets_of<S>)) return false;
+        sink.header(id_sequence, sink.since(top.end));
+        if (!write_fields(sink, *top.node, std::make_index_sequence<own>())) return false;
+        sink.header(id_sequence, sink.since(top.end));
+        open.pop();
+        if (open.empty()) return true;
+    }
+}
+
+template <class Sink, class S>
+[[gnu::noinline]] bool write_record(Sink& sink, const S& in) {
+    if constexpr (contains_itself<S>()) {
+        return write_nested_records(sink, in);
+    } else {
+        if (!sink.room(fixed_octets_of<S>)) return false;
+        const auto end = sink.position();
+        if (!write_fields(sink, in, std::make_index_sequence<field_count_of<S>>())) return false;
+        sink.header(id_sequence, sink.since(end));
+        return true;
+    }
+}
+
+// A lower bound of what the lists of a structure take, from their counts alone.
+template <class S, size_t... I>
+uint64_t least_octets(const S& in, std::index_sequence<I...>) {
+    const auto of_field = [&](auto index) -> uint64_t {
+        using F = field_type<S, decltype(index)::value>;
+        if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
+            return uint64_t{list_count<S, decltype(index)::value>(in)} * min_octets<typename F::value_type>();
+        } else if constexpr (is_list(F::kind)) {
+            return uint64_t{list_count<S, decltype(index)::value>(in)} * 2;
+        }
+        return 0;
+    };
+    return (uint64_t{0} + ... + of_field(std::integral_constant<size_t, I>()));
+}
+
+struct block_deleter {
+    void operator()(unsigned char* block) const { std::free(block); }
+};
+
+// A new malloc block for an encoding. Throws zr_asn_memexception as a buffer does, also beyond 2^32-1 octets.
+unsigned char* allocate_encoding(uint64_t length);
+
+// encode_direct gives the envelope of `in` in one malloc block. Returns 0; throws zr_asn_memexception, also beyond
+// 2^32-1 octets.
+//
+// A small record is written once, into the stack, and copied; a large one is counted first and written in place.
+template <class S>
+int encode_direct(zr_asn_buffer_t& out, const S& in, unsigned char version) {
+    constexpr size_t scratch_octets = 8192;
+    constexpr size_t header_octets = 4;
+    const unsigned char header[header_octets] = {4, version, 0xAC, 0xDC};
+    if (least_octets(in, std::make_index_sequence<field_count_of<S>>()) <= scratch_octets) {
+        unsigned char scratch[scratch_octets];
+        writer small(scratch + scratch_octets, scratch);
+        if (write_record(small, in) && small.room(header_octets)) {
+            small.octets(header, header_octets);
+            const auto length = static_cast<size_t>(small.since(scratch + scratch_octets));
+            out.data = allocate_encoding(length);
+            out.length = static_cast<unsigned int>(length);
+            std::memcpy(out.data, small.start(), length);
+            return 0;
+        }
+    }
+    counter counted;
+    write_record(counted, in);
+    const uint64_t length = counted.count() + header_octets;
+    std::unique_ptr<unsigned char, block_deleter> block(allocate_encoding(length));
+    writer exact(block.get() + length, nullptr);
+    write_record(exact, in);
+    exact.octets(header, header_octets);
+    out.data = block.release();
+    out.length = static_cast<unsigned int>(length);
+    return 0;
+}
+
+}  // namespace zr

@@ -1,0 +1,206 @@
+#include "asn1/record/reader.h"
+
+#include "asn1/asnbase/object.h"
+#include "asn1/asnbase/octetstring.h"
+
+namespace zr {
+
+namespace {
+
+zr_r_buffer_t cursor_of(const input& in) {
+    return {const_cast<unsigned char*>(in.at), static_cast<unsigned int>(in.left())};
+}
+
+void move_to(input& in, const zr_r_buffer_t& cursor) {
+    in.at = cursor.current();
+    in.end = in.at + cursor.remaining();
+}
+
+constexpr unsigned int primitive = 1;
+constexpr unsigned int constructed = 2;
+constexpr unsigned int indefinite = 4;
+
+// What asnread does up to the contents of a mandatory value with a universal tag.
+struct value_header {
+    bool is_constructed;
+    bool is_indefinite;
+    unsigned int length;
+};
+int read_header(zr_r_buffer_t& cursor, unsigned int tag, unsigned int permitted, value_header& value) {
+    ber_header header{};
+    if (int status = read_identifier(cursor, header)) return status;
+    if (header.tag != tag || header.cls != 0) return zr_err_no_match;
+    value.is_constructed = header.constructed != 0;
+    if (value.is_constructed && (permitted & constructed) == 0) return zr_err_constructed_form;
+    if (!value.is_constructed && (permitted & primitive) == 0) return zr_err_primitive_form;
+    bool definite = true;
+    if (int status = read_length(cursor, definite, value.length)) return status;
+    value.is_indefinite = !definite;
+    if (!definite && (permitted & indefinite) == 0) return zr_err_indefinite_length;
+    return value.length > cursor.remaining() ? zr_err_data_ends_early : 0;
+}
+
+int skip_end_of_contents(zr_r_buffer_t& cursor) {
+    if (check_EOC(cursor) == 0) return zr_err_bad_contents;
+    cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
+    return 0;
+}
+
+// Where the contents of a string go, and how many of them at most.
+struct string_target final : segment_sink {
+    string_target(void* first, uint64_t most) : to(static_cast<unsigned char*>(first)), room(most) {}
+    int on_segment(const unsigned char* octets, unsigned int length) override {
+        const size_t count = length < room ? length : static_cast<size_t>(room);
+        if (count != 0) std::memcpy(to, octets, count);
+        to += count;
+        room -= count;
+        return 0;
+    }
+
+    unsigned char* to;
+    uint64_t room;
+};
+
+struct segment_counter final : segment_sink {
+    int on_segment(const unsigned char*, unsigned int length) override {
+        octets += length;
+        return 0;
+    }
+
+    uint64_t octets = 0;
+};
+
+// Reads a string with a universal tag in any form. `place(length)` answers where its first octets go and how many of
+// them.
+template <class Place>
+int read_string(input& in, unsigned int tag, Place&& place) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    value_header value{};
+    if (int status = read_header(cursor, tag, primitive | constructed | indefinite, value)) return status;
+    if (value.is_constructed) {
+        zr_r_buffer_t first(cursor);
+        segment_counter counted;
+        if (int status = walk_segments(first, value.is_indefinite, value.length, 4, counted)) return status;
+        string_target target = place(counted.octets);
+        if (int status = walk_segments(cursor, value.is_indefinite, value.length, 4, target)) return status;
+    } else {
+        unsigned char* octets = nullptr;
+        if (!cursor.take(value.length, octets)) return zr_err_data_ends_early;
+        if (value.is_indefinite && check_EOC(cursor) == 0) return zr_err_bad_contents;
+        string_target target = place(value.length);
+        target.on_segment(octets, value.length);
+    }
+    if (value.is_indefinite) {
+        if (int status = skip_end_of_contents(cursor)) return status;
+    }
+    move_to(in, cursor);
+    return 0;
+}
+
+// The value of an INTEGER's contents; 0 stands for one that does not fit (zr_asn_integer::update_int_val).
+int32_t integer_contents(const unsigned char* octets, unsigned int length) {
+    if (length == 0 || (length > 4 && octets[0] != 0)) return 0;
+    uint32_t bits = 0;
+    for (unsigned int i = 0; i < length; ++i)
+        bits |= uint32_t{octets[i]} << ((length - 1 - i) * 8 % 32);
+    if (length < 4 && (octets[0] & 0x80) != 0) bits |= ~uint32_t{0} << (length * 8);
+    return static_cast<int32_t>(bits);
+}
+
+}  // namespace
+
+int enter_sequence_slow(input& in, scope& entered) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    value_header value{};
+    if (int status = read_header(cursor, 16, constructed | indefinite, value)) return status;
+    entered.indefinite = value.is_indefinite;
+    entered.after = cursor.remaining() - value.length;
+    move_to(in, cursor);
+    if (!value.is_indefinite) in.end = in.at + value.length;
+    return 0;
+}
+
+int leave_indefinite(input& in) {
+    if (!ends_slow(in)) return zr_err_bad_contents;
+    in.at += 2;
+    return 0;
+}
+
+bool ends_slow(const input& in) { return in.left() >= 2 && in.at[0] == 0 && in.at[1] == 0; }
+
+bool next_is_sequence_slow(const input& in) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    ber_header header{};
+    return read_identifier(cursor, header) == 0 && header.tag == 16 && header.cls == 0;
+}
+
+bool skip_null_slow(input& in) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    value_header value{};
+    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return false;
+    move_to(in, cursor);
+    return true;
+}
+
+int read_integer_slow(input& in, int32_t& value) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    value_header header{};
+    if (int status = read_header(cursor, 2, primitive, header)) return status;
+    unsigned char* octets = nullptr;
+    if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
+    move_to(in, cursor);
+    value = integer_contents(octets, header.length);
+    return 0;
+}
+
+int read_text_slow(input& in, char*& text) {
+    return read_string(in, 12, [&](uint64_t length) -> string_target {
+        text = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
+        if (text == nullptr) return {nullptr, 0};
+        text[length] = 0;
+        return {text, length};
+    });
+}
+
+int read_octets_slow(input& in, unsigned char*& data, uint32_t& length, unsigned char* fixed, uint32_t limit) {
+    bool failed = false;
+    const int status = read_string(in, 4, [&](uint64_t count) -> string_target {
+        if (fixed != nullptr) {
+            std::memset(fixed, 0, limit);
+            return {fixed, limit};
+        }
+        if (count == 0) return {nullptr, 0};
+        data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(count)));
+        failed = data == nullptr;
+        length = failed ? 0 : static_cast<uint32_t>(count);
+        return {data, length};
+    });
+    return status == 0 && failed ? zr_err_out_of_memory : status;
+}
+
+uint32_t count_elements(const input& in) {
+    const unsigned char* at = in.at;
+    uint32_t count = 0;
+    while (at != in.end) {
+        ++count;
+        const auto left = static_cast<size_t>(in.end - at);
+        if (left < 2 || (at[0] & 0x1F) == 0x1F) break;
+        size_t length = at[1];
+        size_t header = 2;
+        if (length >= 0x80) {
+            size_t octets = length & 0x7F;
+            if (octets == 0 || octets > 4 || octets > left - 2) break;
+            header += octets;
+            for (length = 0; octets != 0; --octets)
+                length = length << 8 | at[header - octets];
+        }
+        if (length > left - header) break;
+        at += header + length;
+    }
+    return count;
+}
+
+void throw_memory_error(const char* file) { throw_out_of_memory("ASN: Memory error", file); }
+void throw_optional_memory_error(const char* file) { throw_out_of_memory("ASN: Out of memory", file); }
+
+}  // namespace zr

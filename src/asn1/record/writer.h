@@ -1,0 +1,133 @@
+// Writing BER backwards, from the end of a block towards its start, so that every length is known when it is written.
+//
+// Two sinks share one interface: writer puts octets into a block, counter only counts them.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace zr {
+
+// Identifier octets of the universal types that records are made of (X.690 8.1.2).
+constexpr unsigned char id_integer = 0x02;
+constexpr unsigned char id_octet_string = 0x04;
+constexpr unsigned char id_null = 0x05;
+constexpr unsigned char id_utf8_string = 0x0C;
+constexpr unsigned char id_sequence = 0x30;
+
+// The most octets that a header (identifier and length) and an INTEGER take.
+constexpr size_t max_header = 6;
+constexpr size_t max_integer = 6;
+
+// How many contents octets an INTEGER has, 1 to 4: as few as hold the value and its sign.
+inline unsigned int integer_octets(int32_t value) {
+    const auto magnitude = static_cast<uint32_t>(value ^ (value >> 31));
+    return (32u - static_cast<unsigned int>(__builtin_clz(magnitude | 1))) / 8 + 1;
+}
+
+// How many length octets follow the first, 0 for the short form.
+inline unsigned int length_octets(uint64_t length) {
+    if (length < 0x80) return 0;
+    return length <= 0xFF ? 1 : length <= 0xFFFF ? 2 : length <= 0xFFFFFF ? 3 : 4;
+}
+
+// Copies a few octets without a call: texts are short. The blocks do not overlap.
+inline void copy_octets(unsigned char* to, const void* source, size_t count) {
+    const auto* from = static_cast<const unsigned char*>(source);
+    if (count > 16) {
+        std::memcpy(to, from, count);
+    } else if (count >= 8) {
+        // Two halves that overlap in the middle; words of four octets, which every x86 moves through registers.
+        uint32_t words[4];
+        std::memcpy(&words[0], from, 4);
+        std::memcpy(&words[1], from + 4, 4);
+        std::memcpy(&words[2], from + count - 8, 4);
+        std::memcpy(&words[3], from + count - 4, 4);
+        std::memcpy(to, &words[0], 4);
+        std::memcpy(to + 4, &words[1], 4);
+        std::memcpy(to + count - 8, &words[2], 4);
+        std::memcpy(to + count - 4, &words[3], 4);
+    } else if (count >= 4) {
+        uint32_t words[2];
+        std::memcpy(&words[0], from, 4);
+        std::memcpy(&words[1], from + count - 4, 4);
+        std::memcpy(to, &words[0], 4);
+        std::memcpy(to + count - 4, &words[1], 4);
+    } else if (count != 0) {
+        const unsigned char first = from[0];
+        const unsigned char middle = from[count / 2];
+        const unsigned char last = from[count - 1];
+        to[0] = first;
+        to[count / 2] = middle;
+        to[count - 1] = last;
+    }
+}
+
+// writer fills a block from its end. Callers ask room() before they write; with a block of exactly the counted size
+// they may do without: `limit` 0 makes every room() hold.
+class writer {
+public:
+    writer(unsigned char* end, unsigned char* limit) : at_(end), limit_(reinterpret_cast<uintptr_t>(limit)) {}
+
+    bool room(uint64_t octets) const { return reinterpret_cast<uintptr_t>(at_) - limit_ >= octets; }
+
+    // A position to measure from, and the octets written since.
+    using mark = unsigned char*;
+    mark position() const { return at_; }
+    uint64_t since(mark from) const { return static_cast<uint64_t>(from - at_); }
+    unsigned char* start() const { return at_; }
+
+    void octets(const void* from, size_t count) {
+        at_ -= count;
+        copy_octets(at_, from, count);
+    }
+    void octet_pair(unsigned char first, unsigned char second) {
+        at_ -= 2;
+        at_[0] = first;
+        at_[1] = second;
+    }
+    void header(unsigned char identifier, uint64_t length) {
+        if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
+        long_header(identifier, static_cast<uint32_t>(length));
+    }
+    // Stores four octets whatever the value takes: what lies before the contents is written later. At least the two
+    // octets of a header always do.
+    void integer(int32_t value) {
+        const unsigned int count = integer_octets(value);
+        const uint32_t stored = __builtin_bswap32(static_cast<uint32_t>(value));
+        std::memcpy(at_ - 4, &stored, 4);
+        at_ -= count;
+        octet_pair(id_integer, static_cast<unsigned char>(count));
+    }
+
+private:
+    void long_header(unsigned char identifier, uint32_t length) {
+        unsigned char count = 0;
+        for (; length != 0; length >>= 8, ++count)
+            *--at_ = static_cast<unsigned char>(length);
+        octet_pair(identifier, static_cast<unsigned char>(0x80 | count));
+    }
+
+    unsigned char* at_;
+    uintptr_t limit_;
+};
+
+// counter has the writer's interface and tells how many octets it would write.
+class counter {
+public:
+    bool room(uint64_t) const { return true; }
+    using mark = uint64_t;
+    mark position() const { return count_; }
+    uint64_t since(mark from) const { return count_ - from; }
+    uint64_t count() const { return count_; }
+
+    void octets(const void*, size_t count) { count_ += count; }
+    void octet_pair(unsigned char, unsigned char) { count_ += 2; }
+    void header(unsigned char, uint64_t length) { count_ += 2 + length_octets(length); }
+    void integer(int32_t value) { count_ += 2 + integer_octets(value); }
+
+private:
+    uint64_t count_ = 0;
+};
+
+}  // namespace zr
