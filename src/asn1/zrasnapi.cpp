@@ -3,7 +3,76 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "asn1/zrasnbase.h"
+#include "asn1/asn_yvobjs.h"
+
+namespace {
+
+constexpr int unknown_type = -1;
+
+enum operation { op_encode, op_decode, op_free };
+
+template <class Record, class Value>
+int run_record(operation op, int version, Value& value, zr_asn_buffer_t& buffer) {
+    if (op == op_free) {
+        Record::free_obj(value);
+        return 0;
+    }
+    Record record(zr_normal);
+    if (op == op_encode) {
+        // What could not be set is absent, and that is what writing it answers.
+        static_cast<void>(record.set_value(value));
+        return zr_asnbase::saveEncoding(record, version, buffer);
+    }
+    const int status = zr_asnbase::loadObject(record, version, buffer);
+    return status != 0 ? status : record.get_value(value);
+}
+
+int run_integer(operation op, int version, zrasn_integer_value& value, zr_asn_buffer_t& buffer) {
+    if (op == op_free) return 0;
+    zr_asn_integer integer(zr_normal);
+    if (op == op_encode) {
+        static_cast<void>(integer.set_value(long{value}));
+        return zr_asnbase::saveEncoding(integer, version, buffer);
+    }
+    if (int status = zr_asnbase::loadObject(integer, version, buffer)) return status;
+    long content = 0;
+    const int status = integer.get_value(content);
+    value = static_cast<zrasn_integer_value>(content);
+    return status;
+}
+
+int main_func(operation op, int version, void* value, unsigned int type, zr_asn_buffer_t& buffer) try {
+    switch (type) {
+        case zrasn_type_cert_request:
+            return run_record<zr_asn_cert_request_in>(op, version, *static_cast<cert_request_in*>(value), buffer);
+        case zrasn_type_update_list:
+            return run_record<zr_asn_yvobj_update_list_t>(op, version, *static_cast<yvobj_update_list_s_t*>(value),
+                                                          buffer);
+        case zrasn_type_integer:
+            return run_integer(op, version, *static_cast<zrasn_integer_value*>(value), buffer);
+        default:
+            return unknown_type;
+    }
+} catch (const zr_asn_exception& exception) {
+    return zr::report_exception(exception);
+} catch (...) {
+    return zr_err_out_of_memory;
+}
+
+}  // namespace
+
+int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_t& out) {
+    return main_func(op_encode, version, value, type, out);
+}
+
+int zrasn_decode_obj(int version, zr_asn_buffer_t& in, unsigned int type, void* value) {
+    return main_func(op_decode, version, value, type, in);
+}
+
+int zrasn_obj_free(int version, unsigned int type, void* value) {
+    zr_asn_buffer_t none{};
+    return main_func(op_free, version, value, type, none);
+}
 
 int zrasn_version(const zr_asn_buffer_t& in, unsigned int& flag) { return zr_asnbase::get_encoded_version(in, flag); }
 
