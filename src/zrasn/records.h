@@ -1,0 +1,23 @@
+// All records of the library.
+#pragma once
+
+#include "base_idls/RemoteLog_asn.h"
+#include "base_idls/aclidl_asn.h"
+#include "base_idls/actionidl_asn.h"
+#include "base_idls/attrlist_asn.h"
+#include "base_idls/azn_remote_authn_asn.h"
+#include "base_idls/azn_remote_authz_asn.h"
+#include "base_idls/azn_remote_creds_mod_asn.h"
+#include "base_idls/azn_remote_entitlements_asn.h"
+#include "base_idls/aznserver_asn.h"
+#include "base_idls/dbreplica_asn.h"
+#include "base_idls/ejauditidl_asn.h"
+#include "base_idls/namevalue_asn.h"
+#include "base_idls/pobj_asn.h"
+#include "base_idls/principal_asn.h"
+#include "base_idls/yvaclobjs_asn.h"
+#include "base_idls/yvobj_asn.h"
+#include "base_idls/yvobj_base_asn.h"
+#include "base_idls/yvpopobjs_asn.h"
+#include "base_idls/yvsvr_enc_asn.h"
+#include "base_idls/zrnbase_asn.h"
