@@ -1,0 +1,382 @@
+// Buffers and cursors: growth, ownership, memory tables, and that secure buffers leave nothing behind.
+#include "asn1/asnbase/buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+
+#include "asn1/asnbase/status.h"
+#include "support/allocations.h"
+#include "support/hex.h"
+
+namespace {
+
+using zr_test::hex;
+
+const unsigned char* octets_of(const std::string& text) { return reinterpret_cast<const unsigned char*>(text.data()); }
+
+std::string text_of(const zr_buffer_t& buffer) {
+    return {reinterpret_cast<const char*>(buffer.data()), buffer.length()};
+}
+
+// A heap of its own behind a memory table. It shows whether a block that is given back still holds an octet.
+struct heap {
+    std::map<void*, size_t> blocks;
+    std::string calls;  // m, f, r, c in order
+    int unwiped = 0;
+    bool exhausted = false;
+
+    void* make(char call, size_t octets) {
+        calls += call;
+        if (exhausted) return nullptr;
+        void* block = std::calloc(1, octets);
+        blocks[block] = octets;
+        return block;
+    }
+    void drop(char call, void* block) {
+        calls += call;
+        if (block == nullptr) return;
+        const auto* octets = static_cast<unsigned char*>(block);
+        for (size_t i = 0; i < blocks.at(block); ++i) {
+            if (octets[i] != 0) {
+                ++unwiped;
+                break;
+            }
+        }
+        blocks.erase(block);
+        std::free(block);
+    }
+    void* resize(void* block, size_t octets) {
+        if (exhausted) return make('r', octets);
+        void* made = make('r', octets);
+        if (block != nullptr) std::memcpy(made, block, std::min(octets, blocks.at(block)));
+        if (block != nullptr) drop('f', block);
+        return made;
+    }
+    static heap& at(void* context) { return *static_cast<heap*>(context); }
+    zr_memory_funcs_t table() {
+        zr_memory_funcs_t made{};
+        made.use_context = 1;
+        made.context_malloc = [](void* c, size_t n) { return at(c).make('m', n); };
+        made.context_free = [](void* c, void* p) { at(c).drop('f', p); };
+        made.context_realloc = [](void* c, void* p, size_t n) { return at(c).resize(p, n); };
+        made.context_calloc = [](void* c, size_t n, size_t m) { return at(c).make('c', n * m); };
+        made.context = this;
+        return made;
+    }
+};
+
+TEST(buffer, chunk) {
+    static const unsigned int table[][2] = {
+        {0, 64},     {1, 64},     {63, 64},     {64, 128},    {65, 1024},
+        {127, 1024}, {128, 1088}, {1000, 1920}, {1024, 1984}, {0xFFFFFC3F, 0xFFFFFFC0},
+    };
+    for (const auto& row : table)
+        EXPECT_EQ(chunk(row[0]), row[1]) << row[0];
+}
+
+TEST(buffer, growth) {
+    for (const security_t security : {zr_normal, zr_secure, zr_local_code_set}) {
+        zr_buffer_t one(security);
+        EXPECT_EQ(one.capacity(), 0u);
+        one.append(static_cast<unsigned char>('x'));
+        EXPECT_EQ(one.capacity(), 128u);
+        while (one.length() < 128)
+            one.append(static_cast<unsigned char>('x'));
+        EXPECT_EQ(one.capacity(), 128u);
+        one.append(static_cast<unsigned char>('x'));
+        EXPECT_EQ(one.capacity(), chunk(128 + 64));
+
+        for (const unsigned int count : {0u, 1u, 63u, 64u, 65u, 1000u}) {
+            zr_buffer_t many(security);
+            many.append(octets_of(std::string(count, 'y')), count);
+            EXPECT_EQ(many.capacity(), count == 0 ? 0 : chunk(count));
+            EXPECT_EQ(zr_buffer_t(count, security).capacity(), chunk(count));
+        }
+    }
+}
+
+// Every operation against a string, in every mode and with every way to memory.
+TEST(buffer, random_operations) {
+    heap own;
+    const zr_memory_funcs_t tables[] = {{}, own.table()};
+    size_t live = 0;
+    {
+        zr_test::allocations watch;
+        for (unsigned int seed = 0; seed < 200; ++seed) {
+            std::mt19937 random(seed);
+            const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
+            const security_t security = seed % 2 == 0 ? zr_secure : zr_normal;
+            zr_buffer_t buffer(tables[seed / 2 % 2], security);
+            std::string expected;
+            for (int step = 0; step < 60; ++step) {
+                const std::string more(below(200), static_cast<char>('a' + below(26)));
+                const auto count = static_cast<unsigned int>(more.size());
+                switch (below(10)) {
+                    case 0:
+                        buffer.append(octets_of(more), count);
+                        expected += more;
+                        break;
+                    case 1:
+                        buffer.append(more.c_str());
+                        expected += more;
+                        break;
+                    case 2:
+                        for (unsigned int i = 0; i < count; ++i)
+                            buffer.append(static_cast<unsigned char>(more[i]));
+                        expected += more;
+                        break;
+                    case 3:  // itself
+                        if (expected.size() > 5000) break;
+                        buffer.append(buffer);
+                        expected += expected;
+                        break;
+                    case 4: {  // from inside itself
+                        const unsigned int from = below(buffer.length() + 1);
+                        const unsigned int part = below(buffer.length() - from + 1);
+                        buffer.append(buffer.data() + from, part);
+                        expected += expected.substr(from, part);
+                        break;
+                    }
+                    case 5: {
+                        zr_buffer_t copy(buffer);
+                        copy.append("!");
+                        zr_buffer_t assigned(security);
+                        assigned.append("old");
+                        assigned = copy;
+                        EXPECT_EQ(text_of(assigned), expected + "!");
+                        EXPECT_TRUE(assigned == copy);
+                        EXPECT_EQ(assigned.security(), buffer.security());
+                        assigned.truncate(assigned.length() - 1);
+                        buffer = assigned;
+                        break;
+                    }
+                    case 6:
+                        buffer.append_int(static_cast<int>(random()));
+                        expected = text_of(buffer);
+                        break;
+                    case 7:
+                        buffer.terminate();
+                        EXPECT_EQ(buffer.data()[buffer.length()], 0);
+                        break;
+                    case 8: {
+                        if (below(4) != 0) break;
+                        const unsigned int capacity = buffer.capacity();
+                        EXPECT_EQ(buffer.clear(), 0);
+                        EXPECT_EQ(buffer.capacity(), capacity);
+                        for (unsigned int i = 0; security == zr_secure && i < capacity; ++i)
+                            ASSERT_EQ(buffer.data()[i], 0);
+                        expected.clear();
+                        break;
+                    }
+                    default: {
+                        if (below(4) != 0) break;
+                        unsigned char* data = nullptr;
+                        unsigned int length = 0;
+                        buffer.detach(data, length);
+                        ASSERT_EQ(hex(data, length), hex(expected.data(), expected.size()));
+                        EXPECT_EQ(buffer.capacity(), 0u);
+                        buffer.reset();
+                        EXPECT_EQ(buffer.length(), 0u);
+                        if (data != nullptr) std::memset(data, 0, length);
+                        tables[seed / 2 % 2].free(data);
+                        expected.clear();
+                    }
+                }
+                ASSERT_EQ(text_of(buffer), expected) << "seed " << seed << " step " << step;
+                ASSERT_EQ(buffer.current(), buffer.data());
+            }
+        }
+        live = watch.live();
+        own.calls.clear();
+    }
+    EXPECT_TRUE(own.blocks.empty());
+    EXPECT_LE(live, 1u);  // the text of the heap's calls
+}
+
+TEST(buffer, memory_tables) {
+    // The plain functions go before the context functions, and each operation has its own.
+    static std::string plain_calls;
+    heap own;
+    zr_memory_funcs_t both = own.table();
+    both.plain_malloc = [](size_t n) { return plain_calls += 'm', std::malloc(n); };
+    both.plain_free = [](void* p) { plain_calls += 'f', std::free(p); };
+    both.plain_realloc = [](void* p, size_t n) { return plain_calls += 'r', std::realloc(p, n); };
+    both.plain_calloc = [](size_t n, size_t m) { return plain_calls += 'c', std::calloc(n, m); };
+    for (const int plain : {0, 1}) {
+        both.use_plain = plain;
+        void* block = both.malloc(8);
+        block = both.realloc(block, 16);
+        both.free(block);
+        both.free(both.calloc(2, 4));
+    }
+    EXPECT_EQ(plain_calls, "mrfcf");
+    EXPECT_EQ(own.calls, "mrffcf");  // its realloc frees too
+}
+
+TEST(buffer, secure_octets_are_gone_from_every_block) {
+    const std::string secret(100, '#');
+    for (const security_t security : {zr_secure, zr_normal, zr_local_code_set}) {
+        heap own;
+        {
+            zr_buffer_t buffer(16, own.table(), security);
+            for (int i = 0; i < 30; ++i)
+                buffer.append(secret.c_str());  // grows
+            zr_buffer_t copy(buffer);
+            copy = buffer;
+            buffer.clear();
+            buffer.append(secret.c_str());
+            buffer.truncate(3);
+            buffer = copy;
+        }
+        EXPECT_TRUE(own.blocks.empty());
+        EXPECT_EQ(own.unwiped == 0, security == zr_secure);
+        EXPECT_EQ(own.calls.find('r') == std::string::npos, security == zr_secure);
+    }
+    // And through the C library, as objects use it.
+    int found = 0;
+    {
+        zr_test::allocations watch;
+        watch.on_release(
+            [](void* context, const void* block, size_t size) {
+                if (memmem(block, size, "####", 4) != nullptr) ++*static_cast<int*>(context);
+            },
+            &found);
+        zr_buffer_t buffer(zr_secure);
+        for (int i = 0; i < 3000; ++i)
+            buffer.append(static_cast<unsigned char>('#'));
+    }
+    EXPECT_EQ(found, 0);
+}
+
+// `change` fails with the exception of exhausted memory and leaves the buffer as it was.
+template <class Change>
+void expect_refused(zr_buffer_t& buffer, Change&& change) {
+    const std::string before = text_of(buffer);
+    const unsigned char* data = buffer.data();
+    const unsigned int capacity = buffer.capacity();
+    try {
+        change();
+        ADD_FAILURE() << "no exception";
+    } catch (const zr_asn_memexception& exception) {
+        EXPECT_STREQ(exception.message, "Out of memory in buffer_t::extend");
+        EXPECT_STREQ(exception.file, "src/asn1/asnbase");
+        EXPECT_EQ(exception.code, 275062885u);
+        EXPECT_GT(exception.line, 0);
+    }
+    EXPECT_EQ(buffer.data(), data);
+    EXPECT_EQ(buffer.capacity(), capacity);
+    EXPECT_EQ(text_of(buffer), before);
+    EXPECT_EQ(buffer.current(), data);
+}
+
+TEST(buffer, exhausted_memory_changes_nothing) {
+    for (const security_t security : {zr_normal, zr_secure}) {
+        heap own;
+        zr_buffer_t buffer(own.table(), security);
+        const std::string text(128, 'x');
+        for (const bool filled : {false, true}) {
+            own.exhausted = false;
+            if (filled) buffer.append(text.c_str());
+            buffer.append(octets_of(std::string(buffer.capacity() - buffer.length(), 'z')),
+                          buffer.capacity() - buffer.length());
+            own.exhausted = true;
+            zr_buffer_t other(zr_normal);
+            other.append("other");
+            expect_refused(buffer, [&] { buffer.append(static_cast<unsigned char>('y')); });
+            expect_refused(buffer, [&] { buffer.append(octets_of(text), 9); });
+            expect_refused(buffer, [&] { buffer.append("y"); });
+            expect_refused(buffer, [&] { buffer.append(other); });
+            expect_refused(buffer, [&] { buffer.append_int(7); });
+            expect_refused(buffer, [&] { buffer.extend(0); });
+            expect_refused(buffer, [&] { buffer.terminate(); });
+            if (filled) expect_refused(buffer, [&] { zr_buffer_t copy(buffer); });
+            if (filled) expect_refused(other, [&] { other = buffer; });
+        }
+        EXPECT_THROW(zr_buffer_t(8, own.table(), security), zr_asn_memexception);
+        own.exhausted = false;
+    }
+}
+
+TEST(buffer, sums_beyond_32_bits) {
+    // A heap that promises any size: only the sums can refuse.
+    static unsigned char block[256];
+    zr_memory_funcs_t generous{};
+    generous.use_plain = 1;
+    generous.plain_malloc = [](size_t) { return static_cast<void*>(block); };
+    generous.plain_realloc = [](void*, size_t) { return static_cast<void*>(block); };
+    generous.plain_free = [](void*) {};
+    zr_buffer_t buffer(0xFFFFFC3F, generous);
+    EXPECT_EQ(buffer.capacity(), 0xFFFFFFC0u);
+    expect_refused(buffer, [&] { buffer.extend(0); });
+    buffer.append("x");
+    expect_refused(buffer, [&] { buffer.append(block, 0xFFFFFFC0); });
+    expect_refused(buffer, [&] { buffer.append(block, 0xFFFFFFFF); });
+    zr_buffer_t empty(zr_normal);
+    expect_refused(empty, [&] { empty.extend(0xFFFFFC40); });
+    expect_refused(empty, [&] { empty.extend(0xFFFFFFFF); });
+    EXPECT_THROW(zr_buffer_t(0xFFFFFFFF, zr_secure), zr_asn_memexception);
+}
+
+TEST(buffer, digits) {
+    static const struct {
+        int (*write)(zr_buffer_t&, unsigned int);
+        unsigned int value;
+        const char* text;  // null: refused
+    } table[] = {
+        {write1d, 0, "0"},         {write1d, 9, "9"},       {write1d, 10, nullptr},         {write2d, 7, "07"},
+        {write2d, 99, "99"},       {write2d, 100, nullptr}, {write4d, 30, "0030"},          {write4d, 9999, "9999"},
+        {write4d, 10000, nullptr}, {write4d, 0, "0000"},    {write1d, 0xFFFFFFFF, nullptr},
+    };
+    for (const auto& row : table) {
+        zr_buffer_t buffer(zr_normal);
+        buffer.append("<");
+        EXPECT_EQ(row.write(buffer, row.value), row.text == nullptr ? 275063210 : 0) << row.value;
+        EXPECT_EQ(text_of(buffer), std::string("<") + (row.text != nullptr ? row.text : ""));
+    }
+    zr_buffer_t buffer(zr_normal);
+    buffer.append(static_cast<const char*>(nullptr));
+    buffer.append_int(-2147483647L - 1);
+    EXPECT_EQ(text_of(buffer), "-2147483648");
+}
+
+TEST(buffer, cursors) {
+    unsigned char first[] = {1, 2, 0, 0}, second[] = {9, 2, 0, 0};
+    zr_r_buffer_t cursor(first, 4);
+    zr_r_buffer_t other;
+    EXPECT_TRUE(other == zr_r_buffer_t(second, 0));
+    EXPECT_FALSE(cursor == other);
+    cursor.set_fill_octet(7);
+    cursor.set_depth(3);
+    const zr_r_buffer_t copy(cursor);
+    EXPECT_EQ(copy.fill_octet(), 7);
+    EXPECT_EQ(copy.depth(), 3u);
+    other = cursor;
+    EXPECT_EQ(other.fill_octet(), 0);
+    EXPECT_EQ(other.depth(), 0u);
+    EXPECT_TRUE(other == cursor);
+
+    unsigned char* octets = nullptr;
+    EXPECT_FALSE(cursor.take(5, octets));
+    EXPECT_FALSE(cursor.limit(5));
+    EXPECT_TRUE(cursor.take(1, octets));
+    EXPECT_EQ(octets, first);
+    other.set(second, 4);
+    EXPECT_FALSE(cursor == other);
+    EXPECT_TRUE(other.take(1, octets));
+    EXPECT_TRUE(cursor == other);  // other octets at another place, equal from here on
+    cursor.reset();
+    EXPECT_EQ(cursor.current(), first);
+    EXPECT_EQ(cursor.remaining(), 4u);
+
+    for (unsigned int count = 0; count <= 2; ++count)
+        EXPECT_EQ(check_EOC(zr_r_buffer_t(first + 2, count)), count == 2 ? 1 : 0);
+    EXPECT_EQ(check_EOC(zr_r_buffer_t(first, 4)), 0);
+    EXPECT_EQ(check_EOC(zr_r_buffer_t(first + 1, 3)), 0);
+}
+
+}  // namespace
