@@ -1,0 +1,488 @@
+// Character string objects: what each class accepts, every code set against every other, and the choice of a code set.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "asn1/asnstrng.h"
+#include "asn1/zrasnbase.h"
+#include "support/ber.h"
+#include "support/slots.h"
+
+namespace {
+
+using zr_test::bytes;
+using zr_test::hex;
+using zr_test::input;
+using zr_test::slot;
+using zr_test::slot_count;
+using zr_test::written;
+
+constexpr int absent = 275063200;
+constexpr int not_representable = 275063211;
+constexpr int not_accepted = 275063212;
+
+constexpr unsigned int code_sets[] = {12, 19, 20, 22, 26, 28, 30};
+
+// A directory string whose text and preference the tests can see and set.
+class directory_string : public zr_asn_directoryString {
+public:
+    explicit directory_string(int preferred = 0) : zr_asn_directoryString(zr_normal) { preferred_codeset_ = preferred; }
+    using zr_asn_charstring::preferred_codeset_;
+    std::string text() const { return hex(second_); }
+    void hold(unsigned int code_set, std::string_view octets) {
+        input cursor(octets);
+        set_value_uninterpreted(cursor);
+        set_codeset(code_set);
+    }
+};
+
+struct getter {
+    unsigned int code_set;
+    int (zr_asn_charstring::*get)(zr_buffer_t&) const;
+    int (zr_asn_charstring::*convert)(zr_buffer_t&) const;
+    int (zr_asn_charstring::*in_place)();
+    int (zr_asn_charstring::*set)(zr_r_buffer_t&);
+};
+int set_ia5_unchecked(zr_asn_charstring& object, zr_r_buffer_t& text) { return object.set_value_IA5(text, 0); }
+
+using string = zr_asn_charstring;
+const getter operations[] = {
+    {12, &string::get_value_UTF8, &string::convert2UTF8, &string::convert2UTF8, &string::set_value_UTF8},
+    {19, &string::get_value_printable, &string::convert2printable, &string::convert2printable,
+     &string::set_value_printable},
+    {20, &string::get_value_T61, &string::convert2T61, &string::convert2T61, &string::set_value_T61},
+    {22, &string::get_value_IA5, &string::convert2IA5, &string::convert2IA5, nullptr},
+    {26, &string::get_value_visible, &string::convert2visible, &string::convert2visible, &string::set_value_visible},
+    {28, &string::get_value_Univ, &string::convert2Univ, &string::convert2Univ, &string::set_value_Univ},
+    {30, &string::get_value_BMP, &string::convert2BMP, &string::convert2BMP, &string::set_value_BMP},
+};
+
+int set(zr_asn_charstring& object, const getter& operation, std::string_view octets) {
+    input cursor(octets);
+    return operation.set != nullptr ? (object.*operation.set)(cursor) : set_ia5_unchecked(object, cursor);
+}
+
+// Some texts as each code set has them, in the order of `code_sets`; null where it has not.
+struct text_forms {
+    const char* what;
+    const char* octets[7];
+};
+constexpr text_forms texts[] = {
+    {"printable", {"41 62", "41 62", "41 62", "41 62", "41 62", "00 00 00 41 00 00 00 62", "00 41 00 62"}},
+    {"7 bits", {"61 3d", nullptr, "61 3d", "61 3d", nullptr, "00 00 00 61 00 00 00 3d", "00 61 00 3d"}},
+    {"Latin-1", {"c3 a9 24", nullptr, "c2 65 a4", "e9 24", nullptr, "00 00 00 e9 00 00 00 24", "00 e9 00 24"}},
+    {"two scripts", {"ce a9 41", nullptr, "e0 41", nullptr, nullptr, "00 00 03 a9 00 00 00 41", "03 a9 00 41"}},
+    {"beyond the BMP", {"f0 9f 98 80", nullptr, nullptr, nullptr, nullptr, "00 01 f6 00", nullptr}},
+    {"empty", {"", "", "", "", "", "", ""}},
+};
+
+// What the text becomes, or null. To T.61 texts go by way of IA5; visible texts convert to nothing, nor printable ones
+// to visible.
+const char* converted(const text_forms& text, size_t from, size_t to) {
+    if (from == to) return text.octets[to];
+    if (code_sets[from] == 26 || (code_sets[from] == 19 && code_sets[to] == 26)) return nullptr;
+    if (code_sets[to] == 20 && text.octets[3] == nullptr) return nullptr;
+    return text.octets[to];
+}
+
+template <class Check>
+void each_conversion(Check&& check) {
+    for (const text_forms& text : texts)
+        for (size_t from = 0; from < 7; ++from)
+            for (size_t to = 0; to < 7; ++to) {
+                if (text.octets[from] == nullptr) continue;
+                SCOPED_TRACE(std::string(text.what) + " from " + std::to_string(code_sets[from]) + " to " +
+                             std::to_string(code_sets[to]));
+                check(text, from, to);
+            }
+}
+
+TEST(charstring, every_code_set_into_every_other) {
+    each_conversion([](const text_forms& text, size_t from, size_t to) {
+        directory_string object;
+        object.hold(code_sets[from], text.octets[from]);
+        const char* expected = converted(text, from, to);
+        for (const auto read : {operations[to].get, operations[to].convert}) {
+            zr_buffer_t out(zr_normal);
+            out.append("x");
+            EXPECT_EQ((object.*read)(out), expected != nullptr ? 0 : not_representable);
+            if (expected != nullptr) {
+                EXPECT_EQ(hex(out), *expected != 0 ? "78 " + std::string(expected) : "78");
+            }
+        }
+        EXPECT_EQ(object.text(), text.octets[from]);
+        EXPECT_EQ(object.get_codeset(), code_sets[from]);
+    });
+}
+
+TEST(charstring, every_code_set_into_every_other_in_place) {
+    each_conversion([](const text_forms& text, size_t from, size_t to) {
+        directory_string object;
+        object.hold(code_sets[from], text.octets[from]);
+        const char* expected = converted(text, from, to);
+        unsigned int named = code_sets[to];
+        std::string octets = expected != nullptr ? expected : "";
+        if (code_sets[from] == 26 && named == 22) octets = expected = text.octets[from];
+        if (from != to && named == 26) named = 19;
+        if (from != to && named == 12) named = 28;
+        if (code_sets[from] == 12 && code_sets[to] == 28) {
+            // The UTF-8 octets read as BMP units.
+            auto utf8 = bytes(text.octets[from]);
+            utf8.resize((utf8.size() + 1) / 2 * 2);
+            std::vector<unsigned char> units;
+            for (size_t i = 0; i < utf8.size(); i += 2)
+                units.insert(units.end(), {0, 0, utf8[i], utf8[i + 1]});
+            octets = hex(units);
+        }
+        const bool restricts = code_sets[to] == 19 || code_sets[to] == 26;
+        if (restricts && octets.empty() && expected != nullptr && (code_sets[from] == 12 || code_sets[from] == 22))
+            named = code_sets[from];
+        if (expected == nullptr) {
+            octets = text.octets[from];
+            named = code_sets[from];
+        }
+        EXPECT_EQ((object.*operations[to].in_place)(), expected != nullptr ? 0 : not_representable);
+        EXPECT_EQ(object.text(), octets);
+        EXPECT_EQ(object.get_codeset(), named);
+        EXPECT_EQ(object.get_tag(), named);
+        EXPECT_EQ(object.is_present(), 1);
+    });
+}
+
+struct class_case {
+    const char* type_name;
+    std::unique_ptr<zr_asn_charstring> (*make)();
+    unsigned int code_set;  // the only one it accepts; 0: see the tests
+};
+template <class T>
+std::unique_ptr<zr_asn_charstring> make() {
+    return std::make_unique<T>(zr_normal);
+}
+const class_case classes[] = {
+    {"IA5string", make<zr_asn_ia5String>, 22},
+    {"PRINTABLEstring", make<zr_asn_printableString>, 19},
+    {"VISIBLEstring", make<zr_asn_visibleString>, 26},
+    {"TELETEXstring", make<zr_asn_teletexString>, 20},
+    {"BMPstring", make<zr_asn_bmpString>, 30},
+    {"UNIVERSALstring", make<zr_asn_universalString>, 28},
+    {"UTF8string", make<zr_asn_UTF8String>, 12},
+    {"CHARstring", make<zr_asn_charstring>, 0},
+    {"DIRECTORYstring", make<zr_asn_directoryString>, 19},
+};
+
+TEST(charstring, every_class_against_every_code_set) {
+    for (const class_case& c : classes) {
+        SCOPED_TRACE(c.type_name);
+        const std::string name = c.type_name;
+        const bool any = name == "DIRECTORYstring";
+        auto fresh = c.make();
+        EXPECT_EQ(fresh->get_type_name(), name);
+        EXPECT_EQ(fresh->get_codeset(), c.code_set);
+        EXPECT_EQ(fresh->get_class(), 0);
+        EXPECT_EQ(fresh->is_polymorphic(), any || c.code_set == 0 ? 1 : 0);
+        if (c.code_set != 0) {
+            EXPECT_EQ(fresh->get_tag(), c.code_set);
+        }
+        for (unsigned int code_set = 0; code_set < 40; ++code_set) {
+            const bool known = std::find(std::begin(code_sets), std::end(code_sets), code_set) != std::end(code_sets);
+            const bool accepts = any ? known : code_set == c.code_set && known;
+            const bool prefers = accepts && !(any && (code_set == 22 || code_set == 26 || code_set == 30));
+            auto object = c.make();
+            EXPECT_EQ(object->check_accepted_codeset(code_set), accepts ? 1 : 0) << code_set;
+            EXPECT_EQ(object->check_preferred_codeset(code_set), prefers ? 1 : 0) << code_set;
+            for (const bool by_tag : {true, false}) {
+                object = c.make();
+                EXPECT_EQ(by_tag ? object->set_tag(code_set) : object->set_codeset(code_set),
+                          accepts ? 0 : not_accepted);
+                EXPECT_EQ(object->get_codeset(), accepts ? code_set : c.code_set);
+                if (accepts) {
+                    EXPECT_EQ(object->get_tag(), code_set);
+                }
+            }
+            // A directory string knows no VisibleString on input.
+            EXPECT_EQ(c.make()->check_type(code_set, 0),
+                      (accepts && !(any && code_set == 26)) || (c.code_set == 0 && code_set == 4) ? 1 : 0);
+            EXPECT_EQ(c.make()->check_type(code_set, 2), 0);
+        }
+        for (const getter& operation : operations) {
+            auto object = c.make();
+            const bool accepts = any || operation.code_set == c.code_set;
+            EXPECT_EQ((*object.*operation.in_place)(), absent);
+            zr_buffer_t out(zr_normal);
+            EXPECT_EQ((*object.*operation.get)(out), absent);
+            EXPECT_EQ(set(*object, operation, "ff 01"), accepts ? 0 : not_accepted) << operation.code_set;
+            EXPECT_EQ(object->is_present(), accepts ? 1 : 0);
+            if (accepts) {
+                EXPECT_EQ(object->get_codeset(), operation.code_set);
+            }
+            object->set_value_uninterpreted("A", 1);
+            if (!accepts) {
+                EXPECT_EQ((*object.*operation.in_place)(), not_accepted) << operation.code_set;
+            }
+        }
+    }
+}
+
+// The choice of a code set for a plain text. set_value_C and set_value_IA5 differ in their orders and their failures.
+struct choice_case {
+    const char* what;
+    std::unique_ptr<zr_asn_charstring> (*make)();
+    const char* text;
+    int status_c, status_ia5;
+    unsigned int code_set;
+};
+class no_single_octets : public zr_asn_charstring {
+public:
+    explicit no_single_octets(security_t secure) : zr_asn_charstring(secure) {}
+    int check_accepted_codeset(unsigned int code_set) const override { return code_set != 22 ? 1 : 0; }
+    int check_preferred_codeset(unsigned int) const override { return 0; }
+};
+
+TEST(charstring, choice_of_a_code_set) {
+    const choice_case cases[] = {
+        {"printable first", make<zr_asn_directoryString>, "Hello", 0, 0, 19},
+        {"no equals sign there", make<zr_asn_directoryString>, "a=b", 0, 0, 20},
+        {"a control octet that T.61 has not", make<zr_asn_directoryString>, "a\001", 0, 0, 12},
+        {"its only code set", make<zr_asn_bmpString>, "a\001", 0, 0, 30},
+        {"its only code set", make<zr_asn_ia5String>, "a=b", 0, 0, 22},
+        {"not printable", make<zr_asn_printableString>, "a=b", not_representable, not_accepted, 19},
+        {"not visible", make<zr_asn_visibleString>, "a=b", not_representable, not_accepted, 26},
+        {"visible", make<zr_asn_visibleString>, "ab", 0, 0, 26},
+        {"nothing accepted", make<zr_asn_charstring>, "ab", not_representable, not_accepted, 0},
+        {"accepted, though not preferred", make<no_single_octets>, "ab", 0, 0, 19},
+    };
+    for (const choice_case& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::string text = c.text;
+        auto object = c.make();
+        EXPECT_EQ(object->set_value_C(text.data()), c.status_c);
+        EXPECT_EQ(object->get_codeset(), c.code_set);
+        EXPECT_EQ(object->is_present(), c.status_c == 0 ? 1 : 0);
+        object = c.make();
+        EXPECT_EQ(object->set_value_IA5(text.data(), 1), c.status_ia5);
+        EXPECT_EQ(object->get_codeset(), c.code_set);
+        EXPECT_EQ(object->is_present(), c.status_ia5 == 0 ? 1 : 0);
+    }
+
+    // Where T.61 fails and none is preferred, BMP comes before UTF-8 for C strings and behind it for IA5.
+    std::string control = "\001";
+    no_single_octets object(zr_normal);
+    EXPECT_EQ(object.set_value_C(control.data()), 0);
+    EXPECT_EQ(object.get_codeset(), 30u);
+    EXPECT_EQ(object.set_value_IA5(control.data(), 1), 0);
+    EXPECT_EQ(object.get_codeset(), 12u);
+    zr_asn_ia5String ia5(zr_normal);
+    std::string latin1 = "\xE9";
+    EXPECT_EQ(ia5.set_value_C(latin1.data()), not_representable);
+    EXPECT_EQ(ia5.is_present(), 0);
+    EXPECT_EQ(ia5.set_value_IA5(latin1.data(), 0), 0);
+    EXPECT_EQ(zr_asn_printableString(zr_normal).set_value_IA5(latin1.data(), 0), not_accepted);
+}
+
+TEST(charstring, preferred_code_set_of_plain_texts) {
+    struct {
+        int preferred;
+        const char* text;
+        unsigned int code_set_c;
+        const char* octets_c;
+        unsigned int code_set_ia5;
+        const char* octets_ia5;
+    } const cases[] = {
+        {12, "a=", 12, "61 3d", 12, "61 3d"}, {19, "ab", 19, "61 62", 19, "61 62"},
+        {19, "a=", 20, "61 3d", 19, "61 3d"},  // IA5: unchecked
+        {20, "a#", 20, "61 a6", 20, "61 a6"}, {20, "\001", 12, "01", 12, "01"},
+        {22, "ab", 22, "61 62", 22, "61 62"}, {26, "ab", 26, "61 62", 19, "61 62"},  // IA5: named printable
+        {26, "a=", 20, "61 3d", 19, "61 3d"}, {28, "a", 28, "00 00 00 61", 28, "00 00 00 61"},
+        {30, "a", 30, "00 61", 30, "00 61"},  {17, "a=", 20, "61 3d", 20, "61 3d"},  // no code set
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::to_string(c.preferred) + " for " + c.text);
+        std::string text = c.text;
+        directory_string object(c.preferred);
+        EXPECT_EQ(object.set_value_C(text.data()), 0);
+        EXPECT_EQ(object.get_codeset(), c.code_set_c);
+        EXPECT_EQ(object.text(), c.octets_c);
+        EXPECT_EQ(object.set_value_IA5(text.data(), 1), 0);
+        EXPECT_EQ(object.get_codeset(), c.code_set_ia5);
+        EXPECT_EQ(object.text(), c.octets_ia5);
+    }
+}
+
+TEST(charstring, set_preferred_codeset_and_normalize) {
+    struct {
+        const char* what;
+        unsigned int code_set;
+        const char* text;
+        unsigned int asked;
+        int status;
+        int recorded;
+        unsigned int named;
+        const char* octets;
+        unsigned int normal;  // the code set after normalize
+    } const cases[] = {
+        {"printable texts stay so, nothing is recorded", 30, "00 41", 30, 0, 0, 19, "41", 19},
+        {"to BMP", 22, "3d", 30, 0, 30, 30, "00 3d", 30},
+        {"to UTF-8, named universal; normalize names it again", 30, "00 e9", 12, 0, 12, 28, "c3 a9", 28},
+        {"to T.61", 30, "00 e9", 20, 0, 20, 20, "c2 65", 20},
+        {"T.61 has no such character", 30, "20 ac", 20, not_representable, 0, 30, "20 ac", 28},
+        {"code sets that cannot be preferred", 30, "00 e9", 19, -1, 0, 30, "00 e9", 20},
+        {"code sets that cannot be preferred", 30, "00 e9", 22, -1, 0, 30, "00 e9", 20},
+        {"code sets that cannot be preferred", 30, "00 e9", 26, -1, 0, 30, "00 e9", 20},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        directory_string object;
+        object.hold(c.code_set, c.text);
+        EXPECT_EQ(object.set_preferred_codeset(c.asked), c.status);
+        EXPECT_EQ(object.preferred_codeset_, c.recorded);
+        EXPECT_EQ(object.get_codeset(), c.named);
+        EXPECT_EQ(object.text(), c.octets);
+        EXPECT_EQ(object.normalize(), 0);
+        EXPECT_EQ(object.get_codeset(), c.normal);
+    }
+    directory_string object;
+    EXPECT_EQ(object.normalize(), absent);
+    EXPECT_EQ(object.set_preferred_codeset(12), absent);
+    EXPECT_EQ(object.preferred_codeset_, 0);
+    // A visible text goes nowhere but to IA5, which no directory string prefers.
+    object.hold(26, "41");
+    EXPECT_EQ(object.normalize(), not_representable);
+    EXPECT_EQ(object.get_codeset(), 26u);
+}
+
+TEST(charstring, get_value_C) {
+    directory_string object;
+    object.hold(30, "00 41 00 e9");
+    zr_buffer_t out(zr_normal);
+    out.append("\xFFx");
+    EXPECT_EQ(object.get_value_C(out, '?'), 0);
+    EXPECT_EQ(hex(out), "3f 78 41 3f");
+    EXPECT_EQ(object.get_value_C(out, 0), not_representable);
+    EXPECT_EQ(out.length(), 0u);
+    object.hold(30, "20 ac");
+    EXPECT_EQ(object.get_value_C(out, '?'), not_representable);
+}
+
+TEST(charstring, array_forms_and_null) {
+    directory_string object;
+    char text[] = "a=";
+    unsigned short units[] = {0x4142, 0x0043, 0};
+    unsigned int characters[] = {0x41, 0};
+    struct {
+        int status;
+        unsigned int code_set;
+        std::string octets;
+    } const stored[] = {
+        {object.set_value_printable(text), object.get_codeset(), object.text()},
+        {object.set_value_visible(text), object.get_codeset(), object.text()},
+        {object.set_value_T61(text), object.get_codeset(), object.text()},
+        {object.set_value_UTF8(text), object.get_codeset(), object.text()},
+        {object.set_value_BMP(units), object.get_codeset(), object.text()},
+        {object.set_value_Univ(characters), object.get_codeset(), object.text()},
+    };
+    const unsigned int named[] = {19, 26, 20, 12, 30, 28};
+    for (size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(stored[i].status, 0);
+        EXPECT_EQ(stored[i].code_set, named[i]);
+        EXPECT_EQ(stored[i].octets, i < 4 ? "61 3d" : i == 4 ? hex(units, 4) : "");
+    }
+    char* const none = nullptr;
+    EXPECT_EQ(object.set_value_printable(none), 0);
+    EXPECT_EQ(object.set_value_C(none), 0);
+    EXPECT_EQ(object.set_value_IA5(none, 1), 0);
+    EXPECT_EQ(object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 0);
+    EXPECT_EQ(object.set_value_uninterpreted(nullptr, 5), 0);
+    EXPECT_EQ(object.text(), "");
+    EXPECT_EQ(object.is_present(), 1);
+}
+
+TEST(charstring, text_and_contents_are_apart) {
+    zr_asn_printableString object(zr_normal);
+    char text[] = "abc";
+    EXPECT_EQ(object.set_value_printable(text), 0);
+    EXPECT_EQ(written(object), "13 00");
+    const auto contents = bytes("78 79");
+    EXPECT_EQ(object.set_value(contents.data(), 2), 0);
+    EXPECT_EQ(written(object), "13 02 78 79");
+    zr_buffer_t out(zr_normal);
+    EXPECT_EQ(object.get_value_printable(out), 0);
+    EXPECT_EQ(hex(out), "61 62 63");
+
+    // What is read names its code set; the contents come from the octet string, its segments included.
+    for (const unsigned int tag : code_sets) {
+        zr_asn_directoryString read(zr_normal);
+        const std::string identifier = hex({static_cast<unsigned char>(0x20 | tag)});
+        EXPECT_EQ(zr_test::read(read, identifier + "07 04 01 41 04 02 42 43"), tag != 26 ? 0 : 275063204) << tag;
+        EXPECT_EQ(read.get_codeset(), tag != 26 ? tag : 19);
+        EXPECT_EQ(zr_test::contents(read), tag != 26 ? "41 42 43" : std::to_string(absent));
+    }
+}
+
+TEST(charstring, absent_strings_read_as_their_default) {
+    directory_string object;
+    auto* standard = new zr_asn_bmpString(zr_normal);
+    input text("00 e9");
+    standard->set_value_BMP(text);
+    object.set_default_value(standard);
+    zr_buffer_t out(zr_normal);
+    EXPECT_EQ(object.get_value_UTF8(out), 0);
+    EXPECT_EQ(hex(out), "c3 a9");
+    EXPECT_EQ(object.convert2printable(), not_representable);
+    EXPECT_EQ(object.convert2IA5(), 0);
+    EXPECT_EQ(object.text(), "e9");
+    EXPECT_EQ(object.get_codeset(), 22u);
+    EXPECT_EQ(object.normalize(), 0);
+
+    object.set_default_value(new zr_asn_null(zr_normal));
+    out.clear();
+    EXPECT_EQ(object.get_value_UTF8(out), 0);
+    EXPECT_EQ(out.length(), 0u);
+}
+
+template <class Signature, class Class>
+auto one_of(Signature Class::*function) {
+    return function;
+}
+
+TEST(charstring, slots) {
+    using text = int(char*);
+    using cursor = int(zr_r_buffer_t&);
+    const int table[] = {
+        slot(&string::check_accepted_codeset),
+        slot(&string::check_preferred_codeset),
+        slot(&string::set_codeset),
+        slot(&string::get_value_C),
+        slot(&string::set_value_C),
+        slot(&string::get_value_IA5),
+        slot(one_of<int(char*, int)>(&string::set_value_IA5)),
+        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)),
+        slot(&string::get_value_printable),
+        slot(one_of<text>(&string::set_value_printable)),
+        slot(one_of<cursor>(&string::set_value_printable)),
+        slot(&string::get_value_visible),
+        slot(one_of<text>(&string::set_value_visible)),
+        slot(one_of<cursor>(&string::set_value_visible)),
+        slot(&string::get_value_T61),
+        slot(one_of<text>(&string::set_value_T61)),
+        slot(one_of<cursor>(&string::set_value_T61)),
+        slot(&string::get_value_BMP),
+        slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
+        slot(one_of<cursor>(&string::set_value_BMP)),
+        slot(&string::get_value_Univ),
+        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)),
+        slot(one_of<cursor>(&string::set_value_Univ)),
+        slot(&string::get_value_UTF8),
+        slot(one_of<text>(&string::set_value_UTF8)),
+        slot(one_of<cursor>(&string::set_value_UTF8)),
+        slot(&string::get_codeset),
+    };
+    int expected = slot_count<zr_asn_octetstring>();
+    for (const int found : table)
+        EXPECT_EQ(found, expected++);
+    EXPECT_EQ(slot_count<string>(), expected);
+    EXPECT_EQ(slot_count<zr_asn_directoryString>(), expected);
+    EXPECT_EQ(slot_count<zr_asn_UTF8String>(), expected);
+}
+
+}  // namespace
