@@ -143,9 +143,9 @@ struct field_table {
 // operations return 0 or a status; set_value and get_value throw zr_asn_memexception, which encode_obj and decode_obj
 // report to standard error and return as a status.
 template <class S>
-class ZR_API binding : public zr_asnbase {
+class binding : public zr_asnbase {
 public:
-    explicit binding(security_t mode) : zr_asnbase(mode) {
+    [[gnu::noinline]] explicit binding(security_t mode) : zr_asnbase(mode) {
         set_type_name(record<S>::binding_name + sizeof "asn_" - 1);
         fields_.each([this](field_kind kind, zr_asn_object& object) { register_field(*this, kind, object); });
     }
@@ -166,32 +166,16 @@ public:
 
     // encode_obj gives the envelope of `in`, which the caller releases with zr_asn_buffer_free.
     int encode_obj(S& in, zr_asn_buffer_t& out, int version) {
-        return guarded([&] {
-            const int status = set_value(in);
-            return status != 0 ? status : saveEncoding(*this, version, out);
-        });
+        return encode_fields(*this, record<S>::type, &in, out, version);
     }
     // decode_obj fills `out` from an envelope. When the octets are refused `out` is as the caller gave it.
     int decode_obj(S& out, zr_asn_buffer_t& in, int version) {
-        return guarded([&] {
-            const int status = loadObject(*this, version, in);
-            return status != 0 ? status : get_value(out);
-        });
+        return decode_fields(*this, record<S>::type, &out, in, version);
     }
 
 private:
     typename field_objects_of<decltype(record<S>::fields)>::type fields_;
 };
-
-// encode_tree and decode_tree take the way through a binding object that is made for the one call.
-template <class S>
-int encode_tree(security_t mode, zr_asn_buffer_t& out, S& in) {
-    return encode_tree(record<S>::type, mode, out, &in);
-}
-template <class S>
-int decode_tree(security_t mode, zr_asn_buffer_t& in, S& out) {
-    return decode_tree(record<S>::type, mode, in, &out);
-}
 
 template <class S>
 constexpr record_functions functions_of() {

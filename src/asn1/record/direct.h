@@ -3,47 +3,40 @@
 
 #include "asn1/record/decode.h"
 #include "asn1/record/encode.h"
-#include "asn1/record/tree.h"
 #include "asn1/zr_asn_buffer.h"
 
 namespace zr {
 
-// Places `contents` on the record in an envelope, or returns 275063190 (zr_asnbase::loadObject).
-int open_envelope(const zr_asn_buffer_t& in, input& contents);
+// A record's direct codec on an untyped structure; what all records do with it stands once, in direct.cpp.
+struct direct_codec {
+    const record_type* type;
+    uint64_t (*least)(const void* in);
+    bool (*write)(writer& sink, const void* in);
+    void (*count)(counter& sink, const void* in);
+    int (*read)(input& in, void* out);
+    void (*release)(void* structure);
+};
 
-// decode_direct fills `out` from an envelope. When the octets are refused `out` is as it was; when memory is out it is
-// cleared. beyond_structure tells that the object tree must read them.
 template <class S>
-int decode_direct(zr_asn_buffer_t& in, S& out) {
-    input contents{};
-    if (int status = open_envelope(in, contents)) return status;
-    S made;
-    std::memset(static_cast<void*>(&made), 0, sizeof made);
-    int status = 0;
-    try {
-        status = read_record(contents, made);
-    } catch (...) {
-        release_record(made);
-        std::memset(static_cast<void*>(&out), 0, sizeof out);
-        throw;
-    }
-    if (status == 0) {
-        std::memcpy(static_cast<void*>(&out), &made, sizeof out);
-    } else {
-        release_record(made);
-    }
-    return status;
-}
+constexpr direct_codec codec_of = {
+    &record<S>::type,
+    [](const void* in) {
+        return least_octets(*static_cast<const S*>(in), std::make_index_sequence<field_count_of<S>>());
+    },
+    [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
+    [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
+    [](input& in, void* out) { return read_record(in, *static_cast<S*>(out)); },
+    [](void* structure) { release_record(*static_cast<S*>(structure)); },
+};
 
-// The bodies of the plain entry points.
-template <class S>
-int encode_structure(zr_asn_buffer_t& out, const S& in) {
-    return guarded([&] { return encode_direct(out, in, envelope_version); });
-}
-template <class S>
-int decode_structure(zr_asn_buffer_t& in, S& out) {
-    const int status = guarded([&] { return decode_direct(in, out); });
-    return status == beyond_structure ? decode_tree(record<S>::type, zr_normal, in, &out) : status;
-}
+// encode_structure gives the envelope of `in` in one malloc block. Exhausted memory, more than 2^32-1 octets and a null
+// element in an array of pointers are reported to standard error and returned as 275062885.
+//
+// A small record is written once, into the stack, and copied; a large one is counted first and written in place.
+ZR_API int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec);
+
+// decode_structure fills `out` from an envelope; `made` is room for one more such structure. When the octets are
+// refused `out` is as it was; when memory is out, which is reported, it is cleared.
+ZR_API int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_codec& codec);
 
 }  // namespace zr

@@ -2,12 +2,10 @@
 #pragma once
 
 #include <cstdlib>
-#include <memory>
 
 #include "asn1/record/shape.h"
 #include "asn1/record/work_list.h"
 #include "asn1/record/writer.h"
-#include "asn1/zr_asn_buffer.h"
 
 namespace zr {
 
@@ -205,46 +203,6 @@ uint64_t least_octets(const S& in, std::index_sequence<I...>) {
         return 0;
     };
     return (uint64_t{0} + ... + of_field(std::integral_constant<size_t, I>()));
-}
-
-struct block_deleter {
-    void operator()(unsigned char* block) const { std::free(block); }
-};
-
-// A new malloc block for an encoding. Throws zr_asn_memexception as a buffer does, also beyond 2^32-1 octets.
-unsigned char* allocate_encoding(uint64_t length);
-
-// encode_direct gives the envelope of `in` in one malloc block. Returns 0; throws zr_asn_memexception, also beyond
-// 2^32-1 octets.
-//
-// A small record is written once, into the stack, and copied; a large one is counted first and written in place.
-template <class S>
-int encode_direct(zr_asn_buffer_t& out, const S& in, unsigned char version) {
-    constexpr size_t scratch_octets = 8192;
-    constexpr size_t header_octets = 4;
-    const unsigned char header[header_octets] = {4, version, 0xAC, 0xDC};
-    if (least_octets(in, std::make_index_sequence<field_count_of<S>>()) <= scratch_octets) {
-        unsigned char scratch[scratch_octets];
-        writer small(scratch + scratch_octets, scratch);
-        if (write_record(small, in) && small.room(header_octets)) {
-            small.octets(header, header_octets);
-            const auto length = static_cast<size_t>(small.since(scratch + scratch_octets));
-            out.data = allocate_encoding(length);
-            out.length = static_cast<unsigned int>(length);
-            std::memcpy(out.data, small.start(), length);
-            return 0;
-        }
-    }
-    counter counted;
-    write_record(counted, in);
-    const uint64_t length = counted.count() + header_octets;
-    std::unique_ptr<unsigned char, block_deleter> block(allocate_encoding(length));
-    writer exact(block.get() + length, nullptr);
-    write_record(exact, in);
-    exact.octets(header, header_octets);
-    out.data = block.release();
-    out.length = static_cast<unsigned int>(length);
-    return 0;
 }
 
 }  // namespace zr

@@ -368,21 +368,27 @@ std::unique_ptr<zr_asnbase> make_binding(const record_type& type, security_t mod
 
 }  // namespace
 
-int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, void* in) {
+int encode_fields(zr_asnbase& binding, const record_type& type, void* in, zr_asn_buffer_t& out, int version) {
     return guarded([&] {
-        const auto binding = make_binding(type, mode);
-        set_fields(*binding, type, in);
-        return zr_asnbase::saveEncoding(*binding, envelope_version, out);
+        set_fields(binding, type, in);
+        return zr_asnbase::saveEncoding(binding, version, out);
     });
 }
 
-int decode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& in, void* out) {
+int decode_fields(zr_asnbase& binding, const record_type& type, void* out, zr_asn_buffer_t& in, int version) {
     return guarded([&] {
-        const auto binding = make_binding(type, mode);
-        if (int status = zr_asnbase::loadObject(*binding, envelope_version, in)) return status;
-        get_fields(*binding, type, out);
+        if (int status = zr_asnbase::loadObject(binding, version, in)) return status;
+        get_fields(binding, type, out);
         return 0;
     });
+}
+
+int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, void* in) {
+    return guarded([&] { return encode_fields(*make_binding(type, mode), type, in, out, envelope_version); });
+}
+
+int decode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& in, void* out) {
+    return guarded([&] { return decode_fields(*make_binding(type, mode), type, out, in, envelope_version); });
 }
 
 }  // namespace zr

@@ -21,6 +21,11 @@ ZR_API void get_fields(zr_asnbase& binding, const record_type& type, void* struc
 // free_fields releases what get_fields allocated inside the structure and leaves its pointers null and its counts 0.
 ZR_API void free_fields(const record_type& type, void* structure);
 
+// encode_fields gives the envelope of a structure by way of its binding, decode_fields fills a structure from one.
+// Exceptions are reported to standard error and returned as a status.
+ZR_API int encode_fields(zr_asnbase& binding, const record_type& type, void* in, zr_asn_buffer_t& out, int version);
+ZR_API int decode_fields(zr_asnbase& binding, const record_type& type, void* out, zr_asn_buffer_t& in, int version);
+
 // encode_tree and decode_tree are the entry points' way through a binding object, which is made for the one call (mode
 // zr_local_code_set converts the texts). Exceptions are reported to standard error and returned as a status.
 ZR_API int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, void* in);
