@@ -1,0 +1,463 @@
+// INTEGER, BOOLEAN, NULL, the placeholder and OCTET STRING: octets in and out, values, statuses.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <climits>
+
+#include "support/allocations.h"
+#include "support/ber.h"
+
+namespace {
+
+using zr_test::bytes;
+using zr_test::contents;
+using zr_test::hex;
+using zr_test::input;
+using zr_test::read;
+using zr_test::written;
+
+TEST(integer, values) {
+    static const struct {
+        int32_t value;
+        const char* octets;
+    } table[] = {
+        {0, "02 01 00"},
+        {-1, "02 01 ff"},
+        {5, "02 01 05"},
+        {127, "02 01 7f"},
+        {128, "02 02 00 80"},
+        {-128, "02 01 80"},
+        {-129, "02 02 ff 7f"},
+        {255, "02 02 00 ff"},
+        {256, "02 02 01 00"},
+        {32767, "02 02 7f ff"},
+        {32768, "02 03 00 80 00"},
+        {-32768, "02 02 80 00"},
+        {-32769, "02 03 ff 7f ff"},
+        {0x7FFFFF, "02 03 7f ff ff"},
+        {0x800000, "02 04 00 80 00 00"},
+        {-0x800000, "02 03 80 00 00"},
+        {-0x800001, "02 04 ff 7f ff ff"},
+        {INT32_MAX, "02 04 7f ff ff ff"},
+        {INT32_MIN, "02 04 80 00 00 00"},
+    };
+    for (const auto& row : table) {
+        zr_asn_integer object(zr_normal), back(zr_normal);
+        long value = 77;
+        EXPECT_EQ(object.set_value(static_cast<long>(row.value)), 0);
+        EXPECT_EQ(object.is_encoding_valid(), 1);
+        EXPECT_EQ(written(object), row.octets);
+        EXPECT_EQ(object.get_value(value), 0);
+        EXPECT_EQ(value, row.value);
+        input octets(row.octets);
+        EXPECT_EQ(back.asnread(octets), 0);
+        EXPECT_EQ(octets.remaining(), 0u);
+        value = 77;
+        EXPECT_EQ(back.get_value(value), 0);
+        EXPECT_EQ(value, row.value);
+        EXPECT_EQ(written(back), row.octets);  // decoding keeps the octets
+    }
+}
+
+TEST(integer, a_long_is_32_bits_wide) {
+    zr_asn_integer object(zr_normal);
+    long value = 77;
+    if constexpr (sizeof(long) == 8) {
+        for (const long wide : {0xFFFFFFFFL, 0x80000000L, 0xFFFFFF80L}) {
+            EXPECT_EQ(object.set_value(wide), 0);
+            EXPECT_EQ(object.get_value(value), 0);
+            EXPECT_EQ(value, static_cast<int32_t>(wide));
+        }
+        EXPECT_EQ(written(object), "02 01 80");
+        const long refused[] = {0x100000000L, -0x80000001L, LONG_MAX, LONG_MIN, static_cast<long>(0xFFFFFFFF00000000)};
+        for (const long wide : refused) {
+            EXPECT_EQ(object.set_value(wide), zr_err_integer_too_long);
+            EXPECT_EQ(object.set_default_value(wide), zr_err_integer_too_long);
+        }
+        EXPECT_EQ(object.is_defaultable(), 0);
+        EXPECT_EQ(written(object), "02 01 80");
+    } else {
+        EXPECT_EQ(object.set_value(static_cast<long>(0xFFFFFFFF)), 0);
+        EXPECT_EQ(written(object), "02 01 ff");
+    }
+}
+
+TEST(integer, contents) {
+    static const struct {
+        const char* octets;
+        int status;
+        long value;
+    } table[] = {
+        {"", 0, 0},
+        {"00 00", 0, 0},
+        {"ff ff", 0, -1},
+        {"80", 0, -128},
+        {"80 00 00", 0, -8388608},
+        {"ff ff ff ff", 0, -1},
+        {"00 ff ff ff ff", 0, -1},
+        {"00 80 00 00 00", 0, INT32_MIN},
+        {"00 00 00 00 80", 0, 128},
+        {"00 ff 00 00 00 00", 0, 255},  // folds around
+        {"00 01 02 03 04 05 06 07 08", 0, 0x01020304 | 0x05060708},
+        {"01 00 00 00 00", zr_err_integer_too_long, 77},
+        {"ff ff ff ff ff", zr_err_integer_too_long, 77},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        const auto octets = bytes(row.octets);
+        const std::string encoding = "02 0" + std::to_string(octets.size()) + (octets.empty() ? "" : " ") + row.octets;
+        zr_asn_integer set(zr_normal), decoded(zr_normal);
+        EXPECT_EQ(set.set_value(octets.data(), static_cast<unsigned int>(octets.size())), 0);
+        EXPECT_EQ(read(decoded, encoding), 0);
+        for (const zr_asn_integer* object : {&set, &decoded}) {
+            long value = 77;
+            EXPECT_EQ(object->get_value(value), row.status);
+            EXPECT_EQ(value, row.value);
+            EXPECT_EQ(contents(*object), row.octets);
+            EXPECT_EQ(written(*object), encoding);
+        }
+    }
+}
+
+TEST(integer, state) {
+    zr_asn_sequence parent(zr_normal);
+    zr_asn_integer object(zr_normal);
+    parent.register_child(&object);
+    long value = 77;
+    EXPECT_EQ(object.get_value(value), zr_err_value_absent);
+    EXPECT_EQ(contents(object), std::to_string(zr_err_value_absent));
+    EXPECT_EQ(value, 77);
+    object.set_value(5L);
+    EXPECT_EQ(written(parent), "30 03 02 01 05");
+    object.set_value(6L);  // tells no cache above
+    EXPECT_EQ(written(parent), "30 03 02 01 05");
+    EXPECT_EQ(written(object), "02 01 06");
+    object.set_tag(7);  // and what makes the own cache stale loses the contents
+    EXPECT_EQ(written(object), "07 00");
+    EXPECT_EQ(object.get_value(value), 0);
+    EXPECT_EQ(value, 6);
+
+    object.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(object.set_default_value(9L), 0);
+    EXPECT_EQ(object.get_default_value()->get_tag(), 7u);
+    EXPECT_EQ(object.get_value(value), 0);
+    EXPECT_EQ(value, 9);
+    EXPECT_EQ(contents(object), "09");
+    const unsigned char wide[] = {1, 0, 0, 0, 0};
+    object.set_default_value(wide, 5);
+    EXPECT_EQ(object.get_value(value), zr_err_integer_too_long);
+    EXPECT_EQ(contents(object), "01 00 00 00 00");
+    object.set_default_value(new zr_asn_boolean(zr_normal));  // a foreign class answers nothing
+    EXPECT_EQ(object.get_value(value), zr_err_value_absent);
+
+    // Only the primitive form.
+    EXPECT_EQ(read(object, "27 01 05"), zr_err_constructed_form);
+    EXPECT_EQ(read(object, "07 80 00 00"), zr_err_indefinite_length);
+    input octets("02 01");
+    unsigned char* at = nullptr;
+    EXPECT_TRUE(octets.take(1, at));
+    EXPECT_EQ(object.decode_value(octets, 2), zr_err_data_ends_early);
+    EXPECT_EQ(octets.consumed(), 1);
+}
+
+TEST(boolean, values) {
+    static const struct {
+        const char* octets;
+        int status, value;
+        long consumed;
+        const char* rewritten;
+    } table[] = {
+        {"01 01 00", 0, 0, 3, "01 01 00"},
+        {"01 01 ff", 0, 1, 3, "01 01 ff"},
+        {"01 01 01 05", 0, 1, 3, "01 01 ff"},
+        {"01 00", zr_err_bad_contents, 77, 0, "275063200"},
+        {"01 02 01 01", zr_err_bad_contents, 77, 0, "275063200"},
+        {"21 01 01", zr_err_constructed_form, 77, 0, "275063200"},
+        {"01 80 00 00", zr_err_indefinite_length, 77, 0, "275063200"},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        zr_asn_boolean object(zr_normal);
+        object.set_value(1);
+        input octets(row.octets);
+        int value = 77;
+        EXPECT_EQ(object.asnread(octets), row.status);
+        EXPECT_EQ(octets.consumed(), row.consumed);
+        EXPECT_EQ(object.get_value(value), row.status == 0 ? 0 : zr_err_value_absent);
+        EXPECT_EQ(value, row.value);
+        EXPECT_EQ(written(object), row.rewritten);
+    }
+    zr_asn_sequence parent(zr_normal);
+    zr_asn_boolean object(zr_normal);
+    parent.register_child(&object);
+    int value = 77;
+    object.set_default_value(1);
+    EXPECT_EQ(object.get_value(value), 0);
+    EXPECT_EQ(value, 1);
+    object.set_value(-2);
+    EXPECT_EQ(object.get_value(value), 0);
+    EXPECT_EQ(value, -2);
+    EXPECT_EQ(written(parent), "30 00");  // any TRUE is the default
+    object.set_value(0);
+    EXPECT_EQ(written(parent), "30 03 01 01 00");  // caches above are told
+}
+
+TEST(null_and_nothing, octets) {
+    static const struct {
+        const char* octets;
+        int status;
+        long consumed;
+    } table[] = {
+        {"05 00 05", 0, 2},
+        {"05 01 00", zr_err_bad_contents, 0},
+        {"25 00", zr_err_constructed_form, 0},
+        {"05 80 00 00", zr_err_indefinite_length, 0},
+        {"04 00", zr_err_no_match, 0},
+    };
+    for (const auto& row : table) {
+        zr_asn_null object(zr_normal);
+        input octets(row.octets);
+        EXPECT_EQ(object.asnread(octets), row.status) << row.octets;
+        EXPECT_EQ(octets.consumed(), row.consumed);
+        EXPECT_EQ(object.is_present(), 1);
+        EXPECT_EQ(object.is_valid(0), 1);
+        EXPECT_EQ(written(object), "05 00");
+    }
+    zr_asn_sequence parent(zr_normal);
+    zr_asn_integer number(zr_normal);
+    zr_asn_nothing nothing(zr_normal);
+    parent.register_child(&nothing);
+    parent.register_child(&number);
+    EXPECT_EQ(read(parent, "30 03 02 01 05"), 0);
+    EXPECT_EQ(written(parent), "30 03 02 01 05");
+    EXPECT_EQ(nothing.is_present(), 1);
+    EXPECT_EQ(nothing.is_valid(1), 1);
+    EXPECT_STREQ(nothing.get_type_name(), "OBJECT");
+}
+
+TEST(octetstring, octets) {
+    static const struct {
+        const char* octets;
+        int status;
+        const char* contents;
+        long consumed;
+    } table[] = {
+        {"04 00", 0, "", 2},
+        {"04 02 41 42 43", 0, "41 42", 4},
+        {"04 80 00 00 01", 0, "", 4},  // primitive and indefinite: empty
+        {"04 80 41 00 00", zr_err_bad_contents, nullptr, 2},
+        {"04 03 41 42", zr_err_data_ends_early, nullptr, 0},
+        {"24 00", 0, "", 2},
+        {"24 80 00 00", 0, "", 4},
+        {"24 08 04 02 61 62 04 02 63 64 99", 0, "61 62 63 64", 10},
+        {"24 80 04 02 61 62 04 02 63 64 00 00 99", 0, "61 62 63 64", 12},
+        {"24 0a 04 01 61 24 80 04 01 62 00 00", 0, "61 62", 12},
+        {"24 80 24 03 04 01 61 24 00 04 80 00 00 04 01 62 00 00", 0, "61 62", 18},
+        {"24 04 04 02 61", zr_err_data_ends_early, nullptr, 0},
+        {"24 03 04 02 61 62", zr_err_data_ends_early, nullptr, 0},  // a segment longer than the whole
+        {"24 06 24 02 04 01 61 62", zr_err_data_ends_early, nullptr, 0},
+        {"24 02 05 00", zr_err_no_match, nullptr, 0},
+        {"24 02 84 00", zr_err_no_match, nullptr, 0},
+        {"24 02 00 00", zr_err_no_match, nullptr, 0},  // no end-of-contents in a definite length
+        {"24 80 04 01 61", zr_err_data_ends_early, nullptr, 0},
+        {"24 80 04 01 61 00", zr_err_no_match, nullptr, 0},
+        {"24 04 24 80 00 00", 0, "", 6},
+        {"24 02 24 80 00 00", zr_err_data_ends_early, nullptr, 0},  // the inner one may not end outside
+        {"24 80 04 80 05 00", zr_err_bad_contents, nullptr, 0},
+        {"24 80 04 84 ff ff ff ff 00 00", zr_err_data_ends_early, nullptr, 0},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        zr_asn_octetstring object(zr_normal);
+        const unsigned char old[] = {1, 2, 3};
+        object.set_value(old, 3);
+        input octets(row.octets);
+        EXPECT_EQ(object.asnread(octets), row.status);
+        EXPECT_EQ(octets.consumed(), row.consumed);
+        EXPECT_EQ(contents(object), row.contents != nullptr ? row.contents : "275063200");
+        if (row.status != 0) continue;
+        unsigned char* data = nullptr;
+        unsigned int count = 0;
+        ASSERT_EQ(object.get_value(data, count), 0);
+        EXPECT_EQ(data[count], 0);  // the hidden octet
+        EXPECT_EQ(object.is_encoding_valid(), 0);
+        EXPECT_EQ(written(object), "04 00");  // what was only decoded is lost
+        EXPECT_EQ(contents(object), "");
+    }
+}
+
+// A segment whose identifier is counted and not passed (its high tag number wraps to 4) ends its level where the
+// length says.
+TEST(octetstring, levels_end_where_their_length_says) {
+    // Seven octets are counted for the identifier; its first is read again as the length 31.
+    for (const size_t count : {7 + 1 + 31, 7 + 1 + 32}) {
+        auto octets = bytes("24 00 1f 80 80 80 80 84 00");
+        octets[1] = static_cast<unsigned char>(count);
+        octets.resize(2 + count, 0x55);
+        octets.push_back(0x99);
+        zr_asn_octetstring object(zr_normal);
+        input cursor(octets);
+        const bool fits = count == 39;
+        EXPECT_EQ(object.asnread(cursor), fits ? 0 : zr_err_no_match);
+        EXPECT_EQ(cursor.consumed(), fits ? 41 : 0);
+    }
+}
+
+TEST(octetstring, state) {
+    zr_asn_sequence parent(zr_normal);
+    zr_asn_octetstring object(zr_normal);
+    parent.register_child(&object);
+    const unsigned char abc[] = {'a', 'b', 'c'};
+    EXPECT_EQ(contents(object), std::to_string(zr_err_value_absent));
+    object.set_default_value(abc, 2);
+    EXPECT_EQ(contents(object), "61 62");
+    object.set_value(abc, 3);
+    EXPECT_EQ(written(parent), "30 05 04 03 61 62 63");
+    object.set_value(abc, 2);  // tells no cache above; equal to the default
+    EXPECT_EQ(written(parent), "30 05 04 03 61 62 63");
+    EXPECT_EQ(written(object), "");
+    object.set_default_value(new zr_asn_integer(zr_normal));
+    object.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(contents(object), std::to_string(zr_err_value_absent));
+    object.set_value(nullptr, 0);
+    EXPECT_EQ(contents(object), "");
+}
+
+// The hidden octet also where the contents fill the block to its end.
+TEST(octetstring, the_hidden_octet_has_room) {
+    for (unsigned int count : {63u, 64u, 127u, 128u, 1023u, 1024u, 1087u, 1088u}) {
+        std::vector<unsigned char> octets(4, 0x82);
+        octets[0] = 4;
+        octets[2] = static_cast<unsigned char>(count >> 8);
+        octets[3] = static_cast<unsigned char>(count);
+        octets.resize(4 + count, 'x');
+        zr_asn_octetstring object(zr_normal);
+        input cursor(octets);
+        ASSERT_EQ(object.asnread(cursor), 0);
+        unsigned char* data = nullptr;
+        unsigned int length = 0;
+        ASSERT_EQ(object.get_value(data, length), 0);
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(data)), std::string(count, 'x'));
+    }
+}
+
+// A million levels, indefinite or definite in turn, on a stack of 64 KiB.
+TEST(octetstring, segments_nest_without_recursion) {
+    constexpr size_t levels = 1000000;
+    static std::vector<unsigned char> octets;
+    octets = bytes("04 01 61");
+    {
+        // From the inside out: written backwards, then turned around.
+        std::vector<unsigned char> back(octets.rbegin(), octets.rend());
+        std::vector<unsigned char> tail;
+        size_t size = back.size();
+        for (size_t level = 0; level < levels; ++level) {
+            if (level % 2 == 0) {
+                back.insert(back.end(), {0x80, 0x24});
+                tail.insert(tail.end(), {0, 0});
+                size += 4;
+            } else {
+                for (unsigned int shift = 0; shift < 32; shift += 8)
+                    back.push_back(static_cast<unsigned char>(size >> shift));
+                back.insert(back.end(), {0x84, 0x24});
+                size += 6;
+            }
+        }
+        octets.assign(back.rbegin(), back.rend());
+        octets.insert(octets.end(), tail.begin(), tail.end());
+        ASSERT_EQ(octets.size(), size);
+    }
+    static zr_asn_octetstring object(zr_normal);
+    static int status;
+    static long consumed;
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, 64 * 1024), 0);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(
+                  &thread, &small,
+                  [](void*) -> void* {
+                      input cursor(octets);
+                      status = object.asnread(cursor);
+                      consumed = cursor.consumed();
+                      return nullptr;
+                  },
+                  nullptr),
+              0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&small);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(consumed, static_cast<long>(octets.size()));
+    EXPECT_EQ(contents(object), "61");
+    object.empty();
+    octets = {};
+}
+
+TEST(primitive, exhausted_memory_is_an_exception_and_loses_nothing_else) {
+    const auto octets = bytes("24 80 04 01 61 24 03 04 01 62 00 00");
+    for (size_t n = 1;; ++n) {
+        zr_test::allocations watch;
+        bool failed = false;
+        size_t live = 0;
+        {
+            zr_asn_octetstring object(zr_secure);
+            zr_asn_integer number(zr_normal);
+            zr_r_buffer_t cursor(const_cast<unsigned char*>(octets.data()), static_cast<unsigned int>(octets.size()));
+            watch.fail_allocation(n);
+            bool thrown = false;
+            try {
+                static_cast<void>(object.asnread(cursor));
+                number.set_default_value(5L);
+            } catch (const zr_asn_memexception& exception) {
+                thrown = true;
+                EXPECT_EQ(exception.code, 275062885u);
+            }
+            failed = watch.failed();
+            watch.fail_allocation(0);
+            EXPECT_EQ(thrown, failed);
+            if (object.is_present() == 0) {
+                EXPECT_EQ(cursor.remaining(), octets.size());
+            }
+            EXPECT_EQ(number.is_defaultable(), thrown ? 0 : 1);
+        }
+        live = watch.live();
+        EXPECT_EQ(live, 0u);
+        if (!failed) break;
+        ASSERT_LT(n, 100u);
+    }
+}
+
+// The modes reach every block that held a secret.
+TEST(primitive, secure_values_are_wiped) {
+    for (const security_t mode : {zr_secure, zr_normal}) {
+        int found = 0;
+        zr_test::allocations watch;
+        watch.on_release(
+            [](void* context, const void* block, size_t size) {
+                if (memmem(block, size, "\x5e\x5e\x5e\x5e", 4) != nullptr) ++*static_cast<int*>(context);
+            },
+            &found);
+        std::vector<unsigned char> secret(300, 0x5E);
+        {
+            auto* parent = new (std::nothrow) zr_asn_sequence(mode);
+            auto* text = new (std::nothrow) zr_asn_octetstring(zr_normal);
+            auto* number = new (std::nothrow) zr_asn_integer(zr_normal);
+            parent->register_child(text);
+            parent->register_child(number);
+            text->set_value(secret.data(), 300);
+            text->set_default_value(nullptr, 0);
+            number->set_value(0x5E5E5E5EL);
+            zr_buffer_t output(mode);
+            static_cast<void>(parent->asnwrite(output));
+            static_cast<void>(parent->is_default_value());
+            text->set_value(secret.data(), 200);
+            text->empty();
+            delete parent;
+            delete text;
+            delete number;
+        }
+        EXPECT_EQ(found == 0, mode == zr_secure) << found;
+    }
+}
+
+}  // namespace
