@@ -1,0 +1,361 @@
+#include "support/records.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "asn1/record/integers.h"
+
+namespace zr_test {
+
+using zr::field;
+using zr::field_kind;
+using zr::place;
+using zr::record_type;
+
+namespace {
+
+void* zeroed(size_t octets) {
+    void* block = std::calloc(octets == 0 ? 1 : octets, 1);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+bool is_list(field_kind kind) {
+    return kind == field_kind::list_of_records || kind == field_kind::list_of_pointers ||
+           kind == field_kind::list_of_texts || kind == field_kind::list_of_integers;
+}
+
+size_t element_octets(const field& field) {
+    if (field.kind == field_kind::list_of_records) return field.nested->size;
+    return field.kind == field_kind::list_of_integers ? field.integer.octets : sizeof(void*);
+}
+
+uint32_t stored_count(const field& field, void* contents) {
+    return static_cast<uint32_t>(zr::load_integer(&place<char>(contents, field.count_offset), field.count));
+}
+
+void store_count(const field& field, void* contents, uint32_t count) {
+    zr::store_integer(&place<char>(contents, field.count_offset), field.count, static_cast<int32_t>(count));
+}
+
+// How many elements or octets there are: none without an array, whatever the count says.
+uint32_t count_of(const field& field, void* contents) {
+    return place<void*>(contents, field.offset) != nullptr ? stored_count(field, contents) : 0;
+}
+
+// visit_nested calls visit(record, structure) for each structure that a field of `contents` holds.
+template <class Visit>
+void visit_nested(const field& field, void* contents, Visit&& visit) {
+    void* member = &place<char>(contents, field.offset);
+    switch (field.kind) {
+        case field_kind::nested:
+            visit(*field.nested, member);
+            break;
+        case field_kind::optional_nested:
+        case field_kind::slots:
+            for (uint32_t i = 0; i < std::max(field.size, 1u); ++i)
+                if (void* nested = place<void*>(member, i * sizeof(void*))) visit(*field.nested, nested);
+            break;
+        case field_kind::list_of_records:
+        case field_kind::list_of_pointers:
+            for (size_t i = 0; i < count_of(field, contents); ++i) {
+                void* element = place<char*>(member, 0) + i * element_octets(field);
+                if (field.kind == field_kind::list_of_pointers) element = place<void*>(element, 0);
+                if (element != nullptr) visit(*field.nested, element);
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+void free_block(void*& block) {
+    std::free(block);
+    block = nullptr;
+}
+
+}  // namespace
+
+std::vector<const record_type*> all_records() {
+    std::vector<const record_type*> records;
+    for (const zr::record_module* module : zr::modules())
+        records.insert(records.end(), module->begin(), module->end());
+    return records;
+}
+
+void release(const record_type& type, void* contents) {
+    for (const field& field : type) {
+        const bool separate = field.kind == field_kind::optional_nested || field.kind == field_kind::slots ||
+                              field.kind == field_kind::list_of_pointers;
+        visit_nested(field, contents, [&](const record_type& nested, void* structure) {
+            release(nested, structure);
+            if (separate) std::free(structure);
+        });
+        void* member = &place<char>(contents, field.offset);
+        if (field.kind == field_kind::list_of_texts)
+            for (size_t i = 0; i < count_of(field, contents); ++i)
+                std::free(place<char**>(member, 0)[i]);
+        if (is_list(field.kind) || field.kind == field_kind::octets) store_count(field, contents, 0);
+        if (is_list(field.kind) || field.kind == field_kind::octets || field.kind == field_kind::text)
+            free_block(place<void*>(member, 0));
+        if (field.kind == field_kind::optional_nested || field.kind == field_kind::slots)
+            std::memset(member, 0, std::max(field.size, 1u) * sizeof(void*));
+    }
+}
+
+structure::structure(const record_type& type) : type_(type), block_(zeroed(type.size)) {}
+
+structure::~structure() {
+    release(type_, block_);
+    std::free(block_);
+}
+
+char* copy_text(const std::string& text) {
+    char* copy = static_cast<char*>(zeroed(text.size() + 1));
+    std::memcpy(copy, text.data(), text.size());
+    return copy;
+}
+
+namespace {
+
+class filler {
+public:
+    filler(std::mt19937& random, const limits& limits) : random_(random), limits_(limits), left_(limits.octets) {}
+
+    void fill(const record_type& type, void* contents, unsigned depth) {
+        for (const field& field : type) {
+            void* member = &place<char>(contents, field.offset);
+            spend(2);
+            switch (field.kind) {
+                case field_kind::integer:
+                    zr::store_integer(member, field.integer, number());
+                    break;
+                case field_kind::text:
+                    place<char*>(member, 0) = text();
+                    break;
+                case field_kind::octets:
+                    place<char*>(member, 0) = octets(field, contents);
+                    break;
+                case field_kind::fixed_octets:
+                    for (uint32_t i = 0; i < field.size; ++i)
+                        place<unsigned char>(member, i) = octet();
+                    break;
+                case field_kind::nested:
+                    fill(*field.nested, member, depth);
+                    break;
+                case field_kind::optional_nested:
+                    if (below(2) != 0) place<void*>(member, 0) = made(*field.nested, depth);
+                    break;
+                case field_kind::slots:
+                    fill_slots(field, member, depth);
+                    break;
+                default:
+                    fill_list(type, field, contents, depth);
+                    break;
+            }
+        }
+    }
+
+private:
+    uint32_t below(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
+    unsigned char octet() { return static_cast<unsigned char>(random_()); }
+    void spend(size_t octets) { left_ -= std::min(left_, octets); }
+
+    // Half of the numbers lie next to a power of two.
+    int32_t number() {
+        uint32_t bits = static_cast<uint32_t>(random_());
+        if (below(2) != 0) bits = static_cast<uint32_t>(uint64_t{1} << below(33)) + below(3) - 1;
+        return static_cast<int32_t>(below(2) != 0 ? bits : ~bits);
+    }
+
+    size_t length() {
+        static constexpr size_t steps[] = {128, 256, 65536};
+        size_t wanted = below(8) != 0 ? below(12) : steps[below(3)] + below(5) - 3;
+        wanted = std::min(wanted, left_);
+        spend(wanted);
+        return wanted;
+    }
+
+    void* made(const record_type& type, unsigned depth) {
+        void* contents = zeroed(type.size);
+        fill(type, contents, depth);
+        return contents;
+    }
+
+    char* text() {
+        if (below(8) == 0) return nullptr;
+        std::string made(length(), 0);
+        for (char& c : made)
+            c = static_cast<char>(1 + below(limits_.ascii ? 127 : 255));
+        return copy_text(made);
+    }
+
+    char* octets(const field& field, void* contents) {
+        if (below(8) == 0) {
+            store_count(field, contents, below(3));
+            return nullptr;
+        }
+        std::string made(length(), 0);
+        for (char& c : made)
+            c = static_cast<char>(octet());
+        store_count(field, contents, static_cast<uint32_t>(made.size()));
+        return copy_text(made);
+    }
+
+    void fill_slots(const field& field, void* member, unsigned depth) {
+        const uint32_t one_in = 1 + below(3) * below(20);
+        const uint32_t end = below(4) == 0 ? 0 : below(field.size + 1);
+        for (uint32_t i = 0; i < end; ++i)
+            if (below(one_in) == 0 && left_ != 0) place<void*>(member, i * sizeof(void*)) = made(*field.nested, depth);
+    }
+
+    void fill_list(const record_type& type, const field& field, void* contents, unsigned depth) {
+        size_t count = below(3) * below(3);
+        if (below(16) == 0) count = below(2) != 0 ? 126 + below(4) : 254 + below(4);
+        if (field.nested == &type) {
+            if (depth <= 1) count = 0;
+            --depth;
+            if (depth > 8 && count == 0) count = 1;
+        }
+        count = std::min(count, left_ / 8);
+        store_count(field, contents, static_cast<uint32_t>(count));
+        if (count == 0) {
+            if (below(4) == 0) store_count(field, contents, 3);  // without an array
+            return;
+        }
+        auto* elements = static_cast<char*>(zeroed(count * element_octets(field)));
+        place<char*>(contents, field.offset) = elements;
+        for (size_t i = 0; i < count; ++i, elements += element_octets(field)) {
+            spend(2);
+            if (field.kind == field_kind::list_of_texts) place<char*>(elements, 0) = text();
+            if (field.kind == field_kind::list_of_integers) zr::store_integer(elements, field.integer, number());
+            if (field.kind == field_kind::list_of_records) fill(*field.nested, elements, depth);
+            if (field.kind == field_kind::list_of_pointers) place<void*>(elements, 0) = made(*field.nested, depth);
+        }
+    }
+
+    std::mt19937& random_;
+    const limits& limits_;
+    size_t left_;
+};
+
+// Compares and, when the answer is no, writes the way to the difference.
+class comparison {
+public:
+    bool equal(const record_type& type, void* left, void* right) {
+        for (const field& field : type) {
+            if (equal(field, left, right)) continue;
+            way_ = field.name + (way_.empty() || way_[0] == '[' ? way_ : "." + way_);
+            return false;
+        }
+        return true;
+    }
+    const std::string& way() const { return way_; }
+
+private:
+    static const char* text_at(void* member) {
+        const char* text = place<const char*>(member, 0);
+        return text != nullptr ? text : "";
+    }
+
+    bool equal(const field& field, void* left, void* right) {
+        void* member = &place<char>(left, field.offset);
+        void* other = &place<char>(right, field.offset);
+        switch (field.kind) {
+            case field_kind::integer:
+                return std::memcmp(member, other, field.integer.octets) == 0;
+            case field_kind::text:
+                return std::strcmp(text_at(member), text_at(other)) == 0;
+            case field_kind::fixed_octets:
+                return std::memcmp(member, other, field.size) == 0;
+            case field_kind::nested:
+                return equal(*field.nested, member, other);
+            case field_kind::optional_nested:
+                return equal_pointers(*field.nested, place<void*>(member, 0), place<void*>(other, 0));
+            case field_kind::octets: {
+                const uint32_t count = count_of(field, left);
+                return count == count_of(field, right) &&
+                       (count == 0 || std::memcmp(place<void*>(member, 0), place<void*>(other, 0), count) == 0);
+            }
+            case field_kind::slots:
+                return equal_elements(field, field.size, static_cast<char*>(member), static_cast<char*>(other));
+            default:
+                return count_of(field, left) == count_of(field, right) &&
+                       equal_elements(field, count_of(field, left), place<char*>(member, 0), place<char*>(other, 0));
+        }
+    }
+
+    bool equal_pointers(const record_type& type, void* left, void* right) {
+        return left == nullptr || right == nullptr ? left == right : equal(type, left, right);
+    }
+
+    bool equal_elements(const field& field, size_t count, char* left, char* right) {
+        const size_t octets = element_octets(field);
+        for (size_t i = 0; i < count; ++i, left += octets, right += octets) {
+            bool same = false;
+            if (field.kind == field_kind::list_of_texts) {
+                same = std::strcmp(text_at(left), text_at(right)) == 0;
+            } else if (field.kind == field_kind::list_of_integers) {
+                same = std::memcmp(left, right, octets) == 0;
+            } else if (field.kind == field_kind::list_of_records) {
+                same = equal(*field.nested, left, right);
+            } else {
+                same = equal_pointers(*field.nested, place<void*>(left, 0), place<void*>(right, 0));
+            }
+            if (same) continue;
+            way_ = "[" + std::to_string(i) + "]" + (way_.empty() ? "" : "." + way_);
+            return false;
+        }
+        return true;
+    }
+
+    std::string way_;
+};
+
+}  // namespace
+
+void fill(const record_type& type, void* contents, std::mt19937& random, const limits& limits) {
+    filler(random, limits).fill(type, contents, limits.depth);
+}
+
+std::string difference(const record_type& type, const void* left, const void* right) {
+    comparison compared;
+    compared.equal(type, const_cast<void*>(left), const_cast<void*>(right));
+    return compared.way();
+}
+
+std::string leftover(const record_type& type, const void* contents) {
+    void* start = const_cast<void*>(contents);
+    for (const field& field : type) {
+        if (field.kind == field_kind::nested) {
+            const std::string inside = leftover(*field.nested, &place<char>(start, field.offset));
+            if (!inside.empty()) return field.name + ("." + inside);
+            continue;
+        }
+        if (field.kind == field_kind::integer || field.kind == field_kind::fixed_octets) continue;
+        if (field.count_name != nullptr && stored_count(field, start) != 0) return field.count_name;
+        for (uint32_t i = 0; i < std::max(field.size, 1u); ++i)
+            if (place<void*>(start, field.offset + i * sizeof(void*)) != nullptr) return field.name;
+    }
+    return "";
+}
+
+std::vector<char**> texts_of(const record_type& type, void* contents) {
+    std::vector<char**> texts;
+    for (const field& field : type) {
+        char** member = &place<char*>(contents, field.offset);
+        if (field.kind == field_kind::text) texts.push_back(member);
+        if (field.kind == field_kind::list_of_texts)
+            for (size_t i = 0; i < count_of(field, contents); ++i)
+                texts.push_back(reinterpret_cast<char**>(*member) + i);
+        visit_nested(field, contents, [&](const record_type& nested, void* structure) {
+            const std::vector<char**> inside = texts_of(nested, structure);
+            texts.insert(texts.end(), inside.begin(), inside.end());
+        });
+    }
+    return texts;
+}
+
+}  // namespace zr_test

@@ -1,0 +1,79 @@
+// The ways between a structure and its octets, which have to agree.
+#pragma once
+
+#include <string>
+
+#include "asn1/asnbase/buffer.h"
+#include "asn1/record/tree.h"
+#include "asn1/zrasnapi.h"
+#include "support/ber_rewriter.h"
+#include "support/records.h"
+
+namespace zr_test {
+
+struct route {
+    const char* name;
+    int (*encode)(const zr::record_type& type, zr_asn_buffer_t& out, void* in);
+    int (*decode)(const zr::record_type& type, zr_asn_buffer_t& in, void* out);
+};
+
+// The plain entry points, and the object tree.
+constexpr route entry_points = {
+    "entry points",
+    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.functions.encode(out, in); },
+    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.functions.decode(in, out); }};
+constexpr route object_tree = {"object tree",
+                               [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                   return zr::encode_tree(type, zr_normal, out, in);
+                               },
+                               [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                   return zr::decode_tree(type, zr_normal, in, out);
+                               }};
+// The forms for the local code set, which for ASCII is UTF-8.
+constexpr route local_entry_points = {
+    "LCS entry points",
+    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.functions.encode_lcs(out, in); },
+    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.functions.decode_lcs(in, out); }};
+
+constexpr route routes[] = {entry_points, object_tree};
+
+// The record behind the header of an envelope, or the status as one odd octet string.
+struct encoded {
+    int status;
+    octets ber;
+};
+inline encoded encode(const route& way, structure& in) {
+    zr_asn_buffer_t out{0, nullptr};
+    encoded result{way.encode(in.type(), out, in.get()), {}};
+    if (result.status != 0) return result;
+    const octets header(out.data, out.data + 4);
+    if (header == octets{4, 2, 0xAC, 0xDC}) result.ber.assign(out.data + 4, out.data + out.length);
+    zr_asn_buffer_free(out);
+    return result;
+}
+
+// The octets of a record in an envelope, in a block of exactly their size.
+class envelope {
+public:
+    explicit envelope(const octets& ber) : octets_(octets{4, 2, 0xAC, 0xDC} + ber) { octets_.shrink_to_fit(); }
+
+    octets& all() { return octets_; }
+    zr_asn_buffer_t buffer() { return {static_cast<unsigned int>(octets_.size()), octets_.data()}; }
+
+private:
+    octets octets_;
+};
+
+inline int decode(const route& way, const octets& ber, structure& out) {
+    envelope in(ber);
+    zr_asn_buffer_t buffer = in.buffer();
+    return way.decode(out.type(), buffer, out.get());
+}
+
+// What a decoded structure holds is released by the library, completely.
+inline std::string leftover_of_free(structure& decoded) {
+    decoded.type().functions.free(decoded.get());
+    return leftover(decoded.type(), decoded.get());
+}
+
+}  // namespace zr_test
