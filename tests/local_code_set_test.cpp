@@ -1,0 +1,312 @@
+// Text fields, and their conversion between the local code set and UTF-8 with locales that the build has made.
+#include <gtest/gtest.h>
+#include <locale.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "asn1/zrasnbase.h"
+#include "asn1/zrasnutf8.h"
+#include "support/allocations.h"
+#include "support/ber.h"
+#include "support/slots.h"
+#include "zrz/zrz.h"
+
+// The C library loses the search path that newlocale makes of LOCPATH.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\n"; }
+extern "C" const char* __lsan_default_options();
+extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
+
+namespace {
+
+using zr_test::bytes;
+using zr_test::contents;
+using zr_test::hex;
+using zr_test::slot;
+using zr_test::written;
+
+constexpr unsigned int out_of_memory = 275062885;
+constexpr unsigned int unconvertible = 275063211;
+constexpr const char to_utf8_message[] = "Text cannot be converted from the local code set to UTF-8";
+constexpr const char to_local_message[] = "Text cannot be converted from UTF-8 to the local code set";
+
+// The locale of the calling thread, and of no other, while it lives. Null: the one without a name ("C").
+class thread_locale {
+public:
+    explicit thread_locale(const char* name) {
+        setenv("LOCPATH", ZR_TEST_LOCALES, 1);  // the directory that the build has made
+        locale_ = newlocale(LC_ALL_MASK, name != nullptr ? name : "C", nullptr);
+        unsetenv("LOCPATH");
+        if (locale_ == nullptr) throw std::runtime_error("locale missing");
+        before_ = uselocale(locale_);
+    }
+    ~thread_locale() {
+        uselocale(before_);
+        freelocale(locale_);
+    }
+    thread_locale(const thread_locale&) = delete;
+    thread_locale& operator=(const thread_locale&) = delete;
+
+private:
+    locale_t locale_;
+    locale_t before_;
+};
+
+// What set_value does with the text: contents in hexadecimal, or the message of the exception.
+std::string set(zrasnUTF8String& object, std::vector<unsigned char> text) {
+    text.push_back(0);
+    try {
+        EXPECT_EQ(object.set_value(text.data()), 0);
+        return contents(object);
+    } catch (const zr_asn_exception& exception) {
+        EXPECT_EQ(exception.code, unconvertible);
+        return exception.message;
+    }
+}
+
+// What get_value gives, likewise.
+std::string get(zrasnUTF8String& object) {
+    auto* text = reinterpret_cast<unsigned char*>(&object);
+    try {
+        EXPECT_EQ(object.get_value(text), 0);
+        const std::unique_ptr<unsigned char, void (*)(void*)> owner(text, std::free);
+        return hex(text, std::strlen(reinterpret_cast<const char*>(text)));
+    } catch (const zr_asn_exception& exception) {
+        EXPECT_EQ(exception.code, unconvertible);
+        EXPECT_EQ(text, nullptr);
+        return exception.message;
+    }
+}
+
+struct pair_case {
+    const char* what;
+    const char* locale;
+    const char* local;  // null: the UTF-8 text has no form there
+    const char* utf8;   // null: the local text is malformed
+};
+
+TEST(local_code_set, texts_in_both_directions) {
+    const pair_case cases[] = {
+        {"empty", "latin1", "", ""},
+        {"ASCII", "latin1", "41 5c 7e", "41 5c 7e"},
+        {"every kind of letter", "latin1", "41 e9 ff a0", "41 c3 a9 c3 bf c2 a0"},
+        {"controls above 7F", "latin1", "80", "c2 80"},
+        {"the euro does not fit", "latin1", nullptr, "41 e2 82 ac"},
+        {"nor does what only resembles a letter", "latin1", nullptr, "c5 93"},
+        {"cut UTF-8", "latin1", nullptr, "41 c3"},
+        {"overlong UTF-8", "latin1", nullptr, "c1 81"},
+        {"no UTF-8", "latin1", nullptr, "e9 41"},
+        {"a surrogate", "latin1", nullptr, "ed a0 80"},
+        {"tag characters are not left out", "latin1", nullptr, "41 f3 a0 81 81"},
+        {"a letter like a tag's lead octet", "latin1", "f3 41", "c3 b3 41"},
+        {"ASCII", "euc_jp", "41 5c 7e", "41 5c 7e"},
+        {"kanji and kana", "euc_jp", "c6 fc cb dc 41 8e b1", "e6 97 a5 e6 9c ac 41 ef bd b1"},
+        {"three octets a character", "euc_jp", "8f b0 a1", "e4 b8 82"},
+        {"cut in the middle", "euc_jp", "41 c6", nullptr},
+        {"a second octet that is none", "euc_jp", "c6 41", nullptr},
+        {"hangul does not fit", "euc_jp", nullptr, "ea b0 80"},
+        {"tag characters are not left out", "euc_jp", nullptr, "e6 97 a5 f3 a0 80 81"},
+        {"second octets that look like ASCII", "sjis", "83 5c 41", "e3 82 bd 41"},
+        {"characters made of two", "jisx0213", "a4 f7", "e3 81 8b e3 82 9a"},
+        {"one that could go on, at the end", "jisx0213", "a4 ab", "e3 81 8b"},
+        {"a code set with all of Unicode", "gb18030", "c8 d5 94 39 fc 36", "e6 97 a5 f0 9f 98 80"},
+        {"tag characters that fit", "gb18030", "c8 d5 a1 a1 d3 36 9c 33", "e6 97 a5 e3 80 80 f3 a0 81 81"},
+        {"UTF-8 is not touched", "utf8", "41 c3 a9 ff", "41 c3 a9 ff"},
+        {"ASCII", nullptr, "41", "41"},
+        {"beyond ASCII", nullptr, nullptr, "c3 a9"},
+        {"beyond ASCII", nullptr, "e9", nullptr},
+    };
+    for (const pair_case& c : cases) {
+        SCOPED_TRACE(std::string(c.locale != nullptr ? c.locale : "C") + ": " + c.what);
+        const thread_locale in_use(c.locale);
+        zrasnUTF8String object(zr_local_code_set);
+        if (c.local != nullptr) {
+            EXPECT_EQ(set(object, bytes(c.local)), c.utf8 != nullptr ? c.utf8 : to_utf8_message);
+        }
+        if (c.utf8 != nullptr) {
+            const auto stored = bytes(c.utf8);
+            object.zr_asn_octetstring::set_value(stored.data(), static_cast<unsigned int>(stored.size()));
+            EXPECT_EQ(get(object), c.local != nullptr ? c.local : to_local_message);
+            EXPECT_EQ(contents(object), c.utf8);
+        }
+    }
+}
+
+// Every character that a code set has comes back as it was, alone and in a long text.
+TEST(local_code_set, every_character_comes_back) {
+    for (const char* name : {"latin1", "euc_jp"}) {
+        const thread_locale in_use(name);
+        std::vector<unsigned char> all;
+        for (unsigned int lead = 0xA1; lead <= 0xFE; ++lead)
+            for (unsigned int trail = 0xA1; trail <= 0xFE; ++trail) {
+                std::vector<unsigned char> one = {static_cast<unsigned char>(lead), static_cast<unsigned char>(trail)};
+                zrasnUTF8String object(zr_local_code_set);
+                if (set(object, one) == to_utf8_message) continue;
+                EXPECT_EQ(get(object), hex(one));
+                all.insert(all.end(), one.begin(), one.end());
+            }
+        EXPECT_GT(all.size(), 2u * 6000) << name;
+        zrasnUTF8String object(zr_local_code_set);
+        EXPECT_NE(set(object, all), to_utf8_message);
+        EXPECT_EQ(get(object), hex(all));
+    }
+}
+
+TEST(local_code_set, the_mode_at_the_time_of_the_call_counts) {
+    const thread_locale in_use("latin1");
+    zrasnUTF8String object(zr_normal);
+    EXPECT_EQ(set(object, bytes("e9")), "e9");
+    object.set_secure(zr_local_code_set);
+    EXPECT_EQ(set(object, bytes("e9")), "c3 a9");
+    EXPECT_EQ(get(object), "e9");
+    object.set_secure(zr_normal);
+    EXPECT_EQ(get(object), "c3 a9");
+
+    zr_asnbase record(zr_local_code_set);
+    record.register_child(&object);
+    EXPECT_EQ(get(object), "e9");
+}
+
+TEST(local_code_set, the_locale_of_the_calling_thread_counts) {
+    const thread_locale in_use("latin1");
+    std::thread([] {
+        const thread_locale of_this_thread("euc_jp");
+        zrasnUTF8String object(zr_local_code_set);
+        EXPECT_EQ(set(object, bytes("c6 fc")), "e6 97 a5");
+    }).join();
+    zrasnUTF8String object(zr_local_code_set);
+    EXPECT_EQ(set(object, bytes("c6 fc")), "c3 86 c3 bc");
+}
+
+TEST(local_code_set, a_refused_text_leaves_the_value) {
+    const thread_locale in_use("euc_jp");
+    zrasnUTF8String object(zr_local_code_set);
+    EXPECT_EQ(set(object, bytes("41")), "41");
+    EXPECT_EQ(set(object, bytes("42 c6")), to_utf8_message);
+    EXPECT_EQ(contents(object), "41");
+    EXPECT_EQ(written(object), "0c 01 41");
+}
+
+// The n-th allocation fails, for every n: the failure is reported as it should be and nothing is lost.
+TEST(local_code_set, memory_runs_out) {
+    const thread_locale in_use("euc_jp");
+    // Long enough that the block of the result has to grow.
+    std::vector<unsigned char> text;
+    while (text.size() < 4000)
+        text.insert(text.end(), {0xC6, 0xFC});
+    text.push_back(0);
+    for (const bool setting : {true, false}) {
+        zr_test::allocations watched;
+        for (size_t n = 1;; ++n) {
+            {
+                zrasnUTF8String object(zr_local_code_set);
+                if (!setting) object.set_value(text.data());
+                unsigned char* out = nullptr;
+                unsigned int status = 0;
+                watched.fail_allocation(n);
+                try {
+                    status = static_cast<unsigned int>(setting ? object.set_value(text.data()) : object.get_value(out));
+                } catch (const zr_asn_memexception& exception) {
+                    status = exception.code;
+                    EXPECT_STRNE(exception.message, "");
+                }
+                EXPECT_EQ(status, watched.failed() ? out_of_memory : 0) << n;
+                EXPECT_EQ(out != nullptr, !setting && !watched.failed());
+                std::free(out);
+            }
+            EXPECT_EQ(watched.live(), 0u);
+            if (!watched.failed()) {
+                EXPECT_GT(n, 2u);
+                break;
+            }
+        }
+    }
+}
+
+TEST(local_code_set, no_copy_where_nothing_is_converted) {
+    const char text[] = "plain";
+    const char accented[] = "\xC3\xA9";
+    const thread_locale latin1("latin1");
+    EXPECT_EQ(ZUTF8String_5_1(ZLCConstString_5_1(text)).getChars(), text);
+    EXPECT_EQ(ZLCString_5_1(ZUTF8ConstString_5_1(text, 2)).getLength(), 2u);
+    EXPECT_STREQ(ZLCString_5_1(ZUTF8ConstString_5_1(accented)).getChars(), "\xE9");
+    const thread_locale utf8("utf8");
+    EXPECT_EQ(ZLCString_5_1(ZUTF8ConstString_5_1(accented)).getChars(), accented);
+    EXPECT_EQ(ZUTF8String_5_1(ZLCConstString_5_1(nullptr)).getLength(), 0u);
+}
+
+TEST(utf8_string, texts) {
+    zrasnUTF8String object(zr_normal);
+    EXPECT_STREQ(object.get_type_name(), "zrUTF8string");
+    EXPECT_EQ(object.get_codeset(), 12u);
+    EXPECT_EQ(get(object), "");  // absent
+    EXPECT_EQ(set(object, bytes("41 42")), "41 42");
+    EXPECT_EQ(written(object), "0c 02 41 42");
+    EXPECT_EQ(set(object, bytes("ff c0")), "ff c0");  // not checked
+    for (const bool null : {false, true}) {
+        char empty[] = "";
+        EXPECT_EQ(object.set_value(null ? nullptr : empty), 0);
+        EXPECT_EQ(object.is_present(), 1);
+        EXPECT_EQ(written(object), "0c 00");
+        EXPECT_EQ(get(object), "");
+    }
+    // Read in any form; segments are joined.
+    for (const char* encoded : {"0c 02 41 42", "2c 06 04 01 41 04 01 42", "2c 80 24 03 04 01 41 04 01 42 00 00"}) {
+        EXPECT_EQ(zr_test::read(object, encoded), 0);
+        EXPECT_EQ(get(object), "41 42") << encoded;
+    }
+    // The empty text as the default: not written, and read when there is none.
+    EXPECT_EQ(object.set_default_value(), 0);
+    EXPECT_EQ(set(object, {}), "");
+    EXPECT_EQ(written(object), "");
+    EXPECT_EQ(zr_test::read(object, ""), 0);
+    EXPECT_EQ(object.is_present(), 0);
+    EXPECT_EQ(get(object), "");
+}
+
+// A secret text in no form is found in a block that is released or moved.
+TEST(utf8_string, secret_texts_are_wiped) {
+    zr_test::allocations watched;
+    int found = 0;
+    watched.on_release(
+        [](void* context, const void* block, size_t size) {
+            const std::string_view octets(static_cast<const char*>(block), size);
+            for (const std::string_view secret : {"sesame", "s\0e\0s\0a"})
+                if (octets.find(secret) != std::string_view::npos) ++*static_cast<int*>(context);
+        },
+        &found);
+    char text[] =
+        "open sesame, \xC8"
+        "open sesame";
+    {
+        zrasnUTF8String field(zr_secure);
+        zr_asn_directoryString string(zr_secure);
+        EXPECT_EQ(field.set_value(text), 0);
+        EXPECT_EQ(string.set_value_T61(text), 0);
+        for (int i = 0; i < 3; ++i) {
+            zr_buffer_t out(zr_secure);
+            EXPECT_EQ(string.get_value_UTF8(out), 0);
+            EXPECT_EQ(string.get_value_IA5(out), 0);
+            EXPECT_EQ(i % 2 == 0 ? string.convert2BMP() : string.convert2T61(), 0);
+        }
+    }
+    EXPECT_EQ(found, 0);
+}
+
+TEST(utf8_string, slots) {
+    using field = zrasnUTF8String;
+    const int first = zr_test::slot_count<zr_asn_UTF8String>();
+    EXPECT_EQ(slot(static_cast<int (field::*)(char*)>(&field::set_value)), first);
+    EXPECT_EQ(slot(static_cast<int (field::*)(unsigned char*)>(&field::set_value)), first + 1);
+    EXPECT_EQ(slot(static_cast<int (field::*)(char*&)>(&field::get_value)), first + 2);
+    EXPECT_EQ(slot(static_cast<int (field::*)(unsigned char*&)>(&field::get_value)), first + 3);
+    EXPECT_EQ(slot(static_cast<int (field::*)()>(&field::set_default_value)), first + 4);
+    EXPECT_EQ(zr_test::slot_count<field>(), first + 5);
+}
+
+}  // namespace

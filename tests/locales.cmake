@@ -1,0 +1,18 @@
+# Locales for local_code_set_test.cpp, made in the build directory. They read alike for both word sizes.
+find_program(ZRASN_LOCALEDEF localedef REQUIRED)
+set(zrasn_locales_dir ${CMAKE_CURRENT_BINARY_DIR}/locales)
+set(zrasn_locales)
+foreach(locale latin1=ISO-8859-1 euc_jp=EUC-JP jisx0213=EUC-JISX0213 sjis=SHIFT_JIS gb18030=GB18030 utf8=UTF-8)
+    string(REPLACE "=" ";" locale ${locale})
+    list(GET locale 0 name)
+    list(GET locale 1 charmap)
+    add_custom_command(OUTPUT ${zrasn_locales_dir}/${name}/LC_CTYPE
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${zrasn_locales_dir}
+        COMMAND ${ZRASN_LOCALEDEF} --no-archive --no-warnings=ascii -i C -f ${charmap} ${zrasn_locales_dir}/${name}
+        COMMENT "Locale ${name}")
+    list(APPEND zrasn_locales ${zrasn_locales_dir}/${name}/LC_CTYPE)
+endforeach()
+add_custom_target(zrasn_test_locales DEPENDS ${zrasn_locales})
+add_dependencies(zrasn_tests zrasn_test_locales)
+set_source_files_properties(local_code_set_test.cpp PROPERTIES
+    COMPILE_DEFINITIONS ZR_TEST_LOCALES="${zrasn_locales_dir}")
