@@ -3,9 +3,24 @@
 #include <cstring>
 
 #include "asn1/zrasnapi.h"
+#include "asn1/zrasnutf8.h"
 #include "base_idls/zrnbase_asn.h"
 
+// A text that has no form in UTF-8 is refused with an exception that crosses from one library into the other and from
+// there into this program.
+static bool refuses_what_is_not_ascii() {
+    char text[] = "\xE9";
+    zrasnUTF8String field(zr_local_code_set);
+    try {
+        field.set_value(text);
+    } catch (const zr_asn_exception& exception) {
+        return exception.code == zr_err_conversion;
+    }
+    return false;
+}
+
 int main() {
+    if (!refuses_what_is_not_ascii()) return 1;
     uuid_t in = {0xffffffff, 0x8000, 0x7f, 0, 0xff, {1, 2, 3, 4, 5, 6}};
     uuid_t out = {};
     zr_asn_buffer_t encoded = {};
