@@ -152,11 +152,16 @@ int zr_asn_composite::check_valid(int deep) {
 
 int zr_asn_composite::invalidate_value(invalidate_t extent) {
     if (extent != zr_invalidate_own) {
+        invalidate_encoding();
+        const bool lost_before = member_lost_;
+        member_lost_ = false;
         clearing_ = true;
         for (uint32_t i = 0; i < count_; ++i) {
             if (children_[i] != nullptr) children_[i]->invalidate_value(zr_invalidate_quiet);
         }
         clearing_ = false;
+        if (member_lost_) note_loss();
+        member_lost_ = member_lost_ || lost_before;
     }
     return zr_asn_object::invalidate_value(zr_invalidate_own);
 }

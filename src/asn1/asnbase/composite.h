@@ -66,7 +66,6 @@ private:
     // What the last walk over the children found: the first `checked_` are valid, and one of these counts as present.
     uint32_t checked_ = 0;
     bool any_present_ = false;
-    bool clearing_ = false;
 };
 
 // zr_asn_sequence is ASN.1 SEQUENCE (X.690 8.9): its children's encodings in table order. On input every child is read

@@ -66,13 +66,15 @@ int zr_asn_object::check_valid(int) { return 0; }
 
 void zr_asn_object::invalidate_encoding() const {
     encoding_valid_ = 0;
-    if (parent_ != nullptr) parent_->invalidate_encoding();
+    if (parent_ != nullptr && !parent_->clearing_) parent_->invalidate_encoding();
 }
 
 // Containers may answer for what they contain, so a change may concern every one that encloses this object.
 void zr_asn_object::note_loss() const {
-    for (zr_asn_object* container = parent_; container != nullptr; container = container->parent_)
+    for (zr_asn_object* container = parent_; container != nullptr; container = container->parent_) {
         container->member_lost_ = true;
+        if (container->clearing_) break;
+    }
 }
 
 void zr_asn_object::note_gain() const {

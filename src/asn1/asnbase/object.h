@@ -192,9 +192,14 @@ protected:
     // become present. They let it keep what it knows of the others (zr_asn_composite::check_valid).
     bool member_lost_ = false;
     bool member_gained_ = false;
+    // This container is clearing its members. They do not pass on what happens to them: the container tells those
+    // around it once, so that clearing a tree costs one step for each of its objects.
+    bool clearing_ = false;
+
+    // Tell every container around this object of a loss or a gain.
+    void note_loss() const;
+    void note_gain() const;
 
 private:
     int read_element(zr_r_buffer_t& input, zr::cursor_guard& guard);
-    void note_loss() const;
-    void note_gain() const;
 };
