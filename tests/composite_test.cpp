@@ -184,4 +184,369 @@ TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
     }
 }
 
+TEST(composite, the_table_grows_in_steps) {
+    static zr_asn_null child(zr_normal);
+    // Counts at which the table was full, and how far it grew then.
+    struct counting : zr_asn_sequence {
+        counting() : zr_asn_sequence(zr_normal) {}
+        int check_valid(int) override { return 0; }
+    } sequence;
+    std::string steps;
+    unsigned int capacity = 0;
+    for (unsigned int count = 1; count <= 40500; ++count) {
+        sequence.register_child(&child);
+        if (sequence.get_child_capacity() == capacity) continue;
+        capacity = sequence.get_child_capacity();
+        if (count < 1000 || count > 3000) {
+            steps += std::to_string(count - 1) + "+" + std::to_string(capacity - (count - 1)) + " ";
+        }
+    }
+    EXPECT_EQ(steps,
+              "0+32 32+512 544+512 3104+512 3616+512 4128+1024 5152+1024 6176+1536 7712+1536 9248+2048 11296+2560 "
+              "13856+3072 16928+4096 21024+5120 26144+6144 32288+7680 39968+512 40480+512 ");
+    EXPECT_EQ(sequence.get_child(40499), &child);
+    EXPECT_EQ(sequence.get_child(40500), nullptr);
+    EXPECT_EQ(sequence[0], &child);
+    EXPECT_EQ(sequence.register_child(nullptr), zr_err_bad_argument);
+    EXPECT_EQ(sequence.register_child_before(nullptr), zr_err_bad_argument);
+    EXPECT_EQ(sequence.get_child_count(), 40500u);
+}
+
+TEST(composite, children_put_before) {
+    zr_asn_integer members[40] = {
+#define FOUR zr_asn_integer(zr_normal), zr_asn_integer(zr_normal), zr_asn_integer(zr_normal), zr_asn_integer(zr_normal)
+        FOUR, FOUR, FOUR, FOUR, FOUR, FOUR,
+        FOUR, FOUR, FOUR, FOUR
+#undef FOUR
+    };
+    zr_asn_sequence sequence(zr_normal);
+    EXPECT_EQ(sequence.register_child_before(&members[0]), 0);  // an empty table: 512 places
+    EXPECT_EQ(sequence.get_child_capacity(), 512u);
+    EXPECT_EQ(members[0].get_parent(), &sequence);
+    sequence.register_child(&members[1]);
+    sequence.register_child_before(&members[2]);  // room: the others move up
+    EXPECT_EQ(sequence[0], &members[2]);
+    EXPECT_EQ(sequence[1], &members[0]);
+    EXPECT_EQ(sequence[2], &members[1]);
+
+    zr_asn_sequence full(zr_normal);
+    for (int i = 0; i < 32; ++i)
+        full.register_child(&members[i]);
+    for (int i = 0; i < 32; ++i)
+        members[i].set_value(static_cast<long>(i));
+    EXPECT_EQ(full.is_present(), 1);
+    members[33].set_value(33L);
+    EXPECT_EQ(full.register_child_before(&members[33]), 0);
+    EXPECT_EQ(full.get_child_capacity(), 544u);
+    EXPECT_EQ(full.get_child_count(), 33u);
+    EXPECT_EQ(full[0], &members[33]);  // in the place of the first
+    EXPECT_EQ(full[1], &members[1]);
+    EXPECT_EQ(full[32], nullptr);  // and a hole at the end
+    EXPECT_EQ(full.is_encoding_valid(), 0);
+    EXPECT_EQ(written(full).substr(0, 14), "30 60 02 01 21");
+    EXPECT_EQ(read(full, written(full)), 0);
+    EXPECT_EQ(full.is_valid(1), 1);
+    EXPECT_EQ(full.check_encode_flags(), 1);
+    EXPECT_EQ(full.normalize(), 0);
+    EXPECT_EQ(full.empty(), 0);
+    zr_buffer_t text(zr_normal);
+    EXPECT_EQ(full.display_state_flags(text, 0), 0);
+    EXPECT_EQ(full.display(text), zr_err_value_absent);
+}
+
+TEST(composite, the_sized_constructor) {
+    sequence sized(3, zr_normal);
+    EXPECT_EQ(sized.get_child_capacity(), 3u);
+    EXPECT_EQ(sized.get_child_count(), 0u);
+    zr_asn_integer members[] = {zr_asn_integer(zr_normal), zr_asn_integer(zr_normal), zr_asn_integer(zr_normal),
+                                zr_asn_integer(zr_normal)};
+    for (auto& member : members) {
+        sized.register_child(&member);
+        member.set_value(1L);
+    }
+    EXPECT_EQ(sized.get_child_capacity(), 3u + 512u);
+    EXPECT_EQ(written(sized).substr(0, 5), "10 0c");  // not constructed
+    EXPECT_EQ(sized.is_constructed(), 0);
+    EXPECT_EQ(read(sized, "10 00"), zr_err_primitive_form);
+    EXPECT_EQ(read(sized, "30 80 00 00"), zr_err_indefinite_length);
+    sized.make_constructed();
+    sized.allow_indefinite();
+    const char* octets = "30 80 02 01 01 02 01 02 02 01 03 02 01 04 00 00";
+    EXPECT_EQ(read(sized, octets), 0);
+    EXPECT_EQ(written(sized), "30 0c 02 01 01 02 01 02 02 01 03 02 01 04");
+    EXPECT_EQ(sequence(zr_normal).is_constructed(), 1);
+
+    zr_test::allocations watch;
+    watch.fail_allocation(1);
+    const char* message = nullptr;
+    try {
+        const sequence refused(3, zr_normal);
+    } catch (const zr_asn_memexception& exception) {
+        message = exception.message;
+    }
+    EXPECT_STREQ(message, "Out of memory in asn_composite::asn_composite");
+    const unsigned int more = sized.get_child_capacity();
+    zr_asn_null filler(zr_normal);
+    while (sized.get_child_count() < more)
+        sized.register_child(&filler);
+    zr_asn_null one_more(zr_normal);
+    for (const auto operation : {&zr_asn_composite::register_child, &zr_asn_composite::register_child_before}) {
+        watch.fail_allocation(1);
+        message = nullptr;
+        try {
+            (sized.*operation)(&one_more);
+        } catch (const zr_asn_memexception& exception) {
+            message = exception.message;
+        }
+        EXPECT_STREQ(message, "Out of memory in asn_composite::register_child");
+        EXPECT_EQ(sized.get_child_count(), more);
+        EXPECT_EQ(one_more.get_parent(), nullptr);
+    }
+}
+
+// SEQUENCE { INTEGER, OCTET STRING OPTIONAL, BOOLEAN DEFAULT TRUE }
+struct record : zr_asn_sequence {
+    record() : zr_asn_sequence(zr_normal) {
+        text.set_optional(1);
+        flag.set_default_value(1);
+        register_child(&number);
+        register_child(&text);
+        register_child(&flag);
+    }
+    zr_asn_integer number{zr_normal};
+    zr_asn_octetstring text{zr_normal};
+    zr_asn_boolean flag{zr_normal};
+};
+
+TEST(sequence, reading) {
+    static const struct {
+        const char* octets;
+        int status;
+        long consumed;
+        const char* rewritten;  // without the text, whose contents reading does not keep
+    } table[] = {
+        {"30 03 02 01 05 99", 0, 5, "30 03 02 01 05"},
+        {"30 06 02 01 05 01 01 00", 0, 8, "30 06 02 01 05 01 01 00"},
+        {"30 06 02 01 05 01 01 01", 0, 8, "30 03 02 01 05"},  // the default is not written
+        {"30 09 02 01 05 04 01 41 01 01 00", 0, 11, "30 08 02 01 05 04 00 01 01 00"},
+        {"30 80 02 01 05 04 01 41 00 00 99", 0, 10, "30 05 02 01 05 04 00"},
+        {"30 81 03 02 01 05", 0, 6, "30 03 02 01 05"},
+        {"30 00", zr_err_data_ends_early, 0, "275063200"},
+        {"30 80 00 00", zr_err_no_match, 0, "275063200"},
+        {"30 03 04 01 41", zr_err_no_match, 0, "275063200"},
+        {"30 06 01 01 00 02 01 05", zr_err_no_match, 0, "275063200"},  // out of order
+        {"30 06 02 01 05 05 01 00", zr_err_trailing_data, 0, "275063200"},
+        {"30 06 02 01 05 02 01 05", zr_err_trailing_data, 0, "275063200"},
+        {"30 04 02 01 05 01", zr_err_data_ends_early, 0, "275063200"},
+        {"30 06 02 01 05 01 02 00 00", zr_err_data_ends_early, 0, "275063200"},  // would end outside
+        {"30 04 02 01 05", zr_err_data_ends_early, 0, "275063200"},
+        {"30 80 02 01 05", zr_err_bad_contents, 5, "275063200"},
+        {"30 80 02 01 05 05 00 00 00", zr_err_bad_contents, 5, "275063200"},
+        {"10 03 02 01 05", zr_err_primitive_form, 0, "275063200"},
+        {"31 03 02 01 05", zr_err_no_match, 0, "275063200"},
+    };
+    record object;
+    for (int times = 0; times < 2; ++times) {  // an object is used again
+        for (const auto& row : table) {
+            SCOPED_TRACE(row.octets);
+            input octets(row.octets);
+            EXPECT_EQ(object.asnread(octets), row.status);
+            EXPECT_EQ(octets.consumed(), row.consumed);
+            EXPECT_EQ(object.is_present(), row.status == 0 ? 1 : 0);
+            EXPECT_EQ(object.number.is_present(), row.status == 0 ? 1 : 0);
+            EXPECT_EQ(written(object), row.rewritten);
+        }
+    }
+}
+
+TEST(sequence, presence_and_caches) {
+    record object;
+    EXPECT_EQ(object.is_present(), 0);
+    object.flag.set_value(0);
+    EXPECT_EQ(object.is_present(), 0);
+    object.number.set_value(5L);
+    EXPECT_EQ(object.is_present(), 1);
+    EXPECT_EQ(written(object), "30 06 02 01 05 01 01 00");
+    EXPECT_EQ(object.check_encode_flags(1), 1);
+    object.text.set_optional(1);
+    EXPECT_EQ(object.is_encoding_valid(), 0);
+    EXPECT_EQ(object.check_encode_flags(), 1);
+    EXPECT_EQ(written(object), "30 06 02 01 05 01 01 00");
+    object.number.invalidate_value(zr_invalidate_quiet);  // nobody is told
+    EXPECT_EQ(object.is_present(), 1);
+    EXPECT_EQ(written(object), std::to_string(zr_err_value_absent));
+    EXPECT_EQ(object.is_valid(1), 0);
+    EXPECT_EQ(object.is_present(), 0);
+    object.number.set_value(6L);
+    object.invalidate_value(zr_invalidate_own);  // the members stay
+    EXPECT_EQ(object.is_present(), 0);
+    EXPECT_EQ(object.number.is_present(), 1);
+    object.check_valid(0);
+    EXPECT_EQ(object.is_present(), 1);
+    object.invalidate_value(zr_invalidate_quiet);
+    EXPECT_EQ(object.number.is_present(), 0);
+    EXPECT_EQ(object.flag.is_present(), 0);
+
+    // A member's stale cache below a valid one is seen.
+    object.number.set_value(7L);
+    ASSERT_EQ(object.get_encoding(), 0);
+    EXPECT_EQ(object.check_encode_flags(), 0);  // the absent defaultable member was never encoded
+    object.flag.set_value(0);
+    ASSERT_EQ(object.get_encoding(), 0);
+    EXPECT_EQ(object.check_encode_flags(), 1);
+
+    // Registering makes the own cache stale, never the child's.
+    zr_asn_integer late(zr_normal);
+    late.set_value(9L);
+    object.register_child(&late);
+    EXPECT_EQ(object.is_encoding_valid(), 0);
+    EXPECT_EQ(written(object), "30 09 02 01 07 01 01 00 02 01 09");
+
+    zr_asn_sequence empty(zr_normal), strict(zr_normal);
+    EXPECT_EQ(empty.is_present(), 0);  // until it is looked at
+    empty.check_valid(0);
+    EXPECT_EQ(written(empty), "30 00");
+    zr_asn_integer optional(zr_normal), other(zr_normal);
+    optional.set_optional(1);
+    other.set_optional(1);
+    empty.register_child(&optional);
+    EXPECT_EQ(written(empty), "30 00");
+    strict.set_empty_permitted(0);
+    strict.register_child(&other);
+    EXPECT_EQ(strict.get_empty_permitted(), 0);
+    EXPECT_EQ(written(strict), std::to_string(zr_err_value_absent));
+    EXPECT_EQ(read(strict, "30 00"), 0);  // reading makes it present all the same
+    strict.empty();
+    other.set_value(1L);
+    EXPECT_EQ(written(strict), "30 03 02 01 01");
+    other.set_tag(3);
+
+    // One present below an absent one makes it look again.
+    zr_asn_sequence outer(zr_normal);
+    outer.register_child(&empty);
+    EXPECT_EQ(outer.is_present(), 1);
+    outer.invalidate_value(zr_invalidate_own);
+    EXPECT_EQ(outer.is_present(), 0);
+    empty.check_valid(0);
+    EXPECT_EQ(outer.is_present(), 1);
+}
+
+TEST(composite, modes_are_handed_down) {
+    struct seen : zr_asn_integer {
+        using zr_asn_integer::zr_asn_integer;
+        void set_secure(security_t mode) override {
+            ++told;
+            zr_asn_integer::set_secure(mode);
+        }
+        int told = 0;
+    } leaf(zr_normal), before(zr_normal);
+    zr_asn_sequence inner(zr_normal), outer(zr_secure);
+    inner.register_child(&leaf);
+    inner.register_child_before(&before);
+    EXPECT_EQ(leaf.told, 0);
+    outer.register_child(&inner);
+    EXPECT_EQ(leaf.told, 1);
+    EXPECT_EQ(leaf.get_secure(), zr_secure);
+    outer.set_secure(zr_local_code_set);
+    EXPECT_EQ(leaf.get_secure(), zr_local_code_set);
+    EXPECT_EQ(before.get_secure(), zr_local_code_set);
+    outer.set_secure(zr_normal);  // never handed down
+    EXPECT_EQ(outer.get_secure(), zr_normal);
+    EXPECT_EQ(inner.get_secure(), zr_local_code_set);
+}
+
+// A type that contains itself. Members of what is read are made as they are needed, as collections make theirs.
+struct nest : zr_asn_sequence {
+    explicit nest(security_t mode) : zr_asn_sequence(mode) { set_optional(1); }
+    ~nest() override {
+        while (inner != nullptr) {  // not by recursion
+            std::unique_ptr<nest> next = std::move(inner->inner);
+            inner = std::move(next);
+        }
+    }
+    int decode_value(zr_r_buffer_t& octets, unsigned int len) override {
+        if (len != 0 || (octets.remaining() != 0 && is_indefinite_length() != 0 && check_EOC(octets) == 0)) {
+            inner = std::make_unique<nest>(zr_normal);
+            register_child(inner.get());
+        }
+        return zr_asn_sequence::decode_value(octets, len);
+    }
+    std::unique_ptr<nest> inner;
+};
+
+TEST(sequence, nests_2000_levels_deep_and_no_more) {
+    for (const unsigned int levels : {1u, 1999u, 2000u, 2001u, 5000u}) {
+        std::vector<unsigned char> octets;
+        for (unsigned int i = 0; i < levels; ++i)
+            octets.insert(octets.end(), {0x30, 0x80});
+        octets.resize(octets.size() + 2 * levels);
+        nest object(zr_normal);
+        input cursor(octets);
+        if (levels <= 2000) {
+            EXPECT_EQ(object.asnread(cursor), 0);
+            EXPECT_EQ(cursor.remaining(), 0u);
+            EXPECT_EQ(object.is_present(), 1);
+        } else {
+            EXPECT_THROW(object.asnread(cursor), zr_asn_memexception);
+            EXPECT_EQ(cursor.consumed(), 0);
+            EXPECT_EQ(object.is_present(), 0);
+        }
+        EXPECT_EQ(cursor.depth(), 0u);
+    }
+}
+
+// How often members are asked, for n members and for twice as many: at most twice as often.
+TEST(composite, cost_is_linear) {
+    static long asked;
+    struct member : zr_asn_boolean {
+        member() : zr_asn_boolean(zr_normal) {}
+        int is_valid(int deep) const override { return ++asked, zr_asn_boolean::is_valid(deep); }
+        int is_present() const override { return ++asked, zr_asn_boolean::is_present(); }
+    };
+    enum { registering, setting, backwards, reading, reading_again, writing, checking, kinds };
+    const auto costs = [](size_t n, int optional) {
+        std::vector<long> cost(kinds);
+        std::vector<std::unique_ptr<member>> members(n);
+        zr_asn_sequence sequence(zr_normal);
+        const auto measure = [&](int kind, auto&& operation) {
+            asked = 0;
+            operation();
+            cost[static_cast<size_t>(kind)] = asked;
+        };
+        for (auto& m : members) {
+            m = std::make_unique<member>();
+            m->set_optional(optional);
+        }
+        std::string octets;
+        measure(registering, [&] {
+            for (auto& m : members)
+                sequence.register_child(m.get());
+        });
+        measure(setting, [&] {
+            for (auto& m : members)
+                m->set_value(0);
+        });
+        measure(writing, [&] { octets = written(sequence); });
+        measure(reading, [&] { EXPECT_EQ(read(sequence, octets), 0); });
+        measure(reading_again, [&] { EXPECT_EQ(read(sequence, octets), 0); });
+        EXPECT_EQ(written(sequence), octets);
+        measure(checking, [&] { EXPECT_EQ(sequence.is_valid(1), 1); });
+        sequence.empty();
+        measure(backwards, [&] {
+            for (size_t i = n; i-- != 0;)
+                members[i]->set_value(0);
+        });
+        EXPECT_EQ(sequence.is_present(), 1);
+        EXPECT_EQ(written(sequence), octets);
+        return cost;
+    };
+    for (const int optional : {0, 1}) {
+        const auto some = costs(1000, optional), twice = costs(2000, optional);
+        for (size_t kind = 0; kind < kinds; ++kind) {
+            EXPECT_LE(twice[kind], 2 * some[kind] + 50) << "kind " << kind << ", optional " << optional;
+            EXPECT_LE(some[kind], 12 * 1000) << "kind " << kind << ", optional " << optional;
+        }
+    }
+}
+
 }  // namespace
