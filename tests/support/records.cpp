@@ -173,7 +173,7 @@ private:
     size_t length() {
         static constexpr size_t steps[] = {128, 256, 65536};
         size_t wanted = below(8) != 0 ? below(12) : steps[below(3)] + below(5) - 3;
-        wanted = std::min(wanted, left_);
+        if (wanted > left_ / 2) wanted = std::min<size_t>(below(12), left_);
         spend(wanted);
         return wanted;
     }

@@ -1,0 +1,233 @@
+// Encodings that someone has damaged: each is refused with a status and nothing changed, or decodes to a structure; on
+// every way the same.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/allocations.h"
+#include "support/hex.h"
+#include "support/routes.h"
+
+namespace zr_test {
+namespace {
+
+// One decode of octets that nobody vouches for. `fault` tells what must not be.
+class hostile_decode {
+public:
+    hostile_decode(const zr::record_type& type, const allocations& watched) : watched_(watched), out_(type) {}
+    ~hostile_decode() { clear(); }
+
+    int run(const route& way, zr_asn_buffer_t in) {
+        clear();
+        const size_t before = watched_.live();
+        std::memset(out_.get(), 0x5A, type().size);
+        status_ = way.decode(type(), in, out_.get());
+        held_ = watched_.live() - before;
+        if (status_ == 0) return 0;
+        if (held_ != 0) fault = "blocks were leaked";
+        if (status_ < zr_err_bad_envelope || status_ > zr_err_code_set) fault = "status " + std::to_string(status_);
+        const auto* octets = static_cast<const unsigned char*>(out_.get());
+        for (size_t i = 0; i < type().size; ++i)
+            if (octets[i] != 0x5A) fault = "the structure was touched";
+        return status_;
+    }
+
+    structure& out() { return out_; }
+    std::string fault;
+
+private:
+    const zr::record_type& type() const { return out_.type(); }
+
+    void clear() {
+        if (status_ == 0) {
+            const size_t before = watched_.live();
+            const std::string left = leftover_of_free(out_);
+            if (!left.empty()) fault = "not released: " + left;
+            if (before - watched_.live() != held_) fault = "blocks were leaked";
+        }
+        status_ = -1;
+        std::memset(out_.get(), 0, type().size);
+    }
+
+    const allocations& watched_;
+    structure out_;
+    int status_ = -1;  // of the decode that out_ comes from
+    size_t held_ = 0;  // blocks in out_
+};
+
+// What is decoded must also encode, both ways to the same octets.
+std::string compare(hostile_decode& left, hostile_decode& right) {
+    const std::string way = difference(left.out().type(), left.out().get(), right.out().get());
+    if (!way.empty()) return "differ in " + way;
+    const encoded one = encode(entry_points, left.out());
+    const encoded other = encode(object_tree, right.out());
+    return one.status != 0 || other.status != 0 || one.ber != other.ber ? "encode differently" : "";
+}
+
+// The largest of some random structures whose encodings fit `octets`.
+octets sample(const zr::record_type& type, std::mt19937& random, size_t most) {
+    octets best;
+    for (int i = 0; i < 50; ++i) {
+        structure original(type);
+        fill(type, original.get(), random, {most, 3, false});
+        const octets ber = encode(entry_points, original).ber;
+        if (ber.size() <= most && ber.size() > best.size()) best = ber;
+    }
+    return best;
+}
+
+// The entry points meet all 255 other values of each octet, the object tree, which is slower, those that mean
+// something where they stand.
+TEST(hostile, every_single_octet_changed) {
+    constexpr unsigned char telling[] = {0x00, 0x01, 0x02, 0x04, 0x05, 0x0C, 0x1F,
+                                         0x24, 0x2C, 0x30, 0x80, 0x81, 0x84, 0xFF};
+    std::mt19937 random(11);
+    allocations watched;
+    size_t decoded = 0;
+    for (const zr::record_type* type : all_records()) {
+        const octets ber = sample(*type, random, 160);
+        envelope in(ber);
+        const zr_asn_buffer_t buffer = in.buffer();
+        hostile_decode direct(*type, watched);
+        hostile_decode tree(*type, watched);
+        for (size_t at = 0; at < in.all().size(); ++at) {
+            unsigned char& octet = in.all()[at];
+            const unsigned char kept = octet;
+            const auto check = [&](bool both) {
+                const int status = direct.run(entry_points, buffer);
+                decoded += status == 0;
+                if (both) {
+                    if (tree.run(object_tree, buffer) != status) direct.fault = "the object tree answers otherwise";
+                    if (status == 0 && direct.fault.empty()) direct.fault = compare(direct, tree);
+                }
+                ASSERT_EQ(direct.fault + tree.fault, "")
+                    << type->name << ", octet " << at << ": " << hex(in.all()) << " instead of " << hex(&kept, 1);
+            };
+            for (int change = 1; change < 256; ++change) {
+                octet = static_cast<unsigned char>(kept ^ change);
+                check(false);
+                if (HasFatalFailure()) return;
+            }
+            for (unsigned char value : telling) {
+                octet = value;
+                check(true);
+                if (HasFatalFailure()) return;
+            }
+            octet = kept;
+        }
+    }
+    EXPECT_GT(decoded, 100000u);
+}
+
+TEST(hostile, every_truncation) {
+    std::mt19937 random(12);
+    allocations watched;
+    for (const zr::record_type* type : all_records()) {
+        const octets definite = sample(*type, random, 300);
+        const octets indefinite = rewrite_ber(parse_ber(definite), random);
+        for (const octets& ber : {definite, indefinite}) {
+            const octets whole = envelope(ber).all();
+            for (size_t length = 0; length < whole.size(); ++length) {
+                octets cut(whole.begin(), whole.begin() + static_cast<long>(length));
+                cut.shrink_to_fit();
+                for (const route& way : routes) {
+                    hostile_decode decode(*type, watched);
+                    const int status = decode.run(way, {static_cast<unsigned int>(length), cut.data()});
+                    ASSERT_EQ(decode.fault, "") << way.name << " " << type->name << ": " << hex(cut);
+                    ASSERT_NE(status, 0) << way.name << " " << type->name << ": " << hex(cut);
+                    if (length <= 4) {
+                        ASSERT_EQ(status, zr_err_bad_envelope);
+                    } else if (&ber == &definite) {
+                        ASSERT_EQ(status, zr_err_data_ends_early);
+                    }
+                }
+            }
+        }
+    }
+}
+
+// Octets replaced, inserted, dropped and doubled, also by forms that the readers give a meaning beyond BER.
+octets mutate(octets ber, std::mt19937& random) {
+    static const octets forms[] = {{0x80},
+                                   {0x00, 0x00},
+                                   {0x30, 0x80},
+                                   {0x24, 0x80},
+                                   {0x2C, 0x80, 0x04, 0x80, 0x00, 0x00},
+                                   {0x1F, 0x80, 0x80, 0x80, 0x80, 0x82},
+                                   {0x1F, 0x80, 0x80, 0x80, 0x80, 0x84},
+                                   {0x1F, 0x80, 0x80, 0x80, 0x80, 0x8C},
+                                   {0x3F, 0x80, 0x80, 0x80, 0x80, 0x90},
+                                   {0x04, 0x80, 0x00, 0x00},
+                                   {0x84, 0x00, 0x00, 0x00, 0x05},
+                                   {0x85, 0x01, 0x00, 0x00, 0x00, 0x02},
+                                   {0x84, 0xFF, 0xFF, 0xFF, 0xFF},
+                                   {0x05, 0x00},
+                                   {0x05, 0x81, 0x00},
+                                   {0x02, 0x00},
+                                   {0x02, 0x05, 0x00, 0xFF, 0xFF, 0xFF, 0xFF},
+                                   {0x02, 0x06, 0x00, 0x00, 0x00, 0x00, 0x00, 0x07},
+                                   {0xFF}};
+    const auto place = [&] { return ber.begin() + static_cast<long>(random() % (ber.size() + 1)); };
+    for (size_t changes = 1 + random() % 3; changes != 0; --changes) {
+        const octets& form = forms[random() % std::size(forms)];
+        auto from = place();
+        auto to = place();
+        if (to < from) std::swap(from, to);
+        if (to - from > 40) to = from + random() % 40;
+        switch (random() % 6) {
+            case 0:
+                if (from != ber.end()) *from = static_cast<unsigned char>(random());
+                break;
+            case 1:
+                ber.insert(from, form.begin(), form.end());
+                break;
+            case 2:
+                for (size_t i = 0; i < form.size() && from != ber.end(); ++i)
+                    *from++ = form[i];
+                break;
+            case 3:
+                ber.erase(from, to);
+                break;
+            case 4: {
+                const octets part(from, to);
+                ber.insert(place(), part.begin(), part.end());
+                break;
+            }
+            default:
+                if (from != ber.end()) ++*from;
+                break;
+        }
+    }
+    return ber;
+}
+
+TEST(hostile, entry_points_and_object_tree_answer_alike) {
+    std::mt19937 random(13);
+    allocations watched;
+    size_t decoded = 0;
+    size_t refused = 0;
+    for (const zr::record_type* type : all_records()) {
+        hostile_decode direct(*type, watched);
+        hostile_decode tree(*type, watched);
+        for (int i = 0; i < 1500; ++i) {
+            structure original(*type);
+            fill(*type, original.get(), random, {200, 6, false});
+            octets ber = rewrite_ber(parse_ber(encode(entry_points, original).ber), random,
+                                     {i % 3 != 0, i % 4 < 2, i % 5 < 2, i % 2 == 0});
+            if (i % 3 != 0) ber = mutate(ber, random);
+            envelope in(ber);
+            const int status = direct.run(entry_points, in.buffer());
+            const int expected = tree.run(object_tree, in.buffer());
+            ASSERT_EQ(status, expected) << type->name << ": " << hex(ber);
+            ASSERT_EQ(direct.fault + tree.fault, "") << type->name << ": " << hex(ber);
+            ++(status == 0 ? decoded : refused);
+            if (status != 0) continue;
+            ASSERT_EQ(compare(direct, tree), "") << type->name << ": " << hex(ber);
+        }
+    }
+    EXPECT_GT(decoded, 20000u);
+    EXPECT_GT(refused, 20000u);
+}
+
+}  // namespace
+}  // namespace zr_test
