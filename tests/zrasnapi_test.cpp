@@ -1,0 +1,473 @@
+#include "asn1/zrasnapi.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "asn1/asn_yvobjs.h"
+#include "support/allocations.h"
+#include "support/ber.h"
+#include "support/slots.h"
+
+using zr_test::allocations;
+using zr_test::bytes;
+using zr_test::hex;
+using zr_test::written;
+
+namespace {
+
+// A public buffer over octets of the test's own.
+zr_asn_buffer_t over(std::vector<unsigned char>& octets) {
+    return {static_cast<unsigned int>(octets.size()), octets.data()};
+}
+
+// The octets that encoding gives, or the status as text.
+std::string encoded(unsigned int type, void* value, int version = 2) {
+    zr_asn_buffer_t out{};
+    const int status = zrasn_encode_obj(version, value, type, out);
+    const std::string text = status != 0 ? std::to_string(status) : hex(out.data, out.length);
+    zr_asn_buffer_free(out);
+    return text;
+}
+
+int decode(std::string_view text, unsigned int type, void* value, int version = 2) {
+    auto octets = bytes(text);
+    zr_asn_buffer_t in = over(octets);
+    return zrasn_decode_obj(version, in, type, value);
+}
+
+std::string shown(const char* text) { return text != nullptr ? "'" + std::string(text) + "'" : "null"; }
+
+std::string shown(const cert_request_in& value) {
+    return shown(value.str_a) + " " + shown(value.str_b) + " " +
+           (value.body == nullptr ? "null" : hex(value.body, value.body_length)) + " " +
+           std::to_string(value.body_length);
+}
+
+std::string shown(const yvobj_update_list_s_t& value) {
+    std::string text = std::to_string(value.count);
+    for (uint32_t i = 0; value.updates != nullptr && i < value.count; ++i)
+        text += " " + std::to_string(value.updates[i].int_a) + shown(value.updates[i].name) +
+                std::to_string(value.updates[i].int_b);
+    return text + (value.updates == nullptr ? " null" : "");
+}
+
+std::string shown(zrasn_integer_value value) { return std::to_string(value); }
+
+// Room for any value of the interface, all zero.
+union any_value {
+    cert_request_in request;
+    yvobj_update_list_s_t list;
+    zrasn_integer_value number;
+};
+
+char name_a[] = "a";
+char name_b[] = "b";
+char no_text[] = "";
+unsigned char body[] = {0, 0xff};
+
+struct value_row {
+    const char* value;   // as decoded
+    const char* octets;  // as encoded
+};
+
+// Encodes, decodes, compares both, releases.
+template <class Value>
+void round_trip(unsigned int type, Value& value, const value_row& row) {
+    SCOPED_TRACE(row.octets);
+    EXPECT_EQ(encoded(type, &value), row.octets);
+    allocations watch;
+    Value back;
+    std::memset(&back, 0xAA, sizeof back);
+    ASSERT_EQ(decode(row.octets, type, &back), 0);
+    EXPECT_EQ(shown(back), row.value);
+    EXPECT_EQ(zrasn_obj_free(2, type, &back), 0);
+    EXPECT_EQ(watch.live(), 0u);
+}
+
+TEST(zrasnapi, certificate_requests_there_and_back) {
+    struct {
+        cert_request_in value;
+        value_row row;
+    } rows[] = {
+        {{name_a, name_b, 2, body},
+         {"'a' 'b' 00 ff 2", "04 02 ac dc 30 0f 02 01 01 04 02 61 00 04 02 62 00 04 02 00 ff"}},
+        {{name_a, no_text, 0, body}, {"'a' '' null 0", "04 02 ac dc 30 0a 02 01 01 04 02 61 00 04 01 00"}},
+        {{nullptr, name_b, 5, nullptr}, {"'' 'b' null 0", "04 02 ac dc 30 0a 02 01 01 04 01 00 04 02 62 00"}},
+    };
+    for (auto& row : rows)
+        round_trip(zrasn_type_cert_request, row.value, row.row);
+}
+
+TEST(zrasnapi, update_lists_there_and_back) {
+    yvobj_update_s_t updates[] = {{-1, name_a, INT32_MIN}, {128, nullptr, INT32_MAX}};
+    struct {
+        yvobj_update_list_s_t value;
+        value_row row;
+    } rows[] = {
+        {{0, nullptr}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
+        {{3, nullptr}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
+        {{0, updates}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
+        {{2, updates},
+         {"2 -1'a'-2147483648 128''2147483647",
+          "04 02 ac dc 30 29 02 01 01 30 24 30 10 02 01 01 02 01 ff 04 02 61 00 02 04 80 00 00 00 "
+          "30 10 02 01 01 02 02 00 80 04 01 00 02 04 7f ff ff ff"}},
+    };
+    for (auto& row : rows)
+        round_trip(zrasn_type_update_list, row.value, row.row);
+}
+
+TEST(zrasnapi, integers_there_and_back) {
+    struct {
+        zrasn_integer_value value;
+        value_row row;
+    } rows[] = {
+        {7, {"7", "04 02 ac dc 02 01 07"}},
+        {-129, {"-129", "04 02 ac dc 02 02 ff 7f"}},
+        {INT32_MIN, {"-2147483648", "04 02 ac dc 02 04 80 00 00 00"}},
+    };
+    for (auto& row : rows)
+        round_trip(zrasn_type_integer, row.value, row.row);
+}
+
+// Exactly 32 bits are read and written on every word size.
+TEST(zrasnapi, integer_values_have_32_bits) {
+    const struct {
+        const char* octets;
+        int status;
+        zrasn_integer_value value;
+    } rows[] = {
+        {"04 02 ac dc 02 01 ff", 0, -1},
+        {"04 02 ac dc 02 05 00 ff ff ff ff", 0, -1},
+        {"04 02 ac dc 02 05 01 00 00 00 00", zr_err_integer_too_long, 0},
+        {"04 02 ac dc 02 00", 0, 0},
+        {"04 02 ac dc 04 01 07", zr_err_no_match, 5},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.octets);
+        zrasn_integer_value values[] = {4, 5, 6};
+        EXPECT_EQ(decode(row.octets, zrasn_type_integer, &values[1]), row.status);
+        EXPECT_EQ(values[0], 4);
+        EXPECT_EQ(values[1], row.value);
+        EXPECT_EQ(values[2], 6);
+    }
+}
+
+TEST(zrasnapi, unknown_type_codes_do_nothing) {
+    for (unsigned int type : {0u, 1u, 258u, 261u, 263u, ~0u}) {
+        SCOPED_TRACE(type);
+        zr_asn_buffer_t untouched{3, body};
+        EXPECT_EQ(zrasn_encode_obj(2, nullptr, type, untouched), -1);
+        EXPECT_EQ(zrasn_decode_obj(2, untouched, type, nullptr), -1);
+        EXPECT_EQ(zrasn_obj_free(2, type, nullptr), -1);
+        EXPECT_EQ(untouched.data, body);
+        EXPECT_EQ(untouched.length, 3u);
+    }
+}
+
+TEST(zrasnapi, the_version_counts_by_its_low_octet) {
+    zrasn_integer_value value = 7;
+    EXPECT_EQ(encoded(zrasn_type_integer, &value, 258), "04 02 ac dc 02 01 07");
+    EXPECT_EQ(encoded(zrasn_type_integer, &value, 0), "04 00 ac dc 02 01 07");
+    EXPECT_EQ(encoded(zrasn_type_integer, &value, -1), "04 ff ac dc 02 01 07");
+    const struct {
+        int version;
+        int status;
+    } rows[] = {{2, 0}, {258, 0}, {3, zr_err_bad_envelope}, {0, zr_err_bad_envelope}, {-254, 0}};
+    for (const auto& row : rows) {
+        value = 1;
+        EXPECT_EQ(decode("04 02 ac dc 02 01 07", zrasn_type_integer, &value, row.version), row.status);
+        EXPECT_EQ(value, row.status == 0 ? 7 : 1) << row.version;
+    }
+}
+
+TEST(zrasnapi, which_encodings_carry_a_version) {
+    const struct {
+        const char* octets;
+        unsigned int flag;
+    } rows[] = {
+        {"04 07 ac dc 05 00", 0}, {"04 00 ac dc 05 00", 1}, {"04 07 ac dc", 1}, {"04 07 ad dc 05 00", 1}, {"", 1}};
+    for (const auto& row : rows) {
+        auto octets = bytes(row.octets);
+        unsigned int flag = 9;
+        EXPECT_EQ(zrasn_version(over(octets), flag), row.flag == 0 ? 0 : zr_err_bad_envelope) << row.octets;
+        EXPECT_EQ(flag, row.flag) << row.octets;
+    }
+}
+
+TEST(zrasnapi, refused_octets_leave_the_value_alone) {
+    const struct {
+        unsigned int type;
+        const char* octets;
+        int status;
+    } rows[] = {
+        {259, "", zr_err_bad_envelope},
+        {259, "04 02 ac dc", zr_err_bad_envelope},
+        {259, "05 02 ac dc 30", zr_err_data_ends_early},
+        {259, "06 02 ac dc 30", zr_err_bad_envelope},
+        {259, "00 02 ac dc 30 00", zr_err_bad_envelope},
+        {259, "04 02 ac dc 31 00", zr_err_no_match},
+        {259, "04 02 ac dc 30 00", zr_err_data_ends_early},
+        {259, "04 02 ac dc 30 07 02 01 01 04 02 61 00", zr_err_data_ends_early},
+        {259, "04 02 ac dc 30 0b 02 01 01 04 02 61 00 04 01 00 00", zr_err_trailing_data},
+        {259, "04 02 ac dc 30 0c 02 01 01 04 02 61 00 04 01 00 05 00", zr_err_trailing_data},
+        {260, "04 02 ac dc 30 03 02 01 01", zr_err_data_ends_early},
+        {260, "04 02 ac dc 30 05 02 01 01 31 00", zr_err_no_match},
+        {260, "04 02 ac dc 30 07 02 01 01 30 02 02 00", zr_err_no_match},
+        {260, "04 02 ac dc 30 07 02 01 01 30 80 30 00", zr_err_data_ends_early},
+        {260, "04 02 ac dc 30 84 ff ff ff ff 02 01 01", zr_err_data_ends_early},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.octets);
+        allocations watch;
+        unsigned char value[sizeof(cert_request_in)], before[sizeof(cert_request_in)];
+        std::memset(value, 0x5A, sizeof value);
+        std::memset(before, 0x5A, sizeof before);
+        EXPECT_EQ(decode(row.octets, row.type, value), row.status);
+        EXPECT_EQ(std::memcmp(value, before, sizeof value), 0);
+        EXPECT_EQ(watch.live(), 0u);
+    }
+}
+
+// Every octet missing, and every one changed: a status or a value, nothing lost.
+TEST(zrasnapi, damaged_encodings_do_no_harm) {
+    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}};
+    yvobj_update_list_s_t list{2, updates};
+    cert_request_in request{name_a, name_b, 2, body};
+    const std::string encodings[] = {encoded(259, &request), encoded(260, &list)};
+    for (unsigned int i = 0; i < 2; ++i) {
+        const auto good = bytes(encodings[i]);
+        auto check = [&](std::vector<unsigned char> octets) {
+            allocations watch;
+            any_value value{};
+            zr_asn_buffer_t in = over(octets);
+            static_cast<void>(zrasn_decode_obj(2, in, 259 + i, &value));
+            EXPECT_EQ(zrasn_obj_free(2, 259 + i, &value), 0);
+            EXPECT_EQ(watch.live(), 0u) << hex(octets);
+        };
+        for (size_t at = 0; at < good.size(); ++at) {
+            check({good.begin(), good.begin() + static_cast<ptrdiff_t>(at)});
+            for (unsigned int octet = 0; octet < 256; ++octet) {
+                auto changed = good;
+                changed[at] = static_cast<unsigned char>(octet);
+                check(changed);
+            }
+        }
+    }
+}
+
+TEST(zrasnapi, released_values_are_empty) {
+    cert_request_in request{};
+    ASSERT_EQ(decode("04 02 ac dc 30 0f 02 01 01 04 02 61 00 04 02 62 00 04 02 00 ff", 259, &request), 0);
+    yvobj_update_list_s_t list{};
+    ASSERT_EQ(decode("04 02 ac dc 30 12 02 01 01 30 0d 30 0b 02 01 01 02 01 01 04 00 02 01 02", 260, &list), 0);
+    for (int twice = 0; twice < 2; ++twice) {
+        EXPECT_EQ(zrasn_obj_free(0, 259, &request), 0);
+        EXPECT_EQ(shown(request), "null null null 0");
+        EXPECT_EQ(zrasn_obj_free(0, 260, &list), 0);
+        EXPECT_EQ(shown(list), "0 null");
+    }
+    zrasn_integer_value value = 7;
+    EXPECT_EQ(zrasn_obj_free(0, 262, &value), 0);
+    EXPECT_EQ(value, 7);
+    EXPECT_EQ(zrasn_obj_free(0, 262, nullptr), 0);
+}
+
+// Runs one call again and again, each time with another allocation failing, until none fails: the status of exhausted
+// memory with nothing lost. What the runtime throws is reported in one line, and only then is there a line.
+template <class Call>
+void fail_each_allocation(int silent_status, Call&& call) {
+    bool failed = true;
+    for (size_t n = 1; failed; ++n) {
+        SCOPED_TRACE(n);
+        testing::internal::CaptureStderr();
+        int status = 0;
+        {
+            allocations watch;
+            watch.fail_allocation(n);
+            status = call([&] {
+                failed = watch.failed();
+                watch.fail_allocation(0);
+            });
+            EXPECT_EQ(watch.live(), 0u);
+        }
+        const std::string printed = testing::internal::GetCapturedStderr();
+        if (!printed.empty()) {
+            EXPECT_EQ(status, zr_err_out_of_memory);
+            EXPECT_EQ(printed.rfind("Exception: Out of memory", 0), 0u) << printed;
+            EXPECT_NE(printed.find(" [10652065] in src/asn1/as"), std::string::npos) << printed;
+            EXPECT_EQ(printed.find('\n'), printed.size() - 1);
+        } else {
+            EXPECT_EQ(status, failed ? silent_status : 0);
+        }
+    }
+}
+
+// An element that cannot be made is a status that encoding does not look at: the list then holds no value, so that half
+// a list is never written as a whole one.
+TEST(zrasnapi, exhausted_memory) {
+    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}, {5, name_a, 6}};
+    any_value request{}, list{}, number{};
+    request.request = {name_a, name_b, 2, body};
+    list.list = {3, updates};
+    number.number = 7;
+    const struct {
+        unsigned int type;
+        any_value* value;
+    } rows[] = {{259, &request}, {260, &list}, {262, &number}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.type);
+        const std::string whole = encoded(row.type, row.value);
+        fail_each_allocation(zr_err_value_absent, [&](auto&& called) {
+            zr_asn_buffer_t out{};
+            const int status = zrasn_encode_obj(2, row.value, row.type, out);
+            called();
+            EXPECT_EQ(hex(out.data, out.length), status == 0 ? whole : "");
+            zr_asn_buffer_free(out);
+            return status;
+        });
+        auto octets = bytes(whole);
+        zr_asn_buffer_t in = over(octets);
+        fail_each_allocation(zr_err_out_of_memory, [&](auto&& called) {
+            any_value back{};
+            const int status = zrasn_decode_obj(2, in, row.type, &back);
+            called();
+            EXPECT_EQ(zrasn_obj_free(2, row.type, &back), 0);
+            return status;
+        });
+    }
+}
+
+TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {
+    zr_asn_yvobj_update_list_t object(zr_normal);
+    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}, {5, name_a, 6}};
+    yvobj_update_list_s_t list{3, updates};
+    ASSERT_EQ(object.set_value(list), 0);
+    const struct {
+        size_t failing;
+        const char* left;
+    } rows[] = {
+        {1, "3 null"}, {2, "3 1null2 0null0 0null0"}, {3, "3 1'a'2 3null4 0null0"}, {4, "3 1'a'2 3'b'4 5null6"}};
+    for (const auto& row : rows) {
+        allocations watch;
+        yvobj_update_list_s_t out{};
+        watch.fail_allocation(row.failing);
+        int status = 0;
+        try {
+            status = object.get_value(out);
+        } catch (const zr_asn_memexception& exception) {
+            status = static_cast<int>(exception.code);
+            EXPECT_STREQ(exception.message, "Out of memory get_strvalue()");
+        }
+        EXPECT_EQ(status, zr_err_out_of_memory);
+        EXPECT_EQ(shown(out), row.left);
+        zr_asn_yvobj_update_list_t::free_obj(out);
+        EXPECT_EQ(shown(out), "0 null");
+        EXPECT_EQ(watch.live(), 0u);
+    }
+}
+
+TEST(cert_request_in, the_body_is_released_by_its_length) {
+    zr_asn_octetstring octets(zr_normal);
+    unsigned long length = 9;
+    unsigned char* data = body;
+    EXPECT_EQ(zr_asn_cert_request_in::get_obj_body(octets, length, data), 0);
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(data, nullptr);
+    octets.set_value(body, sizeof body);
+    ASSERT_EQ(zr_asn_cert_request_in::get_obj_body(octets, length, data), 0);
+    EXPECT_EQ(hex(data, length), "00 ff");
+    cert_request_in request{nullptr, nullptr, 0, data};
+    zr_asn_cert_request_in::free_obj(request);  // of length 0: not the record's
+    std::free(data);
+    EXPECT_EQ(request.body, nullptr);
+    allocations watch;
+    watch.fail_allocation(1);
+    try {
+        zr_asn_cert_request_in::get_obj_body(octets, length, data);
+        FAIL();
+    } catch (const zr_asn_memexception& exception) {
+        EXPECT_STREQ(exception.message, "Out of memory get_obj_body()");
+        EXPECT_STREQ(exception.file, "src/asn1/asn_yvobjs");
+        EXPECT_EQ(exception.code, 275062885u);
+        EXPECT_EQ(data, nullptr);
+    }
+}
+
+// The classes by themselves: names, no virtual operations of their own, used again and again.
+TEST(hand_written_records, objects_can_be_used_again) {
+    EXPECT_EQ(zr_test::slot_count<zr_asn_yvobj_update_t>(), zr_test::slot_count<zr_asnbase>());
+    EXPECT_EQ(zr_test::slot_count<zr_asn_yvobj_update_list_t>(), zr_test::slot_count<zr_v37_asnbase>());
+    EXPECT_EQ(zr_test::slot_count<zr_asn_cert_request_in>(), zr_test::slot_count<zr_v37_asnbase>());
+    zr_asn_yvobj_update_t update(zr_normal);
+    zr_asn_yvobj_update_list_t list(zr_normal);
+    zr_asn_cert_request_in request(zr_normal);
+    EXPECT_STREQ(update.get_type_name(), "yvobj_update");
+    EXPECT_STREQ(list.get_type_name(), "yvobj_update_lis");
+    EXPECT_STREQ(request.get_type_name(), "cert_request_in");
+
+    EXPECT_EQ(written(update), std::to_string(zr_err_value_absent));
+    for (const auto& row : {value_row{"a", "30 0d 02 01 01 02 01 01 04 02 61 00 02 01 05"},
+                            value_row{"bcd", "30 0f 02 01 01 02 01 01 04 04 62 63 64 00 02 01 05"}}) {
+        yvobj_update_s_t in{1, const_cast<char*>(row.value), 5};
+        yvobj_update_list_s_t one{1, &in};
+        cert_request_in asked{in.name, in.name, in.name[1] == 0 ? 0u : 2u, body};
+        EXPECT_EQ(update.set_value(in), 0);
+        EXPECT_EQ(written(update), row.octets);
+        EXPECT_EQ(list.set_value(one), 0);
+        zr_asn_cert_request_in fresh(zr_normal);
+        EXPECT_EQ(request.set_value(asked), 0);
+        EXPECT_EQ(fresh.set_value(asked), 0);
+        EXPECT_EQ(written(request), written(fresh));
+        EXPECT_NE(written(list).find(row.octets), std::string::npos);
+    }
+    cert_request_in bare{name_a, name_b, 0, nullptr};
+    EXPECT_EQ(request.set_value(bare), 0);
+    EXPECT_EQ(written(request), "30 0b 02 01 01 04 02 61 00 04 02 62 00");
+}
+
+// The version is not compared; an object that has read another one keeps it, an emptied one starts with 1.
+TEST(hand_written_records, the_version_stays) {
+    cert_request_in in{name_a, name_b, 0, nullptr};
+    zr_asn_cert_request_in request(zr_normal);
+    ASSERT_EQ(zr_test::read(request, "30 0b 02 01 07 04 02 61 00 04 02 62 00"), 0);
+    ASSERT_EQ(request.set_value(in), 0);
+    EXPECT_EQ(written(request), "30 0b 02 01 07 04 02 61 00 04 02 62 00");
+    request.empty();
+    ASSERT_EQ(request.set_value(in), 0);
+    EXPECT_EQ(written(request), "30 0b 02 01 01 04 02 61 00 04 02 62 00");
+
+    yvobj_update_s_t update_in{1, name_a, 5};
+    zr_asn_yvobj_update_t update(zr_normal);
+    ASSERT_EQ(zr_test::read(update, "30 0c 02 01 09 02 01 01 04 01 00 02 01 05"), 0);
+    ASSERT_EQ(update.set_value(update_in), 0);
+    EXPECT_EQ(written(update), "30 0d 02 01 09 02 01 01 04 02 61 00 02 01 05");
+}
+
+TEST(buffers, copies) {
+    unsigned int status = 9;
+    zr_asn_buffer_t out{7, body};
+    zr_asn_buffer_copy({2, body}, out, status);
+    EXPECT_EQ(status, 0u);
+    EXPECT_NE(out.data, body);
+    EXPECT_EQ(hex(out.data, out.length), "00 ff");
+    zr_asn_buffer_free(out);
+    for (const zr_asn_buffer_t& empty : {zr_asn_buffer_t{5, nullptr}, zr_asn_buffer_t{0, body}}) {
+        status = 9;
+        zr_asn_buffer_copy(empty, out, status);
+        EXPECT_EQ(status, 0u);
+        EXPECT_EQ(out.length, 0u);
+        EXPECT_EQ(out.data, nullptr);
+        zr_asn_buffer_free(out);
+    }
+    allocations watch;
+    watch.fail_allocation(1);
+    zr_asn_buffer_copy({2, body}, out, status);
+    EXPECT_EQ(status, 275062885u);
+    EXPECT_EQ(out.length, 2u);
+    EXPECT_EQ(out.data, nullptr);
+}
+
+}  // namespace
