@@ -15,19 +15,20 @@ BENCH_INLINE void put(Sink& to, const acl_permset_s_t& permset) {
     to.header(tag_sequence, end);
 }
 
+// A few permissions are read before their number is known; only more than those are counted first.
 BENCH_INLINE bool get(reader& from, acl_permset_s_t& permset) {
     reader in, elements;
-    size_t number;
+    int32_t first[32];
+    size_t number, rest = 0;
     if (!from.contents(tag_sequence, in) || !in.contents(tag_sequence, elements) || !in.at_end() ||
-        !elements.count_values(number))
+        !elements.integers(first, 32, number) || (!elements.at_end() && !elements.count_values(rest)))
         return false;
     if (number == 0) return true;
-    permset.perms = static_cast<int32_t*>(std::malloc(number * sizeof(int32_t)));
+    permset.perms = static_cast<int32_t*>(std::malloc((number + rest) * sizeof(int32_t)));
     if (permset.perms == nullptr) return false;
-    permset.count = static_cast<uint32_t>(number);
-    for (size_t i = 0; i < number; ++i)
-        if (!elements.integer(permset.perms[i])) return false;
-    return true;
+    copy(reinterpret_cast<unsigned char*>(permset.perms), first, number * sizeof(int32_t));
+    permset.count = static_cast<uint32_t>(number + rest);
+    return rest == 0 || elements.integers(permset.perms + number, rest, rest);
 }
 
 template <class Sink>

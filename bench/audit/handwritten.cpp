@@ -27,22 +27,39 @@ BENCH_INLINE void blocks(Visitor& visit, ejauditattribute_s_t& attribute) {
 }
 
 template <class Sink>
-void put(Sink& to, const ejauditelement_s_t& element) {
+Sink put_element(Sink to, const ejauditelement_s_t& element);
+
+template <class Sink>
+BENCH_INLINE void put(Sink& to, const ejauditelement_s_t& element) {
+    to = put_element(to, element);
+}
+
+template <class Sink>
+Sink put_element(Sink to, const ejauditelement_s_t& element) {
     const auto end = to.here();
     put_list(to, element.elements, element.element_count);
     put_list(to, element.attrs, element.attr_count);
     const measured name(element.name);
-    if (!to.room(name.length + element.length + 3 * header_room)) return;
+    if (!to.room(name.length + element.length + 3 * header_room)) return to;
     to.octets(element.data, element.length);
     to.text(name);
     to.header(tag_sequence, end);
+    return to;
 }
 
-static bool get(reader& from, ejauditelement_s_t& element) {
+constexpr unsigned most_levels = 1000;
+
+static bool get_contents(reader in, ejauditelement_s_t& element, unsigned levels);
+
+BENCH_INLINE bool get(reader& from, ejauditelement_s_t& element, unsigned levels) {
     reader in;
-    return from.contents(tag_sequence, in) && in.descend() && in.text(element.name) &&
-           in.octets(element.length, element.data) && get_list(in, element.attr_count, element.attrs) &&
-           get_list(in, element.element_count, element.elements) && in.at_end();
+    return from.contents(tag_sequence, in) && get_contents(in, element, levels);
+}
+
+static bool get_contents(reader in, ejauditelement_s_t& element, unsigned levels) {
+    return levels != 0 && in.text(element.name) && in.octets(element.length, element.data) &&
+           get_list(in, element.attr_count, element.attrs) &&
+           get_list(in, element.element_count, element.elements, levels - 1) && in.at_end();
 }
 
 template <class Visitor>
@@ -68,7 +85,7 @@ BENCH_INLINE void put(Sink& to, const ejauditevent_s_t& event) {
 BENCH_INLINE bool get(reader& from, ejauditevent_s_t& event) {
     reader in;
     return from.contents(tag_sequence, in) && in.integer(event.int_a) && in.text(event.name) &&
-           in.integer(event.int_b) && get_list(in, event.element_count, event.elements) && in.at_end();
+           in.integer(event.int_b) && get_list(in, event.element_count, event.elements, most_levels) && in.at_end();
 }
 
 template <class Visitor>

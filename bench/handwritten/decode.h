@@ -23,23 +23,21 @@ public:
 
     // contents reads the next value's tag and length, gives its contents and goes behind them.
     BENCH_INLINE bool contents(unsigned char tag, reader& in) {
-        size_t n;
         if (length() < 2 || at_[0] != tag) return false;
-        if (at_[1] < 0x80) {
-            n = at_[1];
-            at_ += 2;
-        } else if (!long_length(at_, end_, n)) {
-            return false;
+        const unsigned char* begin = at_ + 2;
+        size_t n = at_[1];
+        if (n >= 0x80) {
+            begin = long_length(at_, end_);
+            if (begin == nullptr) return false;
+            n = 0;
+            for (const unsigned char* octet = at_ + 2; octet != begin; ++octet)
+                n = n << 8 | *octet;
         }
-        if (n > length()) return false;
-        in.at_ = at_;
-        in.end_ = at_ += n;
-        in.levels_ = levels_;
+        if (n > static_cast<size_t>(end_ - begin)) return false;
+        in.at_ = begin;
+        in.end_ = at_ = begin + n;
         return true;
     }
-
-    // descend counts a record that may contain itself: no more than so many may lie in each other.
-    BENCH_INLINE bool descend() { return levels_-- != 0; }
 
     // count_values gives the number of values ahead.
     BENCH_INLINE bool count_values(size_t& count) const {
@@ -50,21 +48,16 @@ public:
     }
 
     BENCH_INLINE bool integer(int32_t& value) {
-        reader in;
-        if (!contents(tag_integer, in)) return false;
-        const size_t n = in.length();
-        if (n == 0 || n > 5 || (n == 5 && *in.at_ != 0)) return false;
-        if (static_cast<size_t>(end_ - in.at_) >= sizeof(uint64_t)) {
-            uint64_t window;
-            std::memcpy(&window, in.at_, sizeof window);
-            window = __builtin_bswap64(window);
-            value = static_cast<int32_t>(static_cast<int64_t>(window) >> (64 - 8 * n));
-        } else {
-            uint32_t bits = *in.at_ < 0x80 ? 0 : UINT32_MAX;
-            for (size_t i = 0; i < n; ++i)
-                bits = bits << 8 | in.at_[i];
-            value = static_cast<int32_t>(bits);
-        }
+        const size_t left = length();
+        if (left < 3 || at_[0] != tag_integer) return false;
+        const size_t n = at_[1];
+        if (n - 1 >= sizeof(uint32_t) || n > left - 2) return wide_integer(value);
+        at_ += 2 + n;
+        // At least the envelope and a tag lie before the contents, so this may begin in front of them.
+        uint32_t contents;
+        std::memcpy(&contents, at_ - sizeof contents, sizeof contents);
+        const size_t unused = 32 - 8 * n;
+        value = static_cast<int32_t>(__builtin_bswap32(contents) << unused) >> unused;
         return true;
     }
     template <class T>
@@ -99,32 +92,44 @@ public:
     }
     template <size_t N>
     BENCH_INLINE bool octets(unsigned char (&data)[N]) {
-        reader in;
-        if (!contents(tag_octets, in) || in.length() != N) return false;
-        std::memcpy(data, in.at_, N);
+        static_assert(N < 0x80);
+        if (length() < 2 + N || at_[0] != tag_octets || at_[1] != N) return false;
+        std::memcpy(data, at_ + 2, N);
+        at_ += 2 + N;
+        return true;
+    }
+
+    // integers reads INTEGERs until the end, `most` at most, and gives their number.
+    BENCH_INLINE bool integers(int32_t* values, size_t most, size_t& number) {
+        for (number = 0; number < most && !at_end(); ++number)
+            if (!integer(values[number])) return false;
         return true;
     }
 
 private:
-    // Two to four octets of length behind the tag (X.690, 8.1.3.5).
-    [[gnu::noinline]] static bool long_length(const unsigned char*& at, const unsigned char* end, size_t& n) {
-        const size_t count = at[1] & 0x7F;
-        if (count == 0 || count > 4 || count > static_cast<size_t>(end - at) - 2) return false;
-        n = 0;
-        for (size_t i = 0; i < count; ++i)
-            n = n << 8 | at[2 + i];
-        at += 2 + count;
+    // Five octets, of which the first is 0: an unsigned number.
+    BENCH_INLINE bool wide_integer(int32_t& value) {
+        if (length() < 7 || at_[1] != 5 || at_[2] != 0) return false;
+        uint32_t contents;
+        std::memcpy(&contents, at_ + 3, sizeof contents);
+        value = static_cast<int32_t>(__builtin_bswap32(contents));
+        at_ += 7;
         return true;
+    }
+
+    // The end of a length of one to four octets (X.690, 8.1.3.5); null when there is none.
+    [[gnu::noinline]] static const unsigned char* long_length(const unsigned char* at, const unsigned char* end) {
+        const size_t count = at[1] & 0x7F;
+        return count - 1 < 4 && count <= static_cast<size_t>(end - at) - 2 ? at + 2 + count : nullptr;
     }
 
     const unsigned char* at_ = nullptr;
     const unsigned char* end_ = nullptr;
-    unsigned levels_ = 1000;
 };
 
 // get_list reads a SEQUENCE OF records into an array. `count` counts an element as soon as it may hold something.
-template <class Count, class T>
-BENCH_INLINE bool get_list(reader& from, Count& count, T*& elements) {
+template <class Count, class T, class... Context>
+BENCH_INLINE bool get_list(reader& from, Count& count, T*& elements, Context... context) {
     reader in;
     size_t number;
     if (!from.contents(tag_sequence, in) || !in.count_values(number)) return false;
@@ -135,7 +140,7 @@ BENCH_INLINE bool get_list(reader& from, Count& count, T*& elements) {
     for (size_t i = 0; i < number; ++i) {
         elements[i] = T();
         count = static_cast<Count>(i + 1);
-        if (!get(in, elements[i])) return false;
+        if (!get(in, elements[i], context...)) return false;
     }
     return true;
 }

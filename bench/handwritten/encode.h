@@ -19,27 +19,35 @@ enum : unsigned char { tag_integer = 0x02, tag_octets = 0x04, tag_text = 0x0C, t
 constexpr size_t integer_room = 6;
 constexpr size_t header_room = 6;
 
+// Both ends of `n` octets, which overlap when n is less than two Parts.
+template <class Part>
+BENCH_INLINE void copy_ends(unsigned char* to, const unsigned char* from, size_t n) {
+    Part first, last;
+    std::memcpy(&first, from, sizeof first);
+    std::memcpy(&last, from + n - sizeof last, sizeof last);
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + n - sizeof last, &last, sizeof last);
+}
+
 // copy is memcpy without the call when the octets are few.
 BENCH_INLINE void copy(unsigned char* to, const void* from, size_t n) {
     struct sixteen {
-        uint64_t halves[2];
+        uint64_t parts[2];
     };
-    const unsigned char* at = static_cast<const unsigned char*>(from);
-    const auto ends = [&](auto part) {
-        auto last = part;
-        std::memcpy(&part, at, sizeof part);
-        std::memcpy(&last, at + n - sizeof last, sizeof last);
-        std::memcpy(to, &part, sizeof part);
-        std::memcpy(to + n - sizeof last, &last, sizeof last);
+    struct thirty_two {
+        uint64_t parts[4];
     };
-    if (n > 32) {
+    const auto* at = static_cast<const unsigned char*>(from);
+    if (n > 64) {
         std::memcpy(to, at, n);
+    } else if (n > 32) {
+        copy_ends<thirty_two>(to, at, n);
     } else if (n >= 16) {
-        ends(sixteen());
+        copy_ends<sixteen>(to, at, n);
     } else if (n >= 8) {
-        ends(uint64_t());
+        copy_ends<uint64_t>(to, at, n);
     } else if (n >= 4) {
-        ends(uint32_t());
+        copy_ends<uint32_t>(to, at, n);
     } else if (n != 0) {
         to[0] = at[0];
         to[n / 2] = at[n / 2];
@@ -119,19 +127,16 @@ class bounded_writer : public writer {
 public:
     bounded_writer(unsigned char* begin, unsigned char* end) : writer(end), begin_(begin) {}
 
-    // room says whether `n` more octets fit, without which nothing may be written. Once it has said no it says no
-    // again.
+    // room says whether `n` more octets fit, without which nothing may be written. Once it has said no it says no again.
     BENCH_INLINE bool room(size_t n) {
         if (n <= static_cast<size_t>(at_ - begin_)) return true;
-        begin_ = at_;
-        full_ = true;
+        at_ = begin_ = nullptr;
         return false;
     }
-    bool full() const { return full_; }
+    bool full() const { return at_ == nullptr; }
 
 private:
     unsigned char* begin_;
-    bool full_ = false;
 };
 
 class measure {
