@@ -1,0 +1,283 @@
+// The envelope, its versions, and the value objects and functions that fields go through.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "asn1/asnutils.h"
+#include "asn1/zrasnapi.h"
+#include "asn1/zrasnbase.h"
+#include "support/allocations.h"
+#include "support/ber.h"
+
+namespace {
+
+using zr_test::bytes;
+using zr_test::contents;
+using zr_test::hex;
+using zr_test::read;
+using zr_test::written;
+
+struct freed {
+    void operator()(void* block) const { std::free(block); }
+};
+template <class T>
+using owned = std::unique_ptr<T, freed>;
+
+TEST(envelope, saving) {
+    zr_asn_integer number(zr_normal);
+    number.set_value(5L);
+    for (const int version : {2, 258, -254}) {
+        zr_asn_buffer_t out{77, nullptr};
+        ASSERT_EQ(zr_asnbase::saveEncoding(number, version, out), 0);
+        EXPECT_EQ(hex(out.data, out.length), "04 02 ac dc 02 01 05");
+        zr_asn_buffer_free(out);
+    }
+    // A failure leaves what was there.
+    unsigned char before = 1;
+    zr_asn_buffer_t out{77, &before};
+    zr_asn_integer absent(zr_normal);
+    const std::vector<unsigned char> many(2000);
+    zr_test::allocations watch;
+    EXPECT_EQ(zr_asnbase::saveEncoding(absent, 2, out), zr_err_value_absent);
+    EXPECT_EQ(out.length, 77u);
+    EXPECT_EQ(out.data, &before);
+    for (size_t n = 1;; ++n) {
+        watch.fail_allocation(n);
+        zr_asn_octetstring text(zr_normal);
+        bool thrown = false;
+        try {
+            text.set_value(many.data(), 2000);
+            out = {77, &before};
+            static_cast<void>(zr_asnbase::saveEncoding(text, 2, out));
+        } catch (const zr_asn_memexception&) {
+            thrown = true;
+            EXPECT_EQ(out.data, &before);
+        }
+        if (!watch.failed()) break;
+        EXPECT_TRUE(thrown);
+    }
+    std::free(out.data);
+    EXPECT_EQ(watch.live(), 0u);
+}
+
+TEST(envelope, loading) {
+    static const struct {
+        const char* octets;
+        int version, status;
+        long value;  // 7 when the object is untouched
+        int flag;    // of get_encoded_version
+    } table[] = {
+        {"04 02 ac dc 02 01 05", 2, 0, 5, 0},
+        {"04 02 ac dc 02 01 05", 258, 0, 5, 0},
+        {"04 02 ac dc 02 01 05 99 99", 2, 0, 5, 0},  // what follows the object is not looked at
+        {"04 02 ac dc 02 01 05", 1, zr_err_bad_envelope, 7, 0},
+        {"04 00 ac dc 05 00", 0, zr_err_no_match, -1, 1},
+        {"04 07 ac dc 05 00", 2, zr_err_bad_envelope, 7, 0},
+        {"04 02 ac dc", 2, zr_err_bad_envelope, 7, 1},
+        {"04 02 ac", 2, zr_err_bad_envelope, 7, 1},
+        {"", 2, zr_err_bad_envelope, 7, 1},
+        {"04 02 ad dc 02 01 05", 2, zr_err_bad_envelope, 7, 1},
+        {"04 02 ac dd 02 01 05", 2, zr_err_bad_envelope, 7, 1},
+        {"00 02 ac dc 02 01 05", 2, zr_err_bad_envelope, 7, 0},
+        {"05 02 ac dc ff 02 01 05", 2, 0, 5, 0},                     // a longer header
+        {"01 02 ac dc 02 01 05", 2, zr_err_data_ends_early, -1, 0},  // its own octets: 02 ac, a length of 44
+        {"05 02 ac dc ff", 2, zr_err_data_ends_early, -1, 0},        // nothing behind it
+        {"06 02 ac dc ff", 2, zr_err_bad_envelope, 7, 0},
+        {"ff 02 ac dc 02 01 05", 2, zr_err_bad_envelope, 7, 0},
+        {"04 02 ac dc 02 02 05", 2, zr_err_data_ends_early, -1, 0},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        const auto octets = bytes(row.octets);
+        std::vector<unsigned char> exact(octets.begin(), octets.end());
+        zr_asn_buffer_t in{static_cast<unsigned int>(exact.size()), exact.data()};
+        zr_asn_integer number(zr_normal);
+        number.set_value(7L);
+        EXPECT_EQ(zr_asnbase::loadObject(number, row.version, in), row.status);
+        long value = -1;
+        static_cast<void>(number.get_value(value));
+        EXPECT_EQ(value, row.value);
+        unsigned int flag = 77;
+        EXPECT_EQ(zr_asnbase::get_encoded_version(in, flag), row.flag == 0 ? 0 : zr_err_bad_envelope);
+        EXPECT_EQ(flag, static_cast<unsigned int>(row.flag));
+        EXPECT_EQ(exact, std::vector<unsigned char>(octets.begin(), octets.end()));
+    }
+    zr_asn_buffer_t nothing{7, nullptr};
+    zr_asn_integer number(zr_normal);
+    unsigned int flag = 77;
+    EXPECT_EQ(zr_asnbase::loadObject(number, 2, nothing), zr_err_bad_envelope);
+    EXPECT_EQ(zr_asnbase::get_encoded_version(nothing, flag), zr_err_bad_envelope);
+    EXPECT_EQ(flag, 1u);
+}
+
+TEST(envelope, bases) {
+    zr_asnbase base(zr_normal);
+    EXPECT_STREQ(base.get_type_name(), "SEQUENCE");
+    EXPECT_EQ(base.set_default_value(), 0);
+    EXPECT_EQ(base.is_defaultable(), 1);
+    EXPECT_EQ(written(base), "");
+
+    struct third_version : zr_v37_asnbase {
+        explicit third_version(security_t mode) : zr_v37_asnbase(mode) { register_child(&own); }
+        zr_asn_boolean own{zr_normal};
+    } record(zr_normal);
+    record.own.set_value(1);
+    EXPECT_EQ(written(record), "30 06 02 01 01 01 01 ff");
+    EXPECT_EQ(read(record, "30 06 02 01 09 01 01 00"), 0);  // the number is not compared
+    EXPECT_EQ(written(record), "30 06 02 01 09 01 01 00");
+    EXPECT_EQ(read(record, "30 03 01 01 00"), zr_err_no_match);
+}
+
+TEST(values, integers_of_every_width) {
+    static const struct {
+        const char* octets;
+        long value;
+        unsigned long u32;
+        unsigned short u16;
+        unsigned char u8;
+    } table[] = {
+        {"02 02 01 2c", 300, 300, 300, 44},
+        {"02 01 ff", -1, 0xFFFFFFFF, 0xFFFF, 0xFF},
+        {"02 05 00 ff ff ff ff", -1, 0xFFFFFFFF, 0xFFFF, 0xFF},
+        {"02 04 80 00 00 00", -0x7FFFFFFF - 1, 0x80000000, 0, 0},
+        {"02 05 01 00 00 00 00", 0, 0, 0, 0},  // does not fit
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        zrasn_integer number(zr_normal);
+        ASSERT_EQ(read(number, row.octets), 0);
+        long value = 77;
+        unsigned long u32 = 77;
+        int signed_int = 77;
+        unsigned int unsigned_int = 77;
+        unsigned short u16 = 77;
+        unsigned char u8 = 77;
+        EXPECT_EQ(number.get_value(value), 0);
+        EXPECT_EQ(number.get_value(u32), 0);
+        EXPECT_EQ(number.get_value(signed_int), 0);
+        EXPECT_EQ(number.get_value(unsigned_int), 0);
+        EXPECT_EQ(number.get_value(u16), 0);
+        EXPECT_EQ(number.get_value(u8), 0);
+        EXPECT_EQ(value, row.value);
+        EXPECT_EQ(u32, row.u32);
+        EXPECT_EQ(signed_int, row.value);
+        EXPECT_EQ(unsigned_int, row.u32);
+        EXPECT_EQ(u16, row.u16);
+        EXPECT_EQ(u8, row.u8);
+        EXPECT_EQ(zr_intvalue(number), row.value);
+    }
+    zrasn_integer absent(zr_normal);
+    long value = 77;
+    EXPECT_EQ(absent.get_value(value), 0);
+    EXPECT_EQ(value, 0);
+    absent.set_default_value(3L);
+    EXPECT_EQ(zr_intvalue(absent), 3);
+    EXPECT_EQ(absent.set_default_value(), 0);
+    EXPECT_EQ(zr_intvalue(absent), 0);
+    EXPECT_EQ(written(absent), "");
+}
+
+TEST(values, texts_in_octet_strings) {
+    char abc[] = "abc", empty[] = "";
+    static const struct {
+        const char* octets;  // of the OCTET STRING
+        const char* text;
+    } stored[] = {{"", ""}, {"41", ""}, {"00", ""}, {"41 42", "AB"}, {"61 62 63 00", "abc"}, {"41 00 42", "A"}};
+    for (const auto& row : stored) {
+        const auto octets = bytes(row.octets);
+        zrasn_octetstring object(zr_normal);
+        object.set_value(octets.data(), static_cast<unsigned int>(octets.size()));
+        char* text = nullptr;
+        unsigned char* same = nullptr;
+        EXPECT_EQ(object.get_value(text), 0);
+        EXPECT_EQ(zr_get_strvalue(object, same), 0);
+        EXPECT_STREQ(text, row.text);
+        EXPECT_STREQ(reinterpret_cast<char*>(same), row.text);
+        std::free(text);
+        std::free(same);
+    }
+    zrasn_octetstring object(zr_normal);
+    char* text = empty;
+    EXPECT_EQ(zr_get_strvalue(object, text), 0);  // absent
+    EXPECT_STREQ(owned<char>(text).get(), "");
+    EXPECT_EQ(object.set_value(abc), 0);
+    EXPECT_EQ(contents(object), "61 62 63 00");
+    EXPECT_EQ(object.set_value(empty), 0);
+    EXPECT_EQ(contents(object), "00");
+    EXPECT_EQ(zr_set_strvalue(object, reinterpret_cast<unsigned char*>(abc)), 0);
+    EXPECT_EQ(contents(object), "61 62 63 00");
+    EXPECT_EQ(object.set_value(static_cast<unsigned char*>(nullptr)), 0);
+    EXPECT_EQ(contents(object), "00");
+    EXPECT_EQ(object.set_value(static_cast<unsigned char>('x')), 0);
+    EXPECT_EQ(contents(object), "78 00");
+    EXPECT_EQ(object.set_value(static_cast<unsigned char>(0)), 0);
+    EXPECT_EQ(contents(object), "00");
+    object.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(object.set_default_value(), 0);
+    EXPECT_EQ(contents(object), "00");
+
+    object.set_value(abc);
+    zr_test::allocations watch;
+    watch.fail_allocation(1);
+    text = abc;
+    const char* message = nullptr;
+    unsigned int code = 0;
+    try {
+        static_cast<void>(zr_get_strvalue(object, text));
+    } catch (const zr_asn_memexception& exception) {
+        message = exception.message;
+        code = exception.code;
+    }
+    EXPECT_STREQ(message, "Out of memory get_strvalue()");
+    EXPECT_EQ(code, 275062885u);
+    EXPECT_EQ(text, nullptr);
+}
+
+TEST(values, blocks_in_octet_strings) {
+    zrasn_octetstring object(zr_normal), absent(zr_normal), none(zr_normal);
+    const unsigned char octets[] = {9, 0, 7};
+    object.set_value(octets, 3);
+    none.set_value(nullptr, 0);
+    for (const zrasn_octetstring* from : {&object, &absent, &none}) {
+        const unsigned long stored = from == &object ? 3 : 0;
+        unsigned char* data = nullptr;
+        unsigned long length = 77;
+        EXPECT_EQ(from->get_value(data, length), 0);
+        EXPECT_EQ(length, stored);
+        EXPECT_EQ(hex(data, length), stored != 0 ? "09 00 07" : "");
+        std::free(data);
+        for (const unsigned long count : {0ul, 2ul, 3ul, 6ul}) {
+            unsigned char dest[] = {1, 1, 1, 1, 1, 1, 1};
+            unsigned char expected[] = {1, 1, 1, 1, 1, 1, 1};
+            for (unsigned long i = 0; i < count; ++i)
+                expected[i] = i < stored ? octets[i] : static_cast<unsigned char>(0);
+            EXPECT_EQ(from->get_value(count, dest), 0);
+            EXPECT_EQ(hex(dest, sizeof dest), hex(expected, sizeof expected));
+        }
+        unsigned char first = 77;
+        EXPECT_EQ(from->get_value(first), 0);
+        EXPECT_EQ(first, stored != 0 ? 9 : 0);
+    }
+    zr_test::allocations watch;
+    watch.fail_allocation(1);
+    unsigned char other = 0;
+    unsigned char* data = &other;
+    unsigned long length = 77;
+    EXPECT_EQ(object.get_value(data, length), zr_err_out_of_memory);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(length, 0u);
+}
+
+TEST(values, lists_of_strings_are_freed) {
+    for (const int count : {-1, 0, 3}) {
+        zr_test::allocations watch;
+        auto** strings = static_cast<char**>(std::calloc(3, sizeof(char*)));
+        if (count > 0) strings[0] = static_cast<char*>(std::malloc(4));
+        if (count > 0) strings[2] = static_cast<char*>(std::malloc(4));
+        zr_free_strings(count, strings);
+        EXPECT_EQ(watch.live(), 0u);
+    }
+}
+
+}  // namespace
