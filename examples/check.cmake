@@ -1,4 +1,5 @@
-# Runs PROGRAM: it must succeed and print exactly the file OUTPUT. The README shows SOURCE and OUTPUT as they are.
+# Runs PROGRAM: it must succeed and print exactly the file OUTPUT. README, where given, shows SOURCE and OUTPUT as they
+# are.
 execute_process(COMMAND ${PROGRAM} RESULT_VARIABLE status OUTPUT_VARIABLE printed)
 file(READ ${OUTPUT} expected)
 if(NOT status EQUAL 0)
@@ -8,6 +9,9 @@ if(NOT "${printed}" STREQUAL "${expected}")
     message(FATAL_ERROR "printed:\n${printed}\nexpected:\n${expected}")
 endif()
 
+if(NOT DEFINED README)
+    return()
+endif()
 file(READ ${README} readme)
 foreach(shown ${SOURCE} ${OUTPUT})
     file(READ ${shown} text)
