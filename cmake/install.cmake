@@ -6,11 +6,13 @@ install(TARGETS zrasn zrasn_static EXPORT zrasn_targets)
 if(TARGET zrz)
     install(TARGETS zrz zrz_static EXPORT zrasn_targets)
     set(zrasn_pc_zrz -lzrz)
+    set(zrasn_foreign_headers)
 else()
     set(zrasn_pc_zrz ${ZRASN_ZRZ_LIBRARY})
+    set(zrasn_foreign_headers PATTERN zrz EXCLUDE)
 endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn
-    FILES_MATCHING PATTERN "*.h")
+    FILES_MATCHING PATTERN "*.h" ${zrasn_foreign_headers})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/base_idls DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn
     FILES_MATCHING PATTERN "*.h")
 
