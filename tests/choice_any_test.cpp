@@ -67,6 +67,27 @@ TEST(choice, reads_the_first_alternative_that_fits) {
     EXPECT_EQ(read(empty, "80 01 05"), zr_err_no_match);
 }
 
+TEST(choice, every_alternative_starts_where_the_first_did) {
+    zr_asn_choice object(zr_normal);
+    zr_asn_sequence open_ended(zr_normal);
+    zr_asn_integer number(zr_normal);
+    zr_asn_null nothing(zr_normal);
+    open_ended.register_child(&number);
+    object.register_child(&open_ended);
+    object.register_child(&nothing);
+    EXPECT_EQ(read(object, "30 80 02 01 07 05 00"), zr_err_no_match);  // the first stops before the NULL
+
+    // A hook may skip octets; a failure goes back before them.
+    object.set_preread(
+        [](zr_asn_object*, zr_r_buffer_t& input) { input.move_to(input.current() + 1, input.remaining() - 1); });
+    const auto good = read_from(object, "ff 05 00");
+    EXPECT_EQ(good.status, 0);
+    EXPECT_EQ(good.consumed, 3);
+    const auto bad = read_from(object, "ff 01 00");
+    EXPECT_EQ(bad.status, zr_err_no_match);
+    EXPECT_EQ(bad.consumed, 0);
+}
+
 TEST(choice, an_enclosing_sequence_skips_it_or_refuses) {
     for (int optional : {0, 1}) {
         numbers first;
@@ -258,6 +279,34 @@ TEST(any, setting_a_value_again_keeps_the_cache) {
     EXPECT_EQ(written(object), "04 02 01 02");
     object.invalidate_encoding();
     EXPECT_EQ(written(object), "04 01 01");
+}
+
+TEST(any, a_failed_read_keeps_the_form) {
+    zr_asn_any object(zr_normal);
+    EXPECT_EQ(read(object, "10 00"), 0);
+    EXPECT_EQ(read(object, "30 80 00 00"), zr_err_indefinite_length);
+    EXPECT_EQ(object.set_value(nullptr, 0), 0);
+    EXPECT_EQ(written(object), "10 00");
+    zr_buffer_t contents(zr_normal);
+    contents.append("x");
+    EXPECT_EQ(object.decode_value(contents, 1), 0);  // what calls it makes the object present
+    EXPECT_EQ(object.is_present(), 0);
+}
+
+TEST(any, binding_makes_enclosing_encodings_stale) {
+    zr_asn_any object(zr_normal);
+    zr_asn_integer number(zr_normal);
+    zr_asn_null nothing(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    object.set_optional(1);
+    parent.register_child(&object);
+    parent.register_child(&nothing);
+    EXPECT_EQ(written(parent), "30 02 05 00");
+    number.set_value(5);
+    object.set_syntax(&number);
+    EXPECT_EQ(written(parent), "30 05 02 01 05 05 00");
+    object.set_syntax(nullptr);
+    EXPECT_EQ(written(parent), "30 02 05 00");
 }
 
 TEST(any, bound_to_a_syntax) {

@@ -83,6 +83,22 @@ TEST(sequenceof, elements_come_and_go) {
     EXPECT_EQ(written(list), "30 00");
     EXPECT_EQ(list.get_child_capacity(), 32U);
     EXPECT_EQ(list.delete_child(0), zr_err_bad_argument);
+    fill(list, {5});
+    EXPECT_EQ(written(list), "30 03 02 01 05");
+    zr_r_buffer_t no_octets;
+    EXPECT_EQ(list.decode_value(no_octets, 0), 0);
+    EXPECT_EQ(written(list), "30 00");
+}
+
+TEST(sequenceof, a_present_list_brings_its_parent_back) {
+    integers list(zr_normal);
+    zr_asn_sequence parent(zr_normal);
+    parent.register_child(&list);
+    parent.invalidate_value(zr_invalidate_own);
+    EXPECT_EQ(parent.is_present(), 0);
+    EXPECT_EQ(list.is_present(), 1);
+    fill(list, {1});
+    EXPECT_EQ(written(parent), "30 05 30 03 02 01 01");
 }
 
 TEST(sequenceof, sized_form_leaves_flags_off) {

@@ -1,0 +1,184 @@
+// Random trees of all types: whatever happened to a tree, it is written like a new one with the same values; and what
+// is written is what another reader of BER sees.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+
+#include "support/random_tree.h"
+
+namespace {
+
+using zr_test::hex;
+using zr_test::kind;
+using zr_test::random_tree;
+using zr_test::shape;
+using zr_test::value;
+using zr_test::written;
+
+TEST(trees, changes_are_seen_by_the_next_encoding) {
+    unsigned int compared = 0, complete = 0, reads = 0;
+    for (unsigned int seed = 0; seed < 600 && !HasFatalFailure(); ++seed) {
+        random_tree tree(seed);
+        value held = tree.make_value(true);
+        zr_asn_object& live = tree.make_objects(held);
+        std::string history;
+        for (int step = 0; step < 40; ++step) {
+            if (tree.below(12) == 0) {
+                const value other = tree.make_value(true);
+                const std::string octets = written(tree.make_objects(other));
+                ASSERT_EQ(zr_test::read(live, octets), 0) << "seed " << seed << " " << octets;
+                held = tree.as_read(other, held);
+                history += " read";
+                ++reads;
+            } else {
+                history += " " + tree.change(held, live);
+            }
+            if (tree.below(2) == 0) continue;  // several changes before the caches are filled
+            const std::string expected = written(tree.make_objects(held));
+            ASSERT_EQ(written(live), expected) << "seed " << seed << history;
+            ASSERT_EQ(written(live), expected) << "again, seed " << seed << history;
+            ++compared;
+            if (expected.find(' ') != std::string::npos) ++complete;
+        }
+    }
+    EXPECT_GT(compared, 5000U);
+    EXPECT_GT(complete, compared / 4);
+    EXPECT_GT(reads, 500U);
+}
+
+struct counting : zr_asn_boolean {
+    using zr_asn_boolean::zr_asn_boolean;
+    int encode_value(zr_buffer_t& output) const override {
+        ++encoded;
+        return zr_asn_boolean::encode_value(output);
+    }
+    static int encoded;
+};
+int counting::encoded = 0;
+
+TEST(trees, unchanged_parts_are_copied) {
+    zr_asn_sequence root(zr_normal);
+    zr_asn_sequenceof<counting> lists[2] = {zr_asn_sequenceof<counting>(zr_normal),
+                                            zr_asn_sequenceof<counting>(zr_normal)};
+    for (auto& list : lists) {
+        root.register_child(&list);
+        for (int i = 0; i < 10; ++i)
+            list.add_child()->set_value(1);
+    }
+    const std::string first = written(root);
+    EXPECT_EQ(counting::encoded, 20);
+    EXPECT_EQ(written(root), first);
+    EXPECT_EQ(counting::encoded, 20);
+    EXPECT_EQ(root.check_encode_flags(1), 1);
+    lists[1][3]->set_value(0);
+    EXPECT_EQ(lists[0].is_encoding_valid(), 1);
+    EXPECT_NE(written(root), first);
+    EXPECT_EQ(counting::encoded, 21);
+}
+
+// One line for each element: where it stands, how deep, its length, form and identifier, as `openssl asn1parse` names
+// them. It is taken from the objects, not from their encoding.
+class lister {
+public:
+    std::string list(const shape& form, zr_asn_object& object) {
+        visit(form, object, 0);
+        return text_;
+    }
+
+private:
+    static unsigned int size(const zr_asn_object& object) {
+        zr_buffer_t output(zr_normal);
+        return object.asnwrite(output) == 0 ? output.length() : 0;
+    }
+
+    void line(int depth, unsigned int header, unsigned int length, bool constructed, int cls, unsigned int tag) {
+        static const std::map<unsigned int, const char*> names = {
+            {1, "BOOLEAN"}, {2, "INTEGER"}, {3, "BIT STRING"}, {4, "OCTET STRING"}, {5, "NULL"}, {16, "SEQUENCE"}};
+        static const char* const classes[] = {"", "appl", "cont", "priv"};
+        const std::string name =
+            cls == 0 ? names.at(tag) : std::string(classes[cls]) + " [ " + std::to_string(tag) + " ]";
+        text_ += std::to_string(offset_) + " d=" + std::to_string(depth) + " hl=" + std::to_string(header) +
+                 " l=" + std::to_string(length) + (constructed ? " cons " : " prim ") + name + "\n";
+        offset_ += header;
+    }
+
+    void visit(const shape& form, zr_asn_object& object, int depth) {
+        const unsigned int whole = size(object);
+        if (whole == 0) return;
+        if (form.type == kind::choice) {
+            const auto& choice = static_cast<zr_asn_choice&>(object);
+            const auto at = static_cast<unsigned int>(choice.selected());
+            return visit(form.members[at], *choice.get_child(at), depth);
+        }
+        zr_asn_object& shown = form.type == kind::array ? zr_test::children(object, form.type) : object;
+        zr_buffer_t contents(zr_normal);
+        ASSERT_EQ(shown.get_encoding(contents), 0);
+        const unsigned int length = contents.length();
+        const bool constructed = shown.should_generate_constructed() != 0;
+        line(depth, whole - length, length, constructed, shown.get_class(), shown.get_tag());
+        if (zr_test::is_leaf(form.type)) {
+            if (!constructed) {
+                offset_ += length;
+            } else {
+                line(depth + 1, 2, length - 2, false, 3, 5);  // the one element inside an ANY
+                offset_ += length - 2;
+            }
+            return;
+        }
+        auto& composite = zr_test::children(object, form.type);
+        for (unsigned int i = 0; composite.get_child(i) != nullptr; ++i)
+            visit(zr_test::is_list(form.type) ? zr_test::element_shape(form.type) : form.members[i],
+                  *composite.get_child(i), depth + 1);
+    }
+
+    std::string text_;
+    unsigned long offset_ = 0;
+};
+
+// The same lines from openssl; empty when it refuses the file.
+std::string parsed_by_openssl(const std::string& path) {
+    std::string text;
+    FILE* pipe = popen(("openssl asn1parse -inform DER -in " + path + " 2>&1").c_str(), "r");
+    if (pipe == nullptr) return text;
+    char buffer[4096];
+    while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) {
+        long offset = 0, header = 0, length = 0;
+        int depth = 0;
+        char form[5] = {}, name[64] = {};
+        if (std::sscanf(buffer, " %ld:d=%d hl=%ld l=%ld %4[a-z]: %63[^:\n]", &offset, &depth, &header, &length, form,
+                        name) != 6)
+            continue;
+        std::string trimmed(name);
+        trimmed.erase(std::min(trimmed.find("  "), trimmed.size()));  // what follows is its contents
+        text += std::to_string(offset) + " d=" + std::to_string(depth) + " hl=" + std::to_string(header) +
+                " l=" + std::to_string(length) + " " + form + " " + trimmed + "\n";
+    }
+    return pclose(pipe) == 0 ? text : "";
+}
+
+TEST(trees, openssl_sees_the_same_elements) {
+    if (std::system("command -v openssl > /dev/null 2>&1") != 0) GTEST_SKIP() << "openssl is not installed";
+    const std::string path = testing::TempDir() + "zrasn_tree_" + std::to_string(getpid()) + ".ber";
+    size_t lines = 0;
+    for (unsigned int seed = 0; seed < 60; ++seed) {
+        random_tree tree(seed);
+        zr_asn_object& root = tree.make_objects(tree.make_value(true));
+        zr_buffer_t output(zr_normal);
+        ASSERT_EQ(root.asnwrite(output), 0);
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(output.data()), static_cast<std::streamsize>(output.length()));
+        const std::string expected = lister().list(tree.form(), root);
+        EXPECT_EQ(parsed_by_openssl(path), expected) << "seed " << seed << " " << hex(output);
+        lines += static_cast<size_t>(std::count(expected.begin(), expected.end(), '\n'));
+    }
+    std::remove(path.c_str());
+    EXPECT_GT(lines, 600U);
+}
+
+}  // namespace
