@@ -33,27 +33,37 @@ int then(const zr_r_buffer_t& in, zr_buffer_t& out) {
     return status != 0 ? status : Second(between, out);
 }
 
+constexpr converter ia5_utf8 = by_value<IA52UTF8>;
+constexpr converter bmp_utf8 = by_value<BMP2UTF8>;
+constexpr converter u_utf8 = by_value<U2UTF8>;
+constexpr converter t61_utf8 = then<T612BMP, bmp_utf8>;
+constexpr converter t61_print = then<T612IA5, in_printable>;
+constexpr converter u_print = then<U2IA5, in_printable>;
+constexpr converter bmp_print = then<BMP2IA5, in_printable>;
 constexpr converter utf8_ia5 = by_value<UTF82IA5>;
+constexpr converter utf8_t61 = then<utf8_ia5, IA52T61>;
+constexpr converter u_t61 = then<U2IA5, IA52T61>;
+constexpr converter bmp_t61 = then<BMP2IA5, IA52T61>;
+constexpr converter t61_vis = then<T612IA5, in_visible>;
+constexpr converter u_vis = then<U2IA5, in_visible>;
+constexpr converter bmp_vis = then<BMP2IA5, in_visible>;
+constexpr converter utf8_u = by_value<UTF82U>;
+constexpr converter t61_u = then<T612BMP, BMP2U>;
+constexpr converter utf8_bmp = by_value<UTF82BMP>;
 
 constexpr unsigned int code_set_count = 7;
 
+// A row for each target, a column for each source, both in the order of index_of.
 // clang-format off
 constexpr converter chains[code_set_count][code_set_count] = {
-    // from: UTF-8                   printable T.61                             IA5                 visible universal                  BMP
-    // to UTF-8
-    {copy,                           copy,     then<T612BMP, by_value<BMP2UTF8>>, by_value<IA52UTF8>, refuse, by_value<U2UTF8>,          by_value<BMP2UTF8>},
-    // to printable
-    {in_printable,                   copy,     then<T612IA5, in_printable>,     in_printable,       refuse, then<U2IA5, in_printable>, then<BMP2IA5, in_printable>},
-    // to T.61
-    {then<utf8_ia5, IA52T61>,        IA52T61,  copy,                            IA52T61,            refuse, then<U2IA5, IA52T61>,      then<BMP2IA5, IA52T61>},
-    // to IA5
-    {utf8_ia5,                       copy,     T612IA5,                         copy,               refuse, U2IA5,                     BMP2IA5},
-    // to visible
-    {in_visible,                     refuse,   then<T612IA5, in_visible>,       in_visible,         copy,   then<U2IA5, in_visible>,   then<BMP2IA5, in_visible>},
-    // to universal
-    {by_value<UTF82U>,               IA52U,    then<T612BMP, BMP2U>,            IA52U,              refuse, copy,                      BMP2U},
-    // to BMP
-    {by_value<UTF82BMP>,             IA52BMP,  T612BMP,                         IA52BMP,            refuse, U2BMP,                     copy},
+    // from:        UTF-8         printable T.61       IA5           visible  universal  BMP
+    /* UTF-8 */     {copy,         copy,    t61_utf8,  ia5_utf8,     refuse,  u_utf8,    bmp_utf8},
+    /* printable */ {in_printable, copy,    t61_print, in_printable, refuse,  u_print,   bmp_print},
+    /* T.61 */      {utf8_t61,     IA52T61, copy,      IA52T61,      refuse,  u_t61,     bmp_t61},
+    /* IA5 */       {utf8_ia5,     copy,    T612IA5,   copy,         refuse,  U2IA5,     BMP2IA5},
+    /* visible */   {in_visible,   refuse,  t61_vis,   in_visible,   copy,    u_vis,     bmp_vis},
+    /* universal */ {utf8_u,       IA52U,   t61_u,     IA52U,        refuse,  copy,      BMP2U},
+    /* BMP */       {utf8_bmp,     IA52BMP, T612BMP,   IA52BMP,      refuse,  U2BMP,     copy},
 };
 // clang-format on
 
