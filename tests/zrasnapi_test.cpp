@@ -276,12 +276,14 @@ TEST(zrasnapi, released_values_are_empty) {
 }
 
 // Runs one call again and again, each time with another allocation failing, until none fails: the status of exhausted
-// memory with nothing lost. What the runtime throws is reported in one line, and only then is there a line.
+// memory with nothing lost. What the runtime throws is reported in one line, and only then is there a line. `call` is
+// given what it calls when the failing is over, before it looks at what it got.
 template <class Call>
 void fail_each_allocation(int silent_status, Call&& call) {
     bool failed = true;
-    for (size_t n = 1; failed; ++n) {
-        SCOPED_TRACE(n);
+    size_t n = 0;
+    do {
+        SCOPED_TRACE(++n);
         testing::internal::CaptureStderr();
         int status = 0;
         {
@@ -302,7 +304,7 @@ void fail_each_allocation(int silent_status, Call&& call) {
         } else {
             EXPECT_EQ(status, failed ? silent_status : 0);
         }
-    }
+    } while (failed);
 }
 
 // An element that cannot be made is a status that encoding does not look at: the list then holds no value, so that half

@@ -27,8 +27,9 @@ int run_record(operation op, int version, Value& value, zr_asn_buffer_t& buffer)
     return status != 0 ? status : record.get_value(value);
 }
 
-int run_integer(operation op, int version, zrasn_integer_value& value, zr_asn_buffer_t& buffer) {
-    if (op == op_free) return 0;
+int run_integer(operation op, int version, void* untyped, zr_asn_buffer_t& buffer) {
+    if (op == op_free) return 0;  // the pointer is not looked at
+    auto& value = *static_cast<zrasn_integer_value*>(untyped);
     zr_asn_integer integer(zr_normal);
     if (op == op_encode) {
         static_cast<void>(integer.set_value(long{value}));
@@ -49,7 +50,7 @@ int main_func(operation op, int version, void* value, unsigned int type, zr_asn_
             return run_record<zr_asn_yvobj_update_list_t>(op, version, *static_cast<yvobj_update_list_s_t*>(value),
                                                           buffer);
         case zrasn_type_integer:
-            return run_integer(op, version, *static_cast<zrasn_integer_value*>(value), buffer);
+            return run_integer(op, version, value, buffer);
         default:
             return unknown_type;
     }
