@@ -1,0 +1,256 @@
+// Structures and encodings at the edges of what records can hold: null elements, more elements than a count can tell,
+// more positions than slots, nesting of any depth.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstring>
+#include <string_view>
+
+#include "base_idls/ejauditidl_asn.h"
+#include "base_idls/namevalue_asn.h"
+#include "base_idls/principal_asn.h"
+#include "support/allocations.h"
+#include "support/caught_stderr.h"
+#include "support/hex.h"
+#include "support/routes.h"
+
+namespace zr_test {
+namespace {
+
+using zr::field;
+using zr::field_kind;
+using zr::place;
+
+TEST(records, a_null_element_in_an_array_of_pointers_is_refused) {
+    size_t found = 0;
+    for (const zr::record_type* type : all_records()) {
+        for (const field& field : *type) {
+            if (field.kind != field_kind::list_of_pointers) continue;
+            ++found;
+            for (const route& way : routes) {
+                SCOPED_TRACE(type->name + std::string(", ") + way.name);
+                structure original(*type);
+                auto** elements = static_cast<void**>(std::calloc(3, sizeof(void*)));
+                elements[0] = std::calloc(1, field.nested->size);
+                elements[2] = std::calloc(1, field.nested->size);
+                place<void**>(original.get(), field.offset) = elements;
+                place<uint32_t>(original.get(), field.count_offset) = 3;
+                allocations watched;
+                caught_stderr printed;
+                zr_asn_buffer_t out{7, nullptr};
+                EXPECT_EQ(way.encode(*type, out, original.get()), zr_err_out_of_memory);
+                EXPECT_EQ(out.length, 7u);
+                EXPECT_EQ(watched.live(), 0u);
+                const std::string line = "Exception: ASN: Memory error [10652065] in " + std::string(type->module);
+                EXPECT_EQ(printed.take().substr(0, line.size()), line);
+            }
+        }
+    }
+    EXPECT_EQ(found, 3u);
+}
+
+// sec_id_pa_t counts in 16 bits.
+TEST(records, identities_beyond_the_count_are_refused) {
+    structure one(*zr::find_record("sec_id_t"));
+    const octets identity = encode(entry_points, one).ber;
+    for (const uint32_t count : {65535u, 65536u}) {
+        octets list;
+        for (uint32_t i = 0; i < count; ++i)
+            list.insert(list.end(), identity.begin(), identity.end());
+        const octets ber = element(0x30, identity + element(0x30, list));
+        for (const route& way : routes) {
+            SCOPED_TRACE(way.name + std::string(", ") + std::to_string(count));
+            allocations watched;
+            caught_stderr printed;
+            structure copy(*zr::find_record("sec_id_pa_t"));
+            ASSERT_EQ(decode(way, ber, copy), count <= 65535 ? 0 : zr_err_out_of_memory);
+            if (count <= 65535) {
+                EXPECT_EQ(copy.as<sec_id_pa_t>().count, count);
+                EXPECT_EQ(encode(way, copy).ber, ber);
+            } else {
+                const std::string line = "Exception: ASN: Memory error [10652065] in principal_asn at line ";
+                EXPECT_EQ(printed.take().substr(0, line.size()), line);
+            }
+            EXPECT_EQ(leftover_of_free(copy), "");
+            EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
+        }
+    }
+}
+
+// The positions of an array: behind the last slot they are read and checked like the others, and dropped.
+TEST(records, positions_beyond_the_slots) {
+    const octets null{0x05, 0x00};
+    const octets empty_ext{0x30, 2, 0x30, 0};
+    const struct {
+        const char* name;
+        octets fields_before;
+    } arrays[] = {{"yvaction_group_s_t", {0x0C, 0}}, {"yvaction_groups_s_t", {}}};
+    for (const auto& array : arrays) {
+        const zr::record_type& type = *zr::find_record(array.name);
+        const field* slots = type.fields;
+        while (slots->kind != field_kind::slots)
+            ++slots;
+        ASSERT_EQ(slots->size, 32u);
+        structure slot(*slots->nested);
+        const octets filled = encode(entry_points, slot).ber;
+        const auto repeated = [](size_t count, const octets& part) {
+            octets all;
+            while (count-- != 0)
+                all = all + part;
+            return all;
+        };
+        const octets bad_record = element(0x30, octets{0x05, 0x00});
+        const struct {
+            const char* what;
+            octets positions;
+            int status;
+            int first, last, filled;  // slots, when the status is 0
+        } rows[] = {
+            {"none", {}, 0, -1, -1, 0},
+            {"the sixth", repeated(5, null) + filled, 0, 5, 5, 1},
+            {"the last", repeated(31, null) + filled, 0, 31, 31, 1},
+            {"all empty", repeated(40, null), 0, -1, -1, 0},
+            {"all", repeated(32, filled), 0, 0, 31, 32},
+            {"one too many", repeated(32, null) + filled, 0, -1, -1, 0},
+            {"many more", repeated(200, filled), 0, 0, 31, 32},
+            {"a malformed one", repeated(3, null) + bad_record, zr_err_no_match, 0, 0, 0},
+            {"a malformed one beyond", repeated(32, filled) + bad_record, zr_err_no_match, 0, 0, 0},
+            {"a NULL with contents beyond", repeated(40, null) + octets{0x05, 1, 0}, zr_err_no_match, 0, 0, 0},
+            {"an INTEGER beyond", repeated(33, filled) + octets{2, 1, 0}, zr_err_no_match, 0, 0, 0},
+            {"one that ends early beyond", repeated(33, null) + octets{0x30, 9}, zr_err_no_match, 0, 0, 0},
+            {"half a header beyond", repeated(33, null) + octets{0x30}, zr_err_no_match, 0, 0, 0},
+        };
+        for (const auto& row : rows) {
+            const octets ber = element(0x30, array.fields_before + element(0x30, row.positions) + empty_ext);
+            for (const route& way : routes) {
+                SCOPED_TRACE(array.name + std::string(", ") + way.name + ": " + row.what);
+                allocations watched;
+                structure copy(type);
+                ASSERT_EQ(decode(way, ber, copy), row.status);
+                int first = -1;
+                int last = -1;
+                int filled_slots = 0;
+                for (int i = 0; i < 32; ++i) {
+                    if (place<void*>(copy.get(), slots->offset + static_cast<size_t>(i) * sizeof(void*)) == nullptr)
+                        continue;
+                    if (first < 0) first = i;
+                    last = i;
+                    ++filled_slots;
+                }
+                if (row.status == 0) {
+                    EXPECT_EQ(first, row.first);
+                    EXPECT_EQ(last, row.last);
+                }
+                EXPECT_EQ(filled_slots, row.filled);
+                EXPECT_EQ(leftover_of_free(copy), "");
+                EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
+            }
+        }
+    }
+}
+
+// Chains of records that contain themselves, each level the only element of the one above.
+void make_chain(namevalue_s_t& top, size_t levels) {
+    namevalue_s_t* level = &top;
+    while (--levels != 0) {
+        level->children = static_cast<namevalue_s_t**>(std::calloc(1, sizeof(namevalue_s_t*)));
+        level->children[0] = static_cast<namevalue_s_t*>(std::calloc(1, sizeof(namevalue_s_t)));
+        level->child_count = 1;
+        level = level->children[0];
+    }
+}
+void make_chain(ejauditelement_s_t& top, size_t levels) {
+    ejauditelement_s_t* level = &top;
+    while (--levels != 0) {
+        level->elements = static_cast<ejauditelement_s_t*>(std::calloc(1, sizeof(ejauditelement_s_t)));
+        level->element_count = 1;
+        level = level->elements;
+    }
+}
+size_t levels_of(const namevalue_s_t& top) {
+    size_t levels = 1;
+    for (const namevalue_s_t* level = &top; level->child_count == 1; level = level->children[0])
+        ++levels;
+    return levels;
+}
+size_t levels_of(const ejauditelement_s_t& top) {
+    size_t levels = 1;
+    for (const ejauditelement_s_t* level = &top; level->element_count == 1; level = level->elements)
+        ++levels;
+    return levels;
+}
+
+template <class S>
+class deep_records : public testing::Test {};
+using deep_types = testing::Types<namevalue_s_t, ejauditelement_s_t>;
+TYPED_TEST_SUITE(deep_records, deep_types);
+
+// The object tree follows 2,000 records outwards and 2,000 nested SEQUENCEs, two for each record, inwards.
+TYPED_TEST(deep_records, the_object_tree_refuses_what_it_does_not_follow) {
+    const struct {
+        size_t levels;
+        int encode_status, decode_status;
+    } rows[] = {{1000, 0, 0},
+                {1001, 0, zr_err_out_of_memory},
+                {2000, 0, zr_err_out_of_memory},
+                {2001, zr_err_out_of_memory, zr_err_out_of_memory},
+                {5000, zr_err_out_of_memory, zr_err_out_of_memory}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.levels);
+        allocations watched;
+        caught_stderr printed;
+        TypeParam original{};
+        make_chain(original, row.levels);
+        zr_asn_buffer_t direct{};
+        ASSERT_EQ(zrAsnEncodeObj(direct, original), 0);
+        zr_asn_buffer_t tree{};
+        ASSERT_EQ(zr::encode_tree(zr::record<TypeParam>::type, zr_normal, tree, &original), row.encode_status);
+        if (row.encode_status == 0) {
+            EXPECT_EQ(hex(tree.data, tree.length), hex(direct.data, direct.length));
+            zr_asn_buffer_free(tree);
+        }
+        TypeParam copy{};
+        ASSERT_EQ(zr::decode_tree(zr::record<TypeParam>::type, zr_normal, direct, &copy), row.decode_status);
+        EXPECT_EQ(levels_of(copy), row.decode_status == 0 ? row.levels : 1u);
+        const std::string_view line =
+            "Exception: Too many nested levels in asn_composite [10652065] in src/asn1/asnbase";
+        EXPECT_EQ(printed.take().substr(0, line.size()), row.decode_status != 0 ? line : "");
+        zr_asn_buffer_free(direct);
+        zrAsnFreeObj(copy);
+        zrAsnFreeObj(original);
+        EXPECT_EQ(watched.live(), 0u);
+    }
+}
+
+// What the thread of the next test does; its answer is empty when all is well.
+template <class S>
+void* run_deep(void*) {
+    constexpr size_t levels = 1000000;
+    const auto answer = [](const char* text) { return const_cast<char*>(text); };
+    S original{};
+    make_chain(original, levels);
+    zr_asn_buffer_t out{};
+    if (zrAsnEncodeObj(out, original) != 0) return answer("encoding failed");
+    zrAsnFreeObj(original);
+    S copy{};
+    if (zrAsnDecodeObj(out, copy) != 0) return answer("decoding failed");
+    zr_asn_buffer_free(out);
+    if (levels_of(copy) != levels) return answer("levels are missing");
+    zrAsnFreeObj(copy);
+    return answer(levels_of(copy) == 1 ? "" : "levels are left");
+}
+
+TYPED_TEST(deep_records, a_million_levels_on_a_small_stack) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 64 * 1024), 0);
+    pthread_t thread{};
+    ASSERT_EQ(pthread_create(&thread, &attributes, run_deep<TypeParam>, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+    void* answer = nullptr;
+    ASSERT_EQ(pthread_join(thread, &answer), 0);
+    EXPECT_STREQ(static_cast<const char*>(answer), "");
+}
+
+}  // namespace
+}  // namespace zr_test

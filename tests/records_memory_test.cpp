@@ -1,0 +1,119 @@
+// Records when memory is out: whichever allocation fails, a status and one line say so and nothing is lost.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "support/allocations.h"
+#include "support/caught_stderr.h"
+#include "support/routes.h"
+
+namespace zr_test {
+namespace {
+
+constexpr route all_routes[] = {entry_points, object_tree, local_entry_points};
+
+// Whether `printed` is the one line about a failed allocation, in the runtime or in a schema module.
+bool is_memory_line(const std::string& printed) {
+    char file[40] = "";
+    unsigned int code = 0;
+    int line = 0;
+    int end = 0;
+    if (std::sscanf(printed.c_str(), "Exception: %*[^[][%8x] in %39s at line %d%n", &code, file, &line, &end) != 3)
+        return false;
+    bool known = std::strcmp(file, "src/asn1/asnbase") == 0 || std::strcmp(file, "src/asn1/asnbase.h") == 0 ||
+                 std::strncmp(file, "src/zrz/", 8) == 0;
+    for (const zr::record_module* module : zr::modules())
+        known = known || std::strcmp(file, module->name) == 0;
+    return known && code == 0x10652065 && line > 0 && printed.substr(static_cast<size_t>(end)) == "\n";
+}
+
+// Calls check(original) with one random structure of each record.
+void each_record(unsigned int seed, void (*check)(structure& original)) {
+    std::mt19937 random(seed);
+    for (const zr::record_type* type : all_records()) {
+        structure original(*type);
+        fill(*type, original.get(), random, {400, 4, true});
+        SCOPED_TRACE(type->name);
+        check(original);
+        if (testing::Test::HasFatalFailure()) return;
+    }
+}
+
+TEST(records_out_of_memory, encoding) {
+    each_record(21, [](structure& original) {
+        for (const route& way : all_routes) {
+            allocations watched;
+            caught_stderr printed;
+            for (size_t n = 1;; ++n) {
+                unsigned char untouched = 0;
+                zr_asn_buffer_t out{7, &untouched};
+                watched.fail_allocation(n);
+                const int status = way.encode(original.type(), out, original.get());
+                const bool failed = watched.failed();
+                watched.fail_allocation(0);
+                if (!failed) {
+                    ASSERT_GT(n, 1u);
+                    ASSERT_EQ(status, 0);
+                    zr_asn_buffer_free(out);
+                    break;
+                }
+                ASSERT_EQ(status, zr_err_out_of_memory) << way.name << ", allocation " << n;
+                ASSERT_TRUE(out.length == 7 && out.data == &untouched);
+                ASSERT_EQ(watched.live(), 0u) << way.name << ", allocation " << n;
+                const std::string line = printed.take();
+                ASSERT_TRUE(is_memory_line(line)) << line;
+            }
+        }
+    });
+}
+
+// A text that finds no memory is null, and that is no failure: gives it the text that it should have.
+size_t complete_texts(structure& original, structure& copy) {
+    const std::vector<char**> expected = texts_of(original.type(), original.get());
+    const std::vector<char**> found = texts_of(copy.type(), copy.get());
+    size_t missing = 0;
+    for (size_t i = 0; i < found.size() && i < expected.size(); ++i) {
+        if (*found[i] != nullptr) continue;
+        ++missing;
+        *found[i] = copy_text(*expected[i] != nullptr ? *expected[i] : "");
+    }
+    return missing;
+}
+
+TEST(records_out_of_memory, decoding) {
+    static size_t null_texts = 0;
+    each_record(22, [](structure& original) {
+        envelope in(encode(entry_points, original).ber);
+        for (const route& way : all_routes) {
+            structure copy(original.type());
+            allocations watched;
+            caught_stderr printed;
+            bool failed = true;
+            for (size_t n = 1; failed; ++n) {
+                zr_asn_buffer_t buffer = in.buffer();
+                watched.fail_allocation(n);
+                const int status = way.decode(original.type(), buffer, copy.get());
+                failed = watched.failed();
+                watched.fail_allocation(0);
+                const std::string fault = [&]() -> std::string {
+                    const std::string line = printed.take();
+                    if (status != 0 && (!failed || status != zr_err_out_of_memory || !is_memory_line(line)))
+                        return std::to_string(status) + " " + line;
+                    if (status != 0) return "";
+                    const size_t missing = complete_texts(original, copy);
+                    null_texts += missing;
+                    if (missing > (failed ? 1u : 0u) || !line.empty()) return "texts are missing " + line;
+                    return difference(original.type(), original.get(), copy.get());
+                }();
+                ASSERT_EQ(fault, "") << way.name << ", allocation " << n;
+                ASSERT_EQ(leftover_of_free(copy), "") << way.name << ", allocation " << n;
+                ASSERT_EQ(watched.live(), 0u) << way.name << ", allocation " << n;
+            }
+        }
+    });
+    EXPECT_GT(null_texts, 100u);
+}
+
+}  // namespace
+}  // namespace zr_test
