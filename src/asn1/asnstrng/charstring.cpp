@@ -19,6 +19,11 @@ zr_r_buffer_t cursor_over(char* text) {
 zr_asn_charstring::zr_asn_charstring(security_t secure) : zr_asn_octetstring(secure) { set_type_name("CHARstring"); }
 zr_asn_charstring::~zr_asn_charstring() = default;
 
+void zr_asn_charstring::set_kind(const char* type_name, unsigned int codeset) {
+    set_type_name(type_name);
+    set_codeset(codeset);
+}
+
 int zr_asn_charstring::set_tag(unsigned int tag) { return set_codeset(tag); }
 int zr_asn_charstring::is_polymorphic() const { return 1; }
 

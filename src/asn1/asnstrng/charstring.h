@@ -86,6 +86,9 @@ public:
     int convert2UTF8(zr_buffer_t& out) const;
 
 protected:
+    // What every concrete constructor states.
+    void set_kind(const char* type_name, unsigned int codeset);
+
     // A text and its code set.
     struct text_source {
         zr_r_buffer_t text;

@@ -1,43 +1,22 @@
 #include "asn1/asnstrng/string_types.h"
 
-zr_asn_ia5String::zr_asn_ia5String(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("IA5string");
-    zr_asn_ia5String::set_codeset(zr_ia5);
-}
-
+zr_asn_ia5String::zr_asn_ia5String(security_t secure) : zr_asn_charstring(secure) { set_kind("IA5string", zr_ia5); }
 zr_asn_printableString::zr_asn_printableString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("PRINTABLEstring");
-    zr_asn_printableString::set_codeset(zr_printable);
+    set_kind("PRINTABLEstring", zr_printable);
 }
-
 zr_asn_visibleString::zr_asn_visibleString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("VISIBLEstring");
-    zr_asn_visibleString::set_codeset(zr_visible);
+    set_kind("VISIBLEstring", zr_visible);
 }
-
 zr_asn_teletexString::zr_asn_teletexString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("TELETEXstring");
-    zr_asn_teletexString::set_codeset(zr_t61);
+    set_kind("TELETEXstring", zr_t61);
 }
-
-zr_asn_bmpString::zr_asn_bmpString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("BMPstring");
-    zr_asn_bmpString::set_codeset(zr_bmp);
-}
-
+zr_asn_bmpString::zr_asn_bmpString(security_t secure) : zr_asn_charstring(secure) { set_kind("BMPstring", zr_bmp); }
 zr_asn_universalString::zr_asn_universalString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("UNIVERSALstring");
-    zr_asn_universalString::set_codeset(zr_universal);
+    set_kind("UNIVERSALstring", zr_universal);
 }
-
-zr_asn_UTF8String::zr_asn_UTF8String(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("UTF8string");
-    zr_asn_UTF8String::set_codeset(zr_utf8);
-}
-
+zr_asn_UTF8String::zr_asn_UTF8String(security_t secure) : zr_asn_charstring(secure) { set_kind("UTF8string", zr_utf8); }
 zr_asn_directoryString::zr_asn_directoryString(security_t secure) : zr_asn_charstring(secure) {
-    set_type_name("DIRECTORYstring");
-    zr_asn_directoryString::set_codeset(zr_printable);
+    set_kind("DIRECTORYstring", zr_printable);
 }
 
 zr_asn_ia5String::~zr_asn_ia5String() = default;
