@@ -9,9 +9,9 @@ JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 
 tested := release asan x86
-packages_release := g++ cmake ninja-build googletest pkg-config locales
-packages_x86 := g++-multilib cmake ninja-build googletest locales
-packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest locales
+packages_release := g++ cmake ninja-build googletest nlohmann-json3-dev pkg-config locales
+packages_x86 := g++-multilib cmake ninja-build googletest nlohmann-json3-dev locales
+packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest nlohmann-json3-dev locales
 packages_fuzz := $(packages_asan)
 packages_tidy := clang-tidy
 packages_format := clang-format git

@@ -183,7 +183,7 @@ size_t levels_of(const ejauditelement_s_t& top) {
 template <class S>
 class deep_records : public testing::Test {};
 using deep_types = testing::Types<namevalue_s_t, ejauditelement_s_t>;
-TYPED_TEST_SUITE(deep_records, deep_types);
+TYPED_TEST_SUITE(deep_records, deep_types, );
 
 // The object tree follows 2,000 records outwards and 2,000 nested SEQUENCEs, two for each record, inwards.
 TYPED_TEST(deep_records, the_object_tree_refuses_what_it_does_not_follow) {
