@@ -94,7 +94,7 @@ int zr_asn_choice::select(unsigned int index) {
     return 0;
 }
 
-int zr_asn_choice::check_encode_flags(int valid) const { return zr_asn_object::check_encode_flags(valid); }
+int zr_asn_choice::check_encode_flags(int valid) const { return zr_asn_composite::check_encode_flags(valid); }
 
 int zr_asn_choice::check_encode_flags() const {
     if (is_encoding_valid() == 0) return 1;
@@ -103,7 +103,8 @@ int zr_asn_choice::check_encode_flags() const {
 }
 
 int zr_asn_choice::display_state_flags(zr_buffer_t& output, int indent) const {
-    zr_asn_object::display_state_flags(output, indent);
+    // The object's own line; the composite would list the alternatives too.
+    zr_asn_object::display_state_flags(output, indent);  // NOLINT(bugprone-parent-virtual-call)
     const unsigned int count = zr_asn_composite::get_child_count();
     for (unsigned int i = 0; i < count; ++i) {
         const zr_asn_object* shown = get_child(i);
