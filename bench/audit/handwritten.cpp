@@ -27,24 +27,24 @@ BENCH_INLINE void blocks(Visitor& visit, ejauditattribute_s_t& attribute) {
 }
 
 template <class Sink>
-Sink put_element(Sink to, const ejauditelement_s_t& element);
+typename Sink::mark put_element(Sink to, const ejauditelement_s_t& element);
 
 template <class Sink>
 BENCH_INLINE void put(Sink& to, const ejauditelement_s_t& element) {
-    to = put_element(to, element);
+    to.go_on(put_element(to, element));
 }
 
 template <class Sink>
-Sink put_element(Sink to, const ejauditelement_s_t& element) {
+typename Sink::mark put_element(Sink to, const ejauditelement_s_t& element) {
     const auto end = to.here();
     put_list(to, element.elements, element.element_count);
     put_list(to, element.attrs, element.attr_count);
     const measured name(element.name);
-    if (!to.room(name.length + element.length + 3 * header_room)) return to;
+    if (!to.room(name.length + element.length + 3 * header_room)) return to.here();
     to.octets(element.data, element.length);
     to.text(name);
     to.header(tag_sequence, end);
-    return to;
+    return to.here();
 }
 
 constexpr unsigned most_levels = 1000;

@@ -18,6 +18,8 @@ public:
     reader(const unsigned char* data, size_t length) : at_(data), end_(data + length) {}
 
     BENCH_INLINE size_t length() const { return static_cast<size_t>(end_ - at_); }
+    const unsigned char* begin() const { return at_; }
+    const unsigned char* end() const { return end_; }
     BENCH_INLINE bool at_end() const { return at_ == end_; }
     BENCH_INLINE bool next_is(unsigned char tag) const { return at_ != end_ && *at_ == tag; }
 

@@ -2,6 +2,7 @@
 // to first, over a sink: the writers put octets in front of those that are already there, `measure` only counts.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -76,7 +77,10 @@ public:
     explicit writer(unsigned char* end) : at_(end) {}
 
     BENCH_INLINE bool room(size_t) { return true; }
+    // A function that is not inlined takes the writer by value and returns here(), with which its caller goes on: so
+    // both have what they work on in registers.
     BENCH_INLINE mark here() const { return at_; }
+    BENCH_INLINE void go_on(mark at) { at_ = at; }
     // header closes what was written since `end`, as the contents of one value.
     BENCH_INLINE void header(unsigned char tag, mark end) { header(tag, static_cast<size_t>(end - at_)); }
 
@@ -127,13 +131,14 @@ class bounded_writer : public writer {
 public:
     bounded_writer(unsigned char* begin, unsigned char* end) : writer(end), begin_(begin) {}
 
-    // room says whether `n` more octets fit, without which nothing may be written. Once it has said no it says no again.
+    // room says whether `n` more octets fit, without which nothing may be written. Once it has said no it says no
+    // again. One octet in front of `begin` must exist.
     BENCH_INLINE bool room(size_t n) {
-        if (n <= static_cast<size_t>(at_ - begin_)) return true;
-        at_ = begin_ = nullptr;
+        if (static_cast<std::ptrdiff_t>(n) <= at_ - begin_) return true;
+        at_ = begin_ - 1;
         return false;
     }
-    bool full() const { return at_ == nullptr; }
+    bool full() const { return at_ < begin_; }
 
 private:
     unsigned char* begin_;
@@ -145,6 +150,7 @@ public:
 
     BENCH_INLINE bool room(size_t) { return true; }
     BENCH_INLINE mark here() const { return length_; }
+    BENCH_INLINE void go_on(mark at) { length_ = at; }
     BENCH_INLINE void header(unsigned char, mark end) { length_ += header_length(length_ - end); }
     BENCH_INLINE void integer(int32_t value) { length_ += 2 + integer_length(value); }
     BENCH_INLINE void text(const measured& value) { length_ += value.length + header_length(value.length); }

@@ -99,18 +99,18 @@ BENCH_INLINE void blocks(Visitor& visit, attr_s_t& attr) {
     list_blocks(visit, attr.value_count, attr.values);
 }
 
-// Requests hold several lists: these are calls. What they work on stays in registers, so it goes in and out by value.
+// Requests hold several lists, so these are calls.
 template <class Sink>
-[[gnu::noinline]] Sink put_attributes(Sink to, const attrlist_s_t& list) {
+[[gnu::noinline]] typename Sink::mark put_attributes(Sink to, const attrlist_s_t& list) {
     const auto end = to.here();
     put_list(to, list.attrs, list.attr_count);
     if (to.room(header_room)) to.header(tag_sequence, end);
-    return to;
+    return to.here();
 }
 
 template <class Sink>
 BENCH_INLINE void put(Sink& to, const attrlist_s_t& list) {
-    to = put_attributes(to, list);
+    to.go_on(put_attributes(to, list));
 }
 
 inline bool get_contents(reader in, attrlist_s_t& list) {

@@ -76,24 +76,24 @@ public:
 
     std::string accept(octets reference) override {
         if (!Codec::enveloped) reference = {reference.data + envelope_length, reference.length - envelope_length};
-        input_.assign(reinterpret_cast<const char*>(reference.data), reference.length);
+        reference_.assign(reinterpret_cast<const char*>(reference.data), reference.length);
         std::string encoding;
         prepare();
         const bool encoded = encoding_of(record_, encoding);
         finish();
         if (!encoded) return "does not encode";
-        if (Codec::same && encoding != input_) return "encodes other octets";
+        if (Codec::same && encoding != reference_) return "encodes other octets";
 
         input_ = encoding;
         typename Codec::value value{};
-        if (!Codec::decode(input(), value)) return "does not decode";
+        if (!Codec::decode(view(input_), value)) return "does not decode";
         const bool again = encoding_of(value, encoding);
         Codec::release(value);
         return again && encoding == input_ ? "" : "decodes other values";
     }
 
     size_t encoded_length() const override { return input_.size(); }
-    void prepare() override { Codec::make(record_, input()); }
+    void prepare() override { Codec::make(record_, view(reference_)); }
     void finish() override { Codec::unmake(record_); }
 
     void encode(size_t times) override {
@@ -108,14 +108,14 @@ public:
     void decode(size_t times) override {
         for (; times != 0; --times) {
             typename Codec::value value{};
-            Codec::decode(input(), value);
+            Codec::decode(view(input_), value);
             keep(&value);
             Codec::release(value);
         }
     }
 
 private:
-    octets input() const { return {reinterpret_cast<const unsigned char*>(input_.data()), input_.size()}; }
+    static octets view(const std::string& s) { return {reinterpret_cast<const unsigned char*>(s.data()), s.size()}; }
 
     static bool encoding_of(typename Codec::value& value, std::string& encoding) {
         typename Codec::block block{};
@@ -125,7 +125,8 @@ private:
         return true;
     }
 
-    std::string input_;
+    std::string reference_;
+    std::string input_;  // the peer's own encoding
     typename Codec::value record_{};
 };
 

@@ -1,0 +1,7 @@
+#include "bench/peers/snacc.h"
+
+namespace bench {
+
+static codec_peer<snacc_codec<Acl, BEncAcl, BDecAcl>> peer("acl", snacc);
+
+}  // namespace bench
