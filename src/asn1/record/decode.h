@@ -11,13 +11,15 @@ namespace zr {
 // read_record reads one SEQUENCE into a structure that is all zero. Whatever it returns or throws, the structure then
 // holds what was read, and release_record releases it: counts are raised before their elements are read into, so that
 // nothing is out of reach. Returns a status of the object tree or beyond_structure; throws zr_asn_memexception.
+//
+// Everything is inlined into one function for each record with lists.
 template <class S>
 int read_record(input& in, S& out);
 
 // The array of a list that is being read is made for the elements that their headers promise, and grows when there are
 // more. R is the type of an array element.
 template <class R>
-void resize_array(void*& array, size_t capacity, const char* file) {
+ZR_INLINE void resize_array(void*& array, size_t capacity, const char* file) {
     void* block = nullptr;
     if (capacity <= SIZE_MAX / sizeof(R))
         block = array == nullptr ? std::malloc(capacity * sizeof(R)) : std::realloc(array, capacity * sizeof(R));
@@ -27,10 +29,10 @@ void resize_array(void*& array, size_t capacity, const char* file) {
 
 // How many elements to make room for: as many as there are headers, but no more than the octets can hold.
 template <size_t MinOctets>
-size_t promised_elements(const input& in, const scope& entered) {
+ZR_INLINE size_t promised_elements(const input& in, const scope& entered) {
     if (entered.indefinite || in.at == in.end) return 0;
     const size_t most = in.left() / MinOctets + 1;
-    const size_t counted = count_elements(in);
+    const size_t counted = count_elements(in.at, in.end);
     return counted < most ? counted : most;
 }
 
@@ -56,25 +58,24 @@ constexpr size_t min_element_octets() {
 
 // A list that has been entered and is being read.
 template <class S, size_t I>
-class list_reader {
+struct list_reader {
     using F = field_type<S, I>;
     using element = array_element<F>;
     using C = typename F::count_type;
 
-public:
     // Makes room for the elements that are ahead.
-    list_reader(const input& in, const scope& entered, S& out)
-        : capacity_(promised_elements<min_element_octets<S, I>()>(in, entered)) {
-        if (capacity_ != 0) resize_array<element>(array(out), capacity_, record<S>::module);
+    ZR_INLINE void make_room(const input& in, const scope& entered, S& out) {
+        capacity = promised_elements<min_element_octets<S, I>()>(in, entered);
+        if (capacity != 0) resize_array<element>(array(out), capacity, record<S>::module);
     }
     // A new element, counted and zeroed; null when the count cannot hold it.
-    element* add(S& out) {
+    ZR_INLINE element* add(S& out) {
         C& count = member_at<C>(out, field_count_offset<S, I>);
         if (count == static_cast<C>(-1)) return nullptr;
-        if (count == capacity_) {
-            const size_t capacity = capacity_ < 4 ? 8 : capacity_ * 2;
-            resize_array<element>(array(out), capacity, record<S>::module);
-            capacity_ = capacity;
+        if (count == capacity) {
+            const size_t grown = capacity < 4 ? 8 : capacity * 2;
+            resize_array<element>(array(out), grown, record<S>::module);
+            capacity = grown;
         }
         element* place = static_cast<element*>(array(out)) + count;
         std::memset(static_cast<void*>(place), 0, sizeof *place);
@@ -82,7 +83,7 @@ public:
         return place;
     }
     // The structure of a new element, in the array or in a block of its own; null when the count cannot hold it.
-    auto* add_record(S& out) {
+    ZR_INLINE auto* add_record(S& out) {
         element* place = add(out);
         if constexpr (F::kind == field_kind::list_of_pointers) {
             if (place == nullptr) return element{};
@@ -94,25 +95,52 @@ public:
         }
     }
     // Gives back what growing has left over.
-    void finish(S& out) {
+    ZR_INLINE void finish(S& out) {
         const size_t count = member_at<C>(out, field_count_offset<S, I>);
-        if (count == capacity_) return;
+        if (count == capacity) return;
         void* shrunk = std::realloc(array(out), count * sizeof(element));
         if (shrunk != nullptr) array(out) = shrunk;
     }
 
-private:
     static void*& array(S& out) { return member_at<void*>(out, field_offset<S, I>); }
 
-    size_t capacity_;
+    size_t capacity = 0;
 };
 
+// A few integers are read before their number is known: that is quicker than counting them first. `capacity` gets what
+// there is room for then.
 template <class S, size_t I>
-int read_list(input& in, S& out) {
+ZR_INLINE int read_first_integers(input& in, const scope& entered, S& out, size_t& capacity) {
+    using F = field_type<S, I>;
+    using T = typename F::value_type;
+    constexpr size_t most = 32;
+    T first[most];
+    size_t count = 0;
+    while (count < most && !at_end(in, entered)) {
+        int32_t value = 0;
+        if (int status = read_integer(in, value)) return status;
+        first[count++] = static_cast<T>(value);
+    }
+    if (count == 0) return 0;
+    capacity = count + promised_elements<2>(in, entered);
+    void*& array = member_at<void*>(out, field_offset<S, I>);
+    resize_array<T>(array, capacity, record<S>::module);
+    std::memcpy(array, first, count * sizeof(T));
+    member_at<typename F::count_type>(out, field_count_offset<S, I>) = static_cast<typename F::count_type>(count);
+    return 0;
+}
+
+template <class S, size_t I>
+ZR_INLINE int read_list(input& in, S& out) {
     using F = field_type<S, I>;
     scope entered{};
     if (int status = enter_sequence(in, entered)) return status;
-    list_reader<S, I> list(in, entered, out);
+    list_reader<S, I> list;
+    if constexpr (F::kind == field_kind::list_of_integers) {
+        if (int status = read_first_integers<S, I>(in, entered, out, list.capacity)) return status;
+    } else {
+        list.make_room(in, entered, out);
+    }
     while (!at_end(in, entered)) {
         int status = beyond_structure;
         if constexpr (F::kind == field_kind::list_of_texts) {
@@ -134,12 +162,16 @@ int read_list(input& in, S& out) {
 
 // Positions behind the last slot are read and checked like the others, and dropped.
 template <class S, size_t I>
-int read_slots(input& in, S& out) {
+ZR_INLINE int read_slots(input& in, S& out) {
     using R = typename field_type<S, I>::value_type;
     scope entered{};
     if (int status = enter_sequence(in, entered)) return status;
     for (uint32_t i = 0; !at_end(in, entered); ++i) {
-        if (in.at[0] != id_sequence && skip_null_slow(in)) continue;
+        if (in.at[0] != id_sequence) {
+            const unsigned char* before = in.at;
+            in.move_to(skip_null_slow(in.at, in.end));
+            if (in.at != before) continue;
+        }
         int status = 0;
         if (i < field_size<S, I>) {
             R*& slot = (&member_at<R*>(out, field_offset<S, I>))[i];
@@ -157,7 +189,7 @@ int read_slots(input& in, S& out) {
 }
 
 template <class S, size_t I>
-int read_field(input& in, S& out) {
+ZR_INLINE int read_field(input& in, S& out) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
     constexpr size_t offset = field_offset<S, I>;
@@ -172,7 +204,7 @@ int read_field(input& in, S& out) {
         return read_octets(in, member_at<unsigned char*>(out, offset),
                            member_at<uint32_t>(out, field_count_offset<S, I>), record<S>::module);
     } else if constexpr (F::kind == field_kind::fixed_octets) {
-        return read_fixed_octets(in, &member_at<unsigned char>(out, offset), field_size<S, I>);
+        return read_fixed_octets<field_size<S, I>>(in, &member_at<unsigned char>(out, offset));
     } else if constexpr (F::kind == field_kind::nested) {
         return read_record(in, member_at<T>(out, offset));
     } else if constexpr (F::kind == field_kind::optional_nested) {
@@ -189,7 +221,7 @@ int read_field(input& in, S& out) {
 }
 
 template <class S, size_t... I>
-int read_fields(input& in, S& out, std::index_sequence<I...>) {
+ZR_INLINE int read_fields(input& in, S& out, std::index_sequence<I...>) {
     int status = 0;
     static_cast<void>((((status = read_field<S, I>(in, out)) == 0) && ...));
     return status;
@@ -197,7 +229,7 @@ int read_fields(input& in, S& out, std::index_sequence<I...>) {
 
 // A record that contains itself: each open level keeps its place on a work list.
 template <class S>
-int read_nested_records(input& in, S& root) {
+ZR_INLINE int read_nested_records(input& in, S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct level {
         S* node;
@@ -212,7 +244,9 @@ int read_nested_records(input& in, S& root) {
         if (int status = enter_sequence(in, node_scope)) return status;
         if (int status = read_fields(in, *node, std::make_index_sequence<own>())) return status;
         if (int status = enter_sequence(in, list_scope)) return status;
-        open.push({node, node_scope, list_scope, list_reader<S, own>(in, list_scope, *node)}, record<S>::module);
+        list_reader<S, own> list;
+        list.make_room(in, list_scope, *node);
+        open.push({node, node_scope, list_scope, list}, record<S>::module);
         // Close what ends here, up to a list with another element.
         while (at_end(in, open.top().list_scope)) {
             level& ended = open.top();
@@ -228,15 +262,34 @@ int read_nested_records(input& in, S& root) {
 }
 
 template <class S>
-[[gnu::noinline]] int read_record(input& in, S& out) {
+ZR_INLINE int read_plain_record(input& in, S& out) {
+    scope entered{};
+    if (int status = enter_sequence(in, entered)) return status;
+    if (int status = read_fields(in, out, std::make_index_sequence<field_count_of<S>>())) return status;
+    return leave_sequence(in, entered);
+}
+
+// The cursor behind the record; after a failure `at` is null and `end` carries the status, so that both fit registers.
+template <class S>
+[[gnu::noinline]] input read_outlined_record(const unsigned char* at, const unsigned char* end, S& out) {
+    input in{at, end};
+    int status = 0;
     if constexpr (contains_itself<S>()) {
-        return read_nested_records(in, out);
+        status = read_nested_records(in, out);
     } else {
-        scope entered{};
-        if (int status = enter_sequence(in, entered)) return status;
-        if (int status = read_fields(in, out, std::make_index_sequence<field_count_of<S>>())) return status;
-        return leave_sequence(in, entered);
+        status = read_plain_record(in, out);
     }
+    if (__builtin_expect(status != 0, 0)) return {nullptr, reinterpret_cast<const unsigned char*>(intptr_t{status})};
+    return in;
+}
+
+template <class S>
+ZR_INLINE int read_record(input& in, S& out) {
+    if constexpr (is_leaf<S>()) return read_plain_record(in, out);
+    const input behind = read_outlined_record(in.at, in.end, out);
+    if (__builtin_expect(behind.at == nullptr, 0)) return static_cast<int>(reinterpret_cast<intptr_t>(behind.end));
+    in.move_to(behind);
+    return 0;
 }
 
 }  // namespace zr

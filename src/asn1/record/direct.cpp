@@ -3,13 +3,11 @@
 #include <cstdlib>
 #include <memory>
 
-#include "asn1/record/tree.h"
-
 namespace zr {
 
 namespace {
 
-constexpr size_t scratch_octets = 8192;
+constexpr size_t scratch_octets = 32768;
 constexpr unsigned char header[] = {4, envelope_version, 0xAC, 0xDC};
 
 struct block_deleter {
@@ -53,23 +51,11 @@ int encode_large(zr_asn_buffer_t& out, const void* in, const direct_codec& codec
     return hand_out(out, std::move(encoding), length);
 }
 
-// Places `contents` on the record in an envelope (zr_asnbase::loadObject).
-int open_envelope(const zr_asn_buffer_t& in, input& contents) {
-    const unsigned char* data = in.data;
-    if (data == nullptr || in.length <= sizeof header || data[1] != header[1] || data[2] != header[2] ||
-        data[3] != header[3])
-        return zr_err_bad_envelope;
-    const unsigned int skip = data[0];
-    if (skip == 0 || skip > in.length) return zr_err_bad_envelope;
-    contents = {data + skip, data + in.length};
-    return 0;
-}
-
 }  // namespace
 
 int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
     return guarded([&] {
-        if (codec.least(in) <= scratch_octets && encode_small(out, in, codec)) return 0;
+        if ((codec.least == nullptr || codec.least(in) <= scratch_octets) && encode_small(out, in, codec)) return 0;
         return encode_large(out, in, codec);
     });
 }

@@ -3,6 +3,7 @@
 
 #include "asn1/record/decode.h"
 #include "asn1/record/encode.h"
+#include "asn1/record/tree.h"
 #include "asn1/zr_asn_buffer.h"
 
 namespace zr {
@@ -10,6 +11,7 @@ namespace zr {
 // A record's direct codec on an untyped structure; what all records do with it stands once, in direct.cpp.
 struct direct_codec {
     const record_type* type;
+    // A lower bound of the octets from the lists' counts alone; null for a record without lists.
     uint64_t (*least)(const void* in);
     bool (*write)(writer& sink, const void* in);
     void (*count)(counter& sink, const void* in);
@@ -20,9 +22,10 @@ struct direct_codec {
 template <class S>
 constexpr direct_codec codec_of = {
     &record<S>::type,
-    [](const void* in) {
-        return least_octets(*static_cast<const S*>(in), std::make_index_sequence<field_count_of<S>>());
-    },
+    is_leaf<S>()
+        ? nullptr
+        : +[](const void*
+                  in) { return least_octets(*static_cast<const S*>(in), std::make_index_sequence<field_count_of<S>>()); },
     [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
     [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
     [](input& in, void* out) { return read_record(in, *static_cast<S*>(out)); },
@@ -38,5 +41,32 @@ ZR_API int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_c
 // decode_structure fills `out` from an envelope; `made` is room for one more such structure. When the octets are
 // refused `out` is as it was; when memory is out, which is reported, it is cleared.
 ZR_API int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_codec& codec);
+
+// Places `contents` on the record in an envelope, or returns 275063190 (zr_asnbase::loadObject).
+inline int open_envelope(const zr_asn_buffer_t& in, input& contents) {
+    const unsigned char* data = in.data;
+    if (data == nullptr || in.length <= 4 || data[1] != envelope_version || data[2] != 0xAC || data[3] != 0xDC)
+        return zr_err_bad_envelope;
+    const unsigned int skip = data[0];
+    if (skip == 0 || skip > in.length) return zr_err_bad_envelope;
+    contents = {data + skip, data + in.length};
+    return 0;
+}
+
+// A structure without blocks needs neither memory nor release.
+template <class S>
+int decode_structure(zr_asn_buffer_t& in, S& out) {
+    if constexpr (is_flat<S>()) {
+        input contents{};
+        if (int status = open_envelope(in, contents)) return status;
+        S made;
+        if (int status = read_record(contents, made)) return status;
+        out = made;
+        return 0;
+    } else {
+        alignas(S) unsigned char made[sizeof(S)];
+        return decode_structure(in, &out, made, codec_of<S>);
+    }
+}
 
 }  // namespace zr

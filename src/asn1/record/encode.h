@@ -9,9 +9,10 @@
 
 namespace zr {
 
-// write_record writes one structure as SEQUENCE before what the sink has. False when a writer's block has no room; what
-// it holds then is of no use. Throws zr_asn_memexception ("ASN: Memory error") for a null element in an array of
-// pointers.
+// write_record writes one structure as SEQUENCE before what the sink has. False when the sink has failed. Throws
+// zr_asn_memexception ("ASN: Memory error") for a null element in an array of pointers.
+//
+// Everything is inlined into one function for each record with lists.
 template <class Sink, class S>
 bool write_record(Sink& sink, const S& in);
 
@@ -38,7 +39,7 @@ template <class S>
 constexpr size_t fixed_octets_of = sum_fixed_octets<S>(std::make_index_sequence<field_count_of<S>>());
 
 template <class Sink>
-bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t length, size_t reserve) {
+ZR_INLINE bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t length, size_t reserve) {
     if (!sink.room(uint64_t{length} + reserve)) return false;
     sink.octets(data, length);
     sink.header(identifier, length);
@@ -46,7 +47,7 @@ bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t
 }
 
 template <class Sink>
-bool write_text(Sink& sink, const char* text, size_t reserve) {
+ZR_INLINE bool write_text(Sink& sink, const char* text, size_t reserve) {
     return write_octets(sink, id_utf8_string, text, text != nullptr ? std::strlen(text) : 0, reserve);
 }
 
@@ -72,7 +73,7 @@ uint32_t list_count(const S& in) {
 }
 
 template <class Sink, class S, size_t I>
-bool write_list(Sink& sink, const S& in) {
+ZR_INLINE bool write_list(Sink& sink, const S& in) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
     constexpr size_t reserve = fixed_octets_of<S>;
@@ -94,7 +95,7 @@ bool write_list(Sink& sink, const S& in) {
 
 // Empty slots before the last used one are written as NULL, so that the positions survive.
 template <class Sink, class S, size_t I>
-bool write_slots(Sink& sink, const S& in) {
+ZR_INLINE bool write_slots(Sink& sink, const S& in) {
     using R = typename field_type<S, I>::value_type;
     R* const* slots = &member_at<R*>(in, field_offset<S, I>);
     const auto end = sink.position();
@@ -114,7 +115,7 @@ bool write_slots(Sink& sink, const S& in) {
 }
 
 template <class Sink, class S, size_t I>
-bool write_field(Sink& sink, const S& in) {
+ZR_INLINE bool write_field(Sink& sink, const S& in) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
     constexpr size_t offset = field_offset<S, I>;
@@ -146,13 +147,13 @@ bool write_field(Sink& sink, const S& in) {
 
 // The first sizeof...(I) fields, backwards.
 template <class Sink, class S, size_t... I>
-bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) {
+ZR_INLINE bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) {
     return (write_field<Sink, S, sizeof...(I) - 1 - I>(sink, in) && ...);
 }
 
 // A record that contains itself: the last element of the list first, each with all that is below it.
 template <class Sink, class S>
-bool write_nested_records(Sink& sink, const S& root) {
+Sink write_nested_records(Sink sink, const S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct entry {
         const S* node;
@@ -160,34 +161,55 @@ bool write_nested_records(Sink& sink, const S& root) {
         typename Sink::mark end;
     };
     work_list<entry> open;
-    open.push({&root, list_count<S, own>(root), sink.position()}, record<S>::module);
+    const S* node = &root;
     for (;;) {
-        entry& top = open.top();
-        if (top.left != 0) {
-            const S& element = list_element<S, own>(*top.node, --top.left);
-            open.push({&element, list_count<S, own>(element), sink.position()}, record<S>::module);
-            continue;
+        const uint32_t count = list_count<S, own>(*node);
+        auto end = sink.position();
+        if (count != 0) {
+            open.push({node, count, end}, record<S>::module);
+        } else {
+            // Nothing below it: the node is written, and each that is complete with it.
+            for (;;) {
+                if (!sink.room(fixed_octets_of<S>)) return sink;
+                sink.header(id_sequence, sink.since(end));
+                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return sink;
+                sink.header(id_sequence, sink.since(end));
+                if (open.empty()) return sink;
+                if (open.top().left != 0) break;
+                node = open.top().node;
+                end = open.top().end;
+                open.pop();
+            }
         }
-        if (!sink.room(fixed_octets_of<S>)) return false;
-        sink.header(id_sequence, sink.since(top.end));
-        if (!write_fields(sink, *top.node, std::make_index_sequence<own>())) return false;
-        sink.header(id_sequence, sink.since(top.end));
-        open.pop();
-        if (open.empty()) return true;
+        entry& top = open.top();
+        node = &list_element<S, own>(*top.node, --top.left);
     }
 }
 
 template <class Sink, class S>
-[[gnu::noinline]] bool write_record(Sink& sink, const S& in) {
+ZR_INLINE bool write_plain_record(Sink& sink, const S& in) {
+    if (!sink.room(fixed_octets_of<S>)) return false;
+    const auto end = sink.position();
+    if (!write_fields(sink, in, std::make_index_sequence<field_count_of<S>>())) return false;
+    sink.header(id_sequence, sink.since(end));
+    return true;
+}
+
+template <class Sink, class S>
+[[gnu::noinline]] Sink write_outlined_record(Sink sink, const S& in) {
     if constexpr (contains_itself<S>()) {
         return write_nested_records(sink, in);
     } else {
-        if (!sink.room(fixed_octets_of<S>)) return false;
-        const auto end = sink.position();
-        if (!write_fields(sink, in, std::make_index_sequence<field_count_of<S>>())) return false;
-        sink.header(id_sequence, sink.since(end));
-        return true;
+        write_plain_record(sink, in);
+        return sink;
     }
+}
+
+template <class Sink, class S>
+ZR_INLINE bool write_record(Sink& sink, const S& in) {
+    if constexpr (is_leaf<S>()) return write_plain_record(sink, in);
+    sink = write_outlined_record(sink, in);
+    return !sink.failed();
 }
 
 // A lower bound of what the lists of a structure take, from their counts alone.

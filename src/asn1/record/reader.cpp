@@ -11,10 +11,7 @@ zr_r_buffer_t cursor_of(const input& in) {
     return {const_cast<unsigned char*>(in.at), static_cast<unsigned int>(in.left())};
 }
 
-void move_to(input& in, const zr_r_buffer_t& cursor) {
-    in.at = cursor.current();
-    in.end = in.at + cursor.remaining();
-}
+input input_of(const zr_r_buffer_t& cursor) { return {cursor.current(), cursor.current() + cursor.remaining()}; }
 
 constexpr unsigned int primitive = 1;
 constexpr unsigned int constructed = 2;
@@ -93,7 +90,7 @@ int read_string(input& in, unsigned int tag, Place&& place) {
     if (value.is_indefinite) {
         if (int status = skip_end_of_contents(cursor)) return status;
     }
-    move_to(in, cursor);
+    in = input_of(cursor);
     return 0;
 }
 
@@ -109,81 +106,77 @@ int32_t integer_contents(const unsigned char* octets, unsigned int length) {
 
 }  // namespace
 
-int enter_sequence_slow(input& in, scope& entered) {
+slow_sequence enter_sequence_slow(const unsigned char* at, const unsigned char* end) {
+    const input in{at, end};
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
-    if (int status = read_header(cursor, 16, constructed | indefinite, value)) return status;
-    entered.indefinite = value.is_indefinite;
-    entered.after = cursor.remaining() - value.length;
-    move_to(in, cursor);
-    if (!value.is_indefinite) in.end = in.at + value.length;
-    return 0;
+    if (int status = read_header(cursor, 16, constructed | indefinite, value)) return {{status, in}, {}};
+    slow_sequence read{{0, input_of(cursor)}, {cursor.remaining() - value.length, value.is_indefinite}};
+    if (!value.is_indefinite) read.in.end = read.in.at + value.length;
+    return read;
 }
 
-int leave_indefinite(input& in) {
-    if (!ends_slow(in)) return zr_err_bad_contents;
-    in.at += 2;
-    return 0;
-}
+bool ends_slow(const unsigned char* at, const unsigned char* end) { return end - at >= 2 && at[0] == 0 && at[1] == 0; }
 
-bool ends_slow(const input& in) { return in.left() >= 2 && in.at[0] == 0 && in.at[1] == 0; }
-
-bool next_is_sequence_slow(const input& in) {
+bool next_is_sequence_slow(const unsigned char* at, const unsigned char* end) {
+    const input in{at, end};
     zr_r_buffer_t cursor = cursor_of(in);
     ber_header header{};
     return read_identifier(cursor, header) == 0 && header.tag == 16 && header.cls == 0;
 }
 
-bool skip_null_slow(input& in) {
+input skip_null_slow(const unsigned char* at, const unsigned char* end) {
+    const input in{at, end};
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
-    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return false;
-    move_to(in, cursor);
-    return true;
+    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return in;
+    return input_of(cursor);
 }
 
-int read_integer_slow(input& in, int32_t& value) {
+slow_integer read_integer_slow(const unsigned char* at, const unsigned char* end) {
+    const input in{at, end};
     zr_r_buffer_t cursor = cursor_of(in);
     value_header header{};
-    if (int status = read_header(cursor, 2, primitive, header)) return status;
+    if (int status = read_header(cursor, 2, primitive, header)) return {{status, in}, 0};
     unsigned char* octets = nullptr;
-    if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
-    move_to(in, cursor);
-    value = integer_contents(octets, header.length);
-    return 0;
+    if (!cursor.take(header.length, octets)) return {{zr_err_data_ends_early, in}, 0};
+    return {{0, input_of(cursor)}, integer_contents(octets, header.length)};
 }
 
-int read_text_slow(input& in, char*& text) {
-    return read_string(in, 12, [&](uint64_t length) -> string_target {
-        text = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
-        if (text == nullptr) return {nullptr, 0};
-        text[length] = 0;
-        return {text, length};
+slow_octets read_text_slow(const unsigned char* at, const unsigned char* end) {
+    slow_octets read{{0, {at, end}}, nullptr, 0};
+    read.status = read_string(read.in, 12, [&](uint64_t length) -> string_target {
+        if (length < SIZE_MAX) read.data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(length) + 1));
+        if (read.data == nullptr) return {nullptr, 0};
+        read.data[length] = 0;
+        return {read.data, length};
     });
+    return read;
 }
 
-int read_octets_slow(input& in, unsigned char*& data, uint32_t& length, unsigned char* fixed, uint32_t limit) {
+slow_octets read_octets_slow(const unsigned char* at, const unsigned char* end, unsigned char* fixed, uint32_t limit) {
+    slow_octets read{{0, {at, end}}, nullptr, 0};
     bool failed = false;
-    const int status = read_string(in, 4, [&](uint64_t count) -> string_target {
+    read.status = read_string(read.in, 4, [&](uint64_t length) -> string_target {
         if (fixed != nullptr) {
             std::memset(fixed, 0, limit);
             return {fixed, limit};
         }
-        if (count == 0) return {nullptr, 0};
-        data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(count)));
-        failed = data == nullptr;
-        length = failed ? 0 : static_cast<uint32_t>(count);
-        return {data, length};
+        if (length == 0) return {nullptr, 0};
+        read.data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(length)));
+        failed = read.data == nullptr;
+        read.length = failed ? 0 : static_cast<uint32_t>(length);
+        return {read.data, read.length};
     });
-    return status == 0 && failed ? zr_err_out_of_memory : status;
+    if (read.status == 0 && failed) read.status = zr_err_out_of_memory;
+    return read;
 }
 
-uint32_t count_elements(const input& in) {
-    const unsigned char* at = in.at;
+uint32_t count_elements(const unsigned char* at, const unsigned char* end) {
     uint32_t count = 0;
-    while (at != in.end) {
+    while (at != end) {
         ++count;
-        const auto left = static_cast<size_t>(in.end - at);
+        const auto left = static_cast<size_t>(end - at);
         if (left < 2 || (at[0] & 0x1F) == 0x1F) break;
         size_t length = at[1];
         size_t header = 2;

@@ -35,22 +35,19 @@
     ZR_API void zrAsnFreeObj(structure& s)
 
 // ZR_DEFINE_RECORD(structure) stands in the module's source.
-#define ZR_DEFINE_RECORD(structure)                                                        \
-    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>(); \
-    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) {                              \
-        return zr::encode_structure(out, &in, zr::codec_of<structure>);                    \
-    }                                                                                      \
-    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                           \
-        return zr::encode_tree(zr::record<structure>::type, zr_local_code_set, out, &in);  \
-    }                                                                                      \
-    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) {                              \
-        alignas(structure) unsigned char made[sizeof(structure)];                          \
-        return zr::decode_structure(in, &out, made, zr::codec_of<structure>);              \
-    }                                                                                      \
-    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                           \
-        return zr::decode_tree(zr::record<structure>::type, zr_local_code_set, in, &out);  \
-    }                                                                                      \
-    void zrAsnFreeObj(structure& s) { zr::release_record(s); }                             \
+#define ZR_DEFINE_RECORD(structure)                                                                   \
+    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();            \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) {                                         \
+        return zr::encode_structure(out, &in, zr::codec_of<structure>);                               \
+    }                                                                                                 \
+    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                      \
+        return zr::encode_tree(zr::record<structure>::type, zr_local_code_set, out, &in);             \
+    }                                                                                                 \
+    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_structure(in, out); } \
+    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                                      \
+        return zr::decode_tree(zr::record<structure>::type, zr_local_code_set, in, &out);             \
+    }                                                                                                 \
+    void zrAsnFreeObj(structure& s) { zr::release_record(s); }                                        \
     static_assert(true, "")
 
 // ZR_DEFINE_MODULE(module, structures...) closes the module's source: the records that the registry lists for it

@@ -14,66 +14,74 @@ namespace zr {
 template <class S>
 void release_record(S& structure);
 
-inline void free_block(void*& block) {
-    std::free(block);
-    block = nullptr;
-}
+// What is in a block that is itself released (an array's elements, a structure of its own) need not be cleared.
+enum class leave { cleared, as_is };
 
-template <class S, size_t I>
-void release_list(S& structure) {
+template <leave Left, class S>
+void release(S& structure);
+
+template <leave Left, class S, size_t I>
+ZR_INLINE void release_list(S& structure) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
     using C = typename F::count_type;
-    void*& array = member_at<void*>(structure, field_offset<S, I>);
-    C& count = member_at<C>(structure, field_count_offset<S, I>);
+    void* array = member_at<void*>(structure, field_offset<S, I>);
     if (array != nullptr) {
-        for (size_t i = 0; i < count; ++i) {
-            if constexpr (F::kind == field_kind::list_of_texts) {
-                std::free(static_cast<char**>(array)[i]);
-            } else if constexpr (F::kind == field_kind::list_of_pointers) {
-                T* element = static_cast<T**>(array)[i];
-                if (element != nullptr) release_record(*element);
-                std::free(element);
-            } else if constexpr (F::kind == field_kind::list_of_records) {
-                release_record(static_cast<T*>(array)[i]);
+        if constexpr (F::kind != field_kind::list_of_integers) {
+            const size_t count = member_at<C>(structure, field_count_offset<S, I>);
+            for (size_t i = 0; i < count; ++i) {
+                if constexpr (F::kind == field_kind::list_of_texts) {
+                    std::free(static_cast<char**>(array)[i]);
+                } else if constexpr (F::kind == field_kind::list_of_pointers) {
+                    T* element = static_cast<T**>(array)[i];
+                    if (element != nullptr) release<leave::as_is>(*element);
+                    std::free(element);
+                } else {
+                    release<leave::as_is>(static_cast<T*>(array)[i]);
+                }
             }
         }
-        free_block(array);
+        std::free(array);
     }
-    count = 0;
+    if constexpr (Left == leave::cleared) {
+        member_at<void*>(structure, field_offset<S, I>) = nullptr;
+        member_at<C>(structure, field_count_offset<S, I>) = 0;
+    }
 }
 
-template <class S, size_t I>
-void release_field(S& structure) {
+template <leave Left, class S, size_t I>
+ZR_INLINE void release_field(S& structure) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
     constexpr size_t offset = field_offset<S, I>;
-    if constexpr (F::kind == field_kind::text) {
-        free_block(member_at<void*>(structure, offset));
-    } else if constexpr (F::kind == field_kind::octets) {
-        free_block(member_at<void*>(structure, offset));
-        member_at<uint32_t>(structure, field_count_offset<S, I>) = 0;
-    } else if constexpr (F::kind == field_kind::nested) {
-        release_record(member_at<T>(structure, offset));
-    } else if constexpr (F::kind == field_kind::optional_nested) {
-        if (T* nested = member_at<T*>(structure, offset)) release_record(*nested);
-        free_block(member_at<void*>(structure, offset));
+    if constexpr (F::kind == field_kind::nested) {
+        release<Left>(member_at<T>(structure, offset));
     } else if constexpr (F::kind == field_kind::slots) {
         for (uint32_t i = 0; i < field_size<S, I>; ++i) {
             T*& slot = (&member_at<T*>(structure, offset))[i];
             if (slot == nullptr) continue;
-            release_record(*slot);
+            release<leave::as_is>(*slot);
             std::free(slot);
-            slot = nullptr;
+            if constexpr (Left == leave::cleared) slot = nullptr;
         }
     } else if constexpr (is_list(F::kind)) {
-        release_list<S, I>(structure);
+        release_list<Left, S, I>(structure);
+    } else if constexpr (F::kind == field_kind::text || F::kind == field_kind::octets ||
+                         F::kind == field_kind::optional_nested) {
+        void* block = member_at<void*>(structure, offset);
+        if constexpr (F::kind == field_kind::optional_nested) {
+            if (block != nullptr) release<leave::as_is>(*static_cast<T*>(block));
+        }
+        std::free(block);
+        if constexpr (Left == leave::cleared) member_at<void*>(structure, offset) = nullptr;
+        if constexpr (Left == leave::cleared && F::kind == field_kind::octets)
+            member_at<uint32_t>(structure, field_count_offset<S, I>) = 0;
     }
 }
 
-template <class S, size_t... I>
-void release_fields(S& structure, std::index_sequence<I...>) {
-    (release_field<S, I>(structure), ...);
+template <leave Left, class S, size_t... I>
+ZR_INLINE void release_fields(S& structure, std::index_sequence<I...>) {
+    (release_field<Left, S, I>(structure), ...);
 }
 
 // The list of S in a record S. No memory may be needed for this, so the way back up is kept in the structures that are
@@ -114,7 +122,7 @@ void release_own_list(S& root) {
         } else {
             node = &array[left];
         }
-        release_fields(*node, std::make_index_sequence<own>());
+        release_fields<leave::as_is>(*node, std::make_index_sequence<own>());
         auto* inner = member_at<element*>(*node, field_offset<S, own>);
         const size_t inner_count = member_at<C>(*node, field_count_offset<S, own>);
         if (inner == nullptr || inner_count == 0) {
@@ -128,14 +136,28 @@ void release_own_list(S& root) {
     }
 }
 
-template <class S>
-[[gnu::noinline]] void release_record(S& structure) {
+template <leave Left, class S>
+[[gnu::noinline]] void release_outlined(S& structure) {
     if constexpr (contains_itself<S>()) {
-        release_fields(structure, std::make_index_sequence<field_count_of<S> - 1>());
+        release_fields<Left>(structure, std::make_index_sequence<field_count_of<S> - 1>());
         release_own_list(structure);
     } else {
-        release_fields(structure, std::make_index_sequence<field_count_of<S>>());
+        release_fields<Left>(structure, std::make_index_sequence<field_count_of<S>>());
     }
+}
+
+template <leave Left, class S>
+ZR_INLINE void release(S& structure) {
+    if constexpr (is_leaf<S>()) {
+        release_fields<Left>(structure, std::make_index_sequence<field_count_of<S>>());
+    } else {
+        release_outlined<Left>(structure);
+    }
+}
+
+template <class S>
+void release_record(S& structure) {
+    release<leave::cleared>(structure);
 }
 
 // A zeroed structure whose contents are released at the end of its scope.

@@ -5,6 +5,9 @@
 
 #include "asn1/record/field.h"
 
+// For the small parts that a codec function is made of.
+#define ZR_INLINE [[gnu::always_inline]] inline
+
 namespace zr {
 
 template <class S>
@@ -54,6 +57,40 @@ constexpr bool contains_itself() {
         static_assert(count == 1 && is_own_list<S, field_count_of<S> - 1>,
                       "a record's list of itself must be its last field");
     return count != 0;
+}
+
+// Whether S has neither lists nor slots, in what it embeds neither: its code is short and stands where it is used.
+template <class S>
+constexpr bool is_leaf();
+template <class F>
+constexpr bool is_leaf_field() {
+    if constexpr (F::kind == field_kind::nested) return is_leaf<typename F::value_type>();
+    return !is_list(F::kind) && F::kind != field_kind::slots && F::kind != field_kind::optional_nested;
+}
+template <class S, size_t... I>
+constexpr bool all_leaf_fields(std::index_sequence<I...>) {
+    return (is_leaf_field<field_type<S, I>>() && ...);
+}
+template <class S>
+constexpr bool is_leaf() {
+    return all_leaf_fields<S>(std::make_index_sequence<field_count_of<S>>());
+}
+
+// Whether S holds no blocks at all.
+template <class S>
+constexpr bool is_flat();
+template <class F>
+constexpr bool is_flat_field() {
+    if constexpr (F::kind == field_kind::nested) return is_flat<typename F::value_type>();
+    return F::kind == field_kind::integer || F::kind == field_kind::fixed_octets;
+}
+template <class S, size_t... I>
+constexpr bool all_flat_fields(std::index_sequence<I...>) {
+    return (is_flat_field<field_type<S, I>>() && ...);
+}
+template <class S>
+constexpr bool is_flat() {
+    return all_flat_fields<S>(std::make_index_sequence<field_count_of<S>>());
 }
 
 // The fewest octets that any encoding of a field or record has: an empty INTEGER is accepted too.

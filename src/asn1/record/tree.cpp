@@ -54,6 +54,8 @@ zr_asn_sequence& inner_list(zr_asn_object* array) {
 
 void setter::set(zr_asnbase& binding, const record_type& type, void* structure) {
     if (++depth_ > max_depth) throw_out_of_memory("Too many nested levels in asn_composite");
+    // The setters of INTEGER and OCTET STRING leave the caches around them as they are.
+    binding.invalidate_encoding();
     for (const field& field : type) {
         zr_asn_object* object = binding.get_child(static_cast<unsigned int>(&field - type.fields));
         void* member = &place<unsigned char>(structure, field.offset);

@@ -31,33 +31,41 @@ inline unsigned int length_octets(uint64_t length) {
     return length <= 0xFF ? 1 : length <= 0xFFFF ? 2 : length <= 0xFFFFFF ? 3 : 4;
 }
 
+// Copies `count` octets, at least a Block's and at most two, as a first and a last Block that may overlap.
+template <class Block>
+inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count) {
+    Block first;
+    Block last;
+    std::memcpy(&first, from, sizeof first);
+    std::memcpy(&last, from + count - sizeof last, sizeof last);
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + count - sizeof last, &last, sizeof last);
+}
+
 // Copies a few octets without a call: texts are short. The blocks do not overlap.
 inline void copy_octets(unsigned char* to, const void* source, size_t count) {
     const auto* from = static_cast<const unsigned char*>(source);
+#ifdef __SSE2__
+    struct sixteen {
+        uint64_t halves[2];
+    };
+    if (count > 32) {
+        std::memcpy(to, from, count);
+    } else if (count >= 16) {
+        copy_ends<sixteen>(to, from, count);
+#else
+    // Without wide registers a block of 16 octets would be copied by a string instruction, which is slow to start.
     if (count > 16) {
         std::memcpy(to, from, count);
+#endif
     } else if (count >= 8) {
-        // Two halves that overlap in the middle; words of four octets, which every x86 moves through registers.
-        uint32_t words[4];
-        std::memcpy(&words[0], from, 4);
-        std::memcpy(&words[1], from + 4, 4);
-        std::memcpy(&words[2], from + count - 8, 4);
-        std::memcpy(&words[3], from + count - 4, 4);
-        std::memcpy(to, &words[0], 4);
-        std::memcpy(to + 4, &words[1], 4);
-        std::memcpy(to + count - 8, &words[2], 4);
-        std::memcpy(to + count - 4, &words[3], 4);
+        copy_ends<uint64_t>(to, from, count);
     } else if (count >= 4) {
-        uint32_t words[2];
-        std::memcpy(&words[0], from, 4);
-        std::memcpy(&words[1], from + count - 4, 4);
-        std::memcpy(to, &words[0], 4);
-        std::memcpy(to + count - 4, &words[1], 4);
+        copy_ends<uint32_t>(to, from, count);
     } else if (count != 0) {
-        const unsigned char first = from[0];
         const unsigned char middle = from[count / 2];
         const unsigned char last = from[count - 1];
-        to[0] = first;
+        to[0] = from[0];
         to[count / 2] = middle;
         to[count - 1] = last;
     }
@@ -69,7 +77,13 @@ class writer {
 public:
     writer(unsigned char* end, unsigned char* limit) : at_(end), limit_(reinterpret_cast<uintptr_t>(limit)) {}
 
-    bool room(uint64_t octets) const { return reinterpret_cast<uintptr_t>(at_) - limit_ >= octets; }
+    bool room(uint64_t octets) {
+        if (reinterpret_cast<uintptr_t>(at_) - limit_ >= octets) return true;
+        at_ = nullptr;
+        limit_ = 0;
+        return false;
+    }
+    bool failed() const { return at_ == nullptr; }
 
     // A position to measure from, and the octets written since.
     using mark = unsigned char*;
@@ -82,13 +96,12 @@ public:
         copy_octets(at_, from, count);
     }
     void octet_pair(unsigned char first, unsigned char second) {
-        at_ -= 2;
-        at_[0] = first;
-        at_[1] = second;
+        const auto both = static_cast<uint16_t>(first | second << 8);
+        std::memcpy(at_ -= 2, &both, 2);
     }
     void header(unsigned char identifier, uint64_t length) {
         if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
-        long_header(identifier, static_cast<uint32_t>(length));
+        at_ = long_header(at_, identifier, static_cast<uint32_t>(length));
     }
     // Stores four octets whatever the value takes: what lies before the contents is written later. At least the two
     // octets of a header always do.
@@ -101,11 +114,13 @@ public:
     }
 
 private:
-    void long_header(unsigned char identifier, uint32_t length) {
-        unsigned char count = 0;
+    [[gnu::noinline]] static unsigned char* long_header(unsigned char* at, unsigned char identifier, uint32_t length) {
+        unsigned char count = 0x80;
         for (; length != 0; length >>= 8, ++count)
-            *--at_ = static_cast<unsigned char>(length);
-        octet_pair(identifier, static_cast<unsigned char>(0x80 | count));
+            *--at = static_cast<unsigned char>(length);
+        *--at = count;
+        *--at = identifier;
+        return at;
     }
 
     unsigned char* at_;
@@ -116,6 +131,7 @@ private:
 class counter {
 public:
     bool room(uint64_t) const { return true; }
+    bool failed() const { return false; }
     using mark = uint64_t;
     mark position() const { return count_; }
     uint64_t since(mark from) const { return count_ - from; }
