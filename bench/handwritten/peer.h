@@ -44,11 +44,8 @@ public:
     void prepare() override {}
     void finish() override {}
     void encode(size_t times) override {
-        for (; times != 0; --times) {
-            void* block = std::malloc(encoded_length_);
-            keep(block);
-            std::free(block);
-        }
+        for (; times != 0; --times)
+            allocate_once(encoded_length_);
     }
     void decode(size_t times) override {
         for (; times != 0; --times)

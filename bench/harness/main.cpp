@@ -1,5 +1,5 @@
-// Checks that all peers agree, then times them; or, started with --heap=FILE under the counting allocator, writes what
-// each takes from the heap.
+// Checks that all peers agree, then times them. Started with --heap=FILE under the counting allocator it writes what
+// each takes from the heap; started with --scaling it times the library on records of growing size.
 #include <dlfcn.h>
 
 #include <chrono>
@@ -11,6 +11,7 @@
 #include "bench/harness/heap.h"
 #include "bench/harness/peer.h"
 #include "bench/harness/runner.h"
+#include "bench/scaling/scaling.h"
 
 namespace bench {
 namespace {
@@ -92,14 +93,17 @@ int write_heap_use(const std::vector<timed_case>& cases, const char* name) {
 }
 
 int run(int argc, char** argv) {
-    if (!all_agree()) return 1;
-    std::vector<timed_case> cases = cases_of_peers();
     constexpr char heap_flag[] = "--heap=";
+    const bool scaling = argc > 1 && std::strcmp(argv[1], "--scaling") == 0;
+    if (!scaling && !all_agree()) return 1;
+    std::vector<timed_case> cases = scaling ? scaling_cases() : cases_of_peers();
     if (argc == 2 && std::strncmp(argv[1], heap_flag, sizeof heap_flag - 1) == 0)
         return write_heap_use(cases, argv[1] + sizeof heap_flag - 1);
     for (timed_case& timed : cases)
         timed.batch = batch_for(timed);
-    return time_cases(cases, argc, argv);
+    if (!scaling) return time_cases(cases, argc, argv);
+    argv[1] = argv[0];
+    return time_cases(cases, argc - 1, argv + 1);
 }
 
 }  // namespace
