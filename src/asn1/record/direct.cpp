@@ -7,7 +7,9 @@ namespace zr {
 
 namespace {
 
-constexpr size_t scratch_octets = 32768;
+// What is small enough for the stack, and for a block that is larger than needed.
+constexpr size_t stack_octets = 8192;
+constexpr size_t block_octets = 65536;
 constexpr unsigned char header[] = {4, envelope_version, 0xAC, 0xDC};
 
 struct block_deleter {
@@ -27,20 +29,41 @@ int hand_out(zr_asn_buffer_t& out, block encoding, uint64_t length) {
     return 0;
 }
 
-// False when the record does not fit.
-bool encode_small(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
-    unsigned char scratch[scratch_octets];
-    writer sink(scratch + scratch_octets, scratch);
-    if (!codec.write(sink, in) || !sink.room(sizeof header)) return false;
+// Writes an envelope to the end of `room` octets and gives its start; null when it does not fit.
+unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const direct_codec& codec) {
+    writer sink(room + octets, room);
+    if (!codec.write(sink, in) || !sink.room(sizeof header)) return nullptr;
     sink.octets(header, sizeof header);
-    const uint64_t length = sink.since(scratch + scratch_octets);
+    return sink.start();
+}
+
+bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+    unsigned char room[stack_octets];
+    const unsigned char* start = write_envelope(room, sizeof room, in, codec);
+    if (start == nullptr) return false;
+    const auto length = static_cast<size_t>(room + sizeof room - start);
     block encoding = allocate_encoding(length);
-    std::memcpy(encoding.get(), sink.start(), static_cast<size_t>(length));
+    std::memcpy(encoding.get(), start, length);
     hand_out(out, std::move(encoding), length);
     return true;
 }
 
-int encode_large(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+bool encode_in_block(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+    block room = allocate_encoding(block_octets);
+    const unsigned char* start = write_envelope(room.get(), block_octets, in, codec);
+    if (start == nullptr) return false;
+    const auto length = static_cast<size_t>(room.get() + block_octets - start);
+    std::memmove(room.get(), start, length);
+    // A block that cannot be cut stays as it is.
+    if (void* cut = std::realloc(room.get(), length)) {
+        static_cast<void>(room.release());
+        room.reset(static_cast<unsigned char*>(cut));
+    }
+    hand_out(out, std::move(room), length);
+    return true;
+}
+
+int encode_counted(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
     counter counted;
     codec.count(counted, in);
     const uint64_t length = counted.count() + sizeof header;
@@ -55,8 +78,10 @@ int encode_large(zr_asn_buffer_t& out, const void* in, const direct_codec& codec
 
 int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
     return guarded([&] {
-        if ((codec.least == nullptr || codec.least(in) <= scratch_octets) && encode_small(out, in, codec)) return 0;
-        return encode_large(out, in, codec);
+        const uint64_t least = codec.least != nullptr ? codec.least(in, block_octets) : 0;
+        if (least < stack_octets && encode_on_stack(out, in, codec)) return 0;
+        if (least < block_octets && encode_in_block(out, in, codec)) return 0;
+        return encode_counted(out, in, codec);
     });
 }
 

@@ -11,8 +11,8 @@ namespace zr {
 // A record's direct codec on an untyped structure; what all records do with it stands once, in direct.cpp.
 struct direct_codec {
     const record_type* type;
-    // A lower bound of the octets from the lists' counts alone; null for a record without lists.
-    uint64_t (*least)(const void* in);
+    // A quick lower bound of the octets, exact enough up to `enough`; null for a record without lists.
+    uint64_t (*least)(const void* in, uint64_t enough);
     bool (*write)(writer& sink, const void* in);
     void (*count)(counter& sink, const void* in);
     int (*read)(input& in, void* out);
@@ -22,10 +22,8 @@ struct direct_codec {
 template <class S>
 constexpr direct_codec codec_of = {
     &record<S>::type,
-    is_leaf<S>()
-        ? nullptr
-        : +[](const void*
-                  in) { return least_octets(*static_cast<const S*>(in), std::make_index_sequence<field_count_of<S>>()); },
+    is_leaf<S>() ? nullptr
+                 : +[](const void* in, uint64_t enough) { return least_octets(*static_cast<const S*>(in), enough); },
     [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
     [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
     [](input& in, void* out) { return read_record(in, *static_cast<S*>(out)); },
@@ -35,7 +33,8 @@ constexpr direct_codec codec_of = {
 // encode_structure gives the envelope of `in` in one malloc block. Exhausted memory, more than 2^32-1 octets and a null
 // element in an array of pointers are reported to standard error and returned as 275062885.
 //
-// A small record is written once, into the stack, and copied; a large one is counted first and written in place.
+// A small record is written once, into the stack, and copied; a larger one once, into a block that is then cut to its
+// size; a large one is counted first and written into a block of that size.
 ZR_API int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec);
 
 // decode_structure fills `out` from an envelope; `made` is room for one more such structure. When the octets are

@@ -212,19 +212,57 @@ ZR_INLINE bool write_record(Sink& sink, const S& in) {
     return !sink.failed();
 }
 
-// A lower bound of what the lists of a structure take, from their counts alone.
+// Lower bounds of what an encoding takes, from counts and lengths alone: no text is measured. known_octets asks the
+// structure itself, least_octets also the elements of its lists, until `enough` is reached.
 template <class S, size_t... I>
-uint64_t least_octets(const S& in, std::index_sequence<I...>) {
-    const auto of_field = [&](auto index) -> uint64_t {
-        using F = field_type<S, decltype(index)::value>;
-        if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
-            return uint64_t{list_count<S, decltype(index)::value>(in)} * min_octets<typename F::value_type>();
-        } else if constexpr (is_list(F::kind)) {
-            return uint64_t{list_count<S, decltype(index)::value>(in)} * 2;
-        }
-        return 0;
-    };
-    return (uint64_t{0} + ... + of_field(std::integral_constant<size_t, I>()));
+uint64_t known_octets(const S& in, std::index_sequence<I...>);
+template <class S>
+uint64_t known_octets(const S& in) {
+    return min_octets<S>() + known_octets(in, std::make_index_sequence<field_count_of<S>>());
+}
+
+// What field I takes beyond its least.
+template <class S, size_t I>
+ZR_INLINE uint64_t known_field_octets(const S& in) {
+    using F = field_type<S, I>;
+    using T = typename F::value_type;
+    if constexpr (F::kind == field_kind::octets) {
+        return member_at<void*>(in, field_offset<S, I>) != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>)
+                                                                   : 0;
+    } else if constexpr (F::kind == field_kind::nested) {
+        return known_octets(member_at<T>(in, field_offset<S, I>)) - min_octets<T>();
+    } else if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
+        return uint64_t{list_count<S, I>(in)} * min_octets<T>();
+    } else if constexpr (is_list(F::kind)) {
+        return uint64_t{list_count<S, I>(in)} * (F::kind == field_kind::list_of_integers ? 3 : 2);
+    }
+    return 0;
+}
+template <class S, size_t... I>
+uint64_t known_octets(const S& in, std::index_sequence<I...>) {
+    return (uint64_t{0} + ... + known_field_octets<S, I>(in));
+}
+
+template <class S, size_t I>
+ZR_INLINE uint64_t known_element_octets(const S& in, uint64_t enough) {
+    using F = field_type<S, I>;
+    uint64_t sum = 0;
+    if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
+        const uint32_t count = list_count<S, I>(in);
+        for (uint32_t i = 0; i < count && sum < enough; ++i)
+            sum += known_octets(list_element<S, I>(in, i));
+    } else {
+        sum = known_field_octets<S, I>(in);
+    }
+    return sum;
+}
+template <class S, size_t... I>
+uint64_t least_octets(const S& in, uint64_t enough, std::index_sequence<I...>) {
+    return (uint64_t{0} + ... + known_element_octets<S, I>(in, enough));
+}
+template <class S>
+uint64_t least_octets(const S& in, uint64_t enough) {
+    return least_octets(in, enough, std::make_index_sequence<field_count_of<S>>());
 }
 
 }  // namespace zr
