@@ -10,7 +10,6 @@ namespace {
 // What is small enough for the stack, and for a block that is larger than needed.
 constexpr size_t stack_octets = 8192;
 constexpr size_t block_octets = 65536;
-constexpr unsigned char header[] = {4, envelope_version, 0xAC, 0xDC};
 
 struct block_deleter {
     void operator()(unsigned char* block) const { std::free(block); }
@@ -29,11 +28,17 @@ int hand_out(zr_asn_buffer_t& out, block encoding, uint64_t length) {
     return 0;
 }
 
+int copy_out(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length) {
+    block encoding = allocate_encoding(length);
+    std::memcpy(encoding.get(), envelope, length);
+    return hand_out(out, std::move(encoding), length);
+}
+
 // Writes an envelope to the end of `room` octets and gives its start; null when it does not fit.
 unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const direct_codec& codec) {
     writer sink(room + octets, room);
-    if (!codec.write(sink, in) || !sink.room(sizeof header)) return nullptr;
-    sink.octets(header, sizeof header);
+    if (!codec.write(sink, in) || !sink.room(sizeof envelope_header)) return nullptr;
+    sink.octets(envelope_header, sizeof envelope_header);
     return sink.start();
 }
 
@@ -42,9 +47,7 @@ bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const direct_codec& c
     const unsigned char* start = write_envelope(room, sizeof room, in, codec);
     if (start == nullptr) return false;
     const auto length = static_cast<size_t>(room + sizeof room - start);
-    block encoding = allocate_encoding(length);
-    std::memcpy(encoding.get(), start, length);
-    hand_out(out, std::move(encoding), length);
+    copy_out(out, start, length);
     return true;
 }
 
@@ -66,15 +69,19 @@ bool encode_in_block(zr_asn_buffer_t& out, const void* in, const direct_codec& c
 int encode_counted(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
     counter counted;
     codec.count(counted, in);
-    const uint64_t length = counted.count() + sizeof header;
+    const uint64_t length = counted.count() + sizeof envelope_header;
     block encoding = allocate_encoding(length);
     writer sink(encoding.get() + length, nullptr);
     codec.write(sink, in);
-    sink.octets(header, sizeof header);
+    sink.octets(envelope_header, sizeof envelope_header);
     return hand_out(out, std::move(encoding), length);
 }
 
 }  // namespace
+
+int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length) {
+    return guarded([&] { return copy_out(out, envelope, length); });
+}
 
 int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
     return guarded([&] {

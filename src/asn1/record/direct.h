@@ -37,6 +37,25 @@ constexpr direct_codec codec_of = {
 // size; a large one is counted first and written into a block of that size.
 ZR_API int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec);
 
+constexpr unsigned char envelope_header[] = {4, envelope_version, 0xAC, 0xDC};
+
+// Gives a copy of an envelope in a malloc block; 275062885 when memory is out, which is reported.
+ZR_API int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
+
+// A structure without blocks is always small.
+template <class S>
+int encode_structure(zr_asn_buffer_t& out, const S& in) {
+    if constexpr (is_flat<S>()) {
+        unsigned char room[256];
+        writer sink(room + sizeof room, room);
+        if (write_record(sink, in) && sink.room(sizeof envelope_header)) {
+            sink.octets(envelope_header, sizeof envelope_header);
+            return hand_out_copy(out, sink.start(), static_cast<size_t>(room + sizeof room - sink.start()));
+        }
+    }
+    return encode_structure(out, &in, codec_of<S>);
+}
+
 // decode_structure fills `out` from an envelope; `made` is room for one more such structure. When the octets are
 // refused `out` is as it was; when memory is out, which is reported, it is cleared.
 ZR_API int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_codec& codec);
@@ -44,7 +63,8 @@ ZR_API int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const di
 // Places `contents` on the record in an envelope, or returns 275063190 (zr_asnbase::loadObject).
 inline int open_envelope(const zr_asn_buffer_t& in, input& contents) {
     const unsigned char* data = in.data;
-    if (data == nullptr || in.length <= 4 || data[1] != envelope_version || data[2] != 0xAC || data[3] != 0xDC)
+    if (data == nullptr || in.length <= sizeof envelope_header ||
+        std::memcmp(data + 1, envelope_header + 1, sizeof envelope_header - 1) != 0)
         return zr_err_bad_envelope;
     const unsigned int skip = data[0];
     if (skip == 0 || skip > in.length) return zr_err_bad_envelope;

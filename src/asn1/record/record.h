@@ -37,9 +37,7 @@
 // ZR_DEFINE_RECORD(structure) stands in the module's source.
 #define ZR_DEFINE_RECORD(structure)                                                                   \
     const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();            \
-    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) {                                         \
-        return zr::encode_structure(out, &in, zr::codec_of<structure>);                               \
-    }                                                                                                 \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); } \
     int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                      \
         return zr::encode_tree(zr::record<structure>::type, zr_local_code_set, out, &in);             \
     }                                                                                                 \
