@@ -152,7 +152,6 @@ int zr_asn_composite::check_valid(int deep) {
 
 int zr_asn_composite::invalidate_value(invalidate_t extent) {
     if (extent != zr_invalidate_own) {
-        invalidate_encoding();
         const bool lost_before = member_lost_;
         member_lost_ = false;
         clearing_ = true;
