@@ -549,4 +549,45 @@ TEST(composite, cost_is_linear) {
     }
 }
 
+// Clearing a chain of n levels tells n encodings, not n for each level.
+TEST(composite, clearing_costs_one_step_for_each_object) {
+    static long told;
+    struct level : zr_asn_sequence {
+        level() : zr_asn_sequence(zr_normal) {}
+        void invalidate_encoding() const override { ++told, zr_asn_sequence::invalidate_encoding(); }
+    };
+    std::vector<std::unique_ptr<level>> chain(1000);
+    zr_asn_integer leaf(zr_normal);
+    zr_asn_object* inside = &leaf;
+    for (auto& made : chain) {
+        made = std::make_unique<level>();
+        made->register_child(inside);
+        inside = made.get();
+    }
+    for (const invalidate_t extent : {zr_invalidate_quiet, zr_invalidate_all}) {
+        leaf.set_value(5L);
+        ASSERT_EQ(inside->get_encoding(), 0);
+        told = 0;
+        inside->invalidate_value(extent);
+        EXPECT_LE(told, 1000);
+        EXPECT_EQ(leaf.is_present(), 0);
+        for (const auto& made : chain)
+            ASSERT_EQ(made->is_present() + made->is_encoding_valid(), 0);
+    }
+}
+
+// An array is as present as the list inside it: what its own flag says does not count.
+TEST(composite, members_may_answer_for_their_own) {
+    zr_asn_arrayof<zr_asn_integer> array(zr_normal);
+    zr_asn_sequence sequence(zr_normal), outer(zr_normal);
+    sequence.register_child(&array);
+    outer.register_child(&sequence);
+    EXPECT_EQ(outer.is_present(), 1);
+    array.invalidate_value(zr_invalidate_own);
+    EXPECT_EQ(outer.is_present(), 1);
+    array.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(sequence.is_present(), 0);
+    EXPECT_EQ(outer.is_present(), 0);
+}
+
 }  // namespace
