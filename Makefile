@@ -3,22 +3,27 @@
 #   make demo     build the example and run it
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
+#   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
+BENCH_SECONDS ?= 0.5
 
 tested := release asan x86
 packages_release := g++ cmake ninja-build googletest nlohmann-json3-dev pkg-config locales
 packages_x86 := g++-multilib cmake ninja-build googletest nlohmann-json3-dev locales
 packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest nlohmann-json3-dev locales
 packages_fuzz := $(packages_asan)
+packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
+    libssl-dev libprotobuf-dev protobuf-compiler
+packages_bench-x86 := g++-multilib cmake ninja-build
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz tidy format $(deps)
+.PHONY: demo test fuzz bench tidy format $(deps)
 
 demo: build/release/build.ninja
 	@cmake --build build/release --target uuid_roundtrip
@@ -34,6 +39,11 @@ fuzz: build/fuzz/build.ninja
 	@cmake --build build/fuzz -j $(JOBS)
 	@fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
 
+bench: build/bench/build.ninja build/bench-x86/build.ninja
+	@cmake --build build/bench -j $(JOBS) --target zrasn_bench zrasn_bench_heap
+	@cmake --build build/bench-x86 -j $(JOBS) --target zrasn_bench
+	@bench/report.py build/bench build/bench-x86 --seconds $(BENCH_SECONDS)
+
 # The build with clang++ has the command lines that clang-tidy understands.
 tidy: deps-tidy build/asan/build.ninja
 	@run-clang-tidy -quiet -j $(JOBS) -p build/asan '^$(CURDIR)/(src|base_idls|tests|fuzz|tools|examples)/'
@@ -44,7 +54,6 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(packages_$*)
 
-build/release/build.ninja build/asan/build.ninja build/x86/build.ninja build/fuzz/build.ninja: \
-build/%/build.ninja: CMakePresets.json | deps-%
+$(patsubst %,build/%/build.ninja,release asan x86 fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

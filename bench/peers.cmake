@@ -15,7 +15,7 @@ macro(bench_skip_unless peer)
         endif()
     endforeach()
     if(skipped)
-        message(STATUS "Benchmarks: ${peer} is skipped, it is not installed")
+        message(NOTICE "Benchmarks: ${peer} is skipped, it is not installed")
     endif()
 endmacro()
 

@@ -30,6 +30,15 @@ BENCH_INLINE void copy_ends(unsigned char* to, const unsigned char* from, size_t
     std::memcpy(to + n - sizeof last, &last, sizeof last);
 }
 
+// memcpy, always as a call: where there are no vectors gcc writes a string instruction in its place, which is slow.
+void* called_memcpy(void* to, const void* from, size_t n) asm("memcpy");
+
+#ifdef __SSE2__
+constexpr bool vectors = true;
+#else
+constexpr bool vectors = false;
+#endif
+
 // copy is memcpy without the call when the octets are few.
 BENCH_INLINE void copy(unsigned char* to, const void* from, size_t n) {
     struct sixteen {
@@ -39,11 +48,11 @@ BENCH_INLINE void copy(unsigned char* to, const void* from, size_t n) {
         uint64_t parts[4];
     };
     const auto* at = static_cast<const unsigned char*>(from);
-    if (n > 64) {
-        std::memcpy(to, at, n);
-    } else if (n > 32) {
+    if (n > (vectors ? 64 : 16)) {
+        called_memcpy(to, at, n);
+    } else if (vectors && n > 32) {
         copy_ends<thirty_two>(to, at, n);
-    } else if (n >= 16) {
+    } else if (vectors && n >= 16) {
         copy_ends<sixteen>(to, at, n);
     } else if (n >= 8) {
         copy_ends<uint64_t>(to, at, n);
@@ -198,7 +207,7 @@ template <size_t Scratch, class T>
     const auto length = static_cast<size_t>(end - to.here());
     auto* block = static_cast<unsigned char*>(std::malloc(length));
     if (block == nullptr) return false;
-    std::memcpy(block, to.here(), length);
+    called_memcpy(block, to.here(), length);
     out.length = static_cast<unsigned>(length);
     out.data = block;
     return true;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <random>
+#include <regex>
 
 #include "bench/harness/runner.h"
 
@@ -38,6 +39,7 @@ int bench::time_cases(const std::vector<timed_case>& cases, int argc, char** arg
     const char* out = "/dev/stdout";
     int repetitions = 1;
     double seconds = 0.1;
+    std::regex filter(".*");
     for (int i = 1; i < argc; ++i) {
         const auto flag = [&](const char* name) {
             const size_t length = std::strlen(name);
@@ -46,11 +48,12 @@ int bench::time_cases(const std::vector<timed_case>& cases, int argc, char** arg
         if (const char* file = flag("--benchmark_out=")) out = file;
         if (const char* number = flag("--benchmark_repetitions=")) repetitions = std::atoi(number);
         if (const char* number = flag("--benchmark_min_time=")) seconds = std::atof(number);
+        if (const char* pattern = flag("--benchmark_filter=")) filter = pattern;
     }
 
     std::vector<const timed_case*> order;
     for (const timed_case& timed : cases)
-        order.insert(order.end(), static_cast<size_t>(repetitions), &timed);
+        if (std::regex_search(timed.name, filter)) order.insert(order.end(), static_cast<size_t>(repetitions), &timed);
     std::shuffle(order.begin(), order.end(), std::mt19937(1));
 
     std::FILE* file = std::fopen(out, "w");

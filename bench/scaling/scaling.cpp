@@ -91,7 +91,7 @@ struct levels_by_array {
 
 struct levels_by_pointer {
     using structure = namevalue_s_t;
-    static constexpr const char* name = "levels (name/value node)";
+    static constexpr const char* name = "levels (name-value node)";
     static std::vector<size_t> sizes() { return levels_by_array::sizes(); }
 
     static namevalue_s_t make(builder& make, size_t size) {

@@ -1,0 +1,293 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and writes docs/performance.md and docs/performance.svg.
+
+report.py BUILD BUILD32 [--seconds S]: the build directories of the presets bench and bench-x86; S seconds are given to
+each thing measured. The tables are printed as well.
+"""
+import argparse
+import json
+import math
+import os
+import re
+import shutil
+import statistics
+import subprocess
+import tempfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+LIBRARY, LIMIT, FLOOR = "zrasn", "hand-written", "floor"
+PEERS = [LIMIT, LIBRARY, "protobuf", "protobuf, arena", "snacc", "Heimdal", "asn1c", "OpenSSL", FLOOR]
+WORKLOADS = {
+    "uuid": "UUID",
+    "attrlist": "attribute list",
+    "decision": "decision request",
+    "acl": "access-control list",
+    "audit": "audit event",
+    "objects": "2,000 objects",
+}
+OPERATIONS = {"encode": "Encode", "decode": "Decode and free"}
+REPETITIONS = 9
+
+
+class Results:
+    """The medians of one run: by (workload, peer, operation), in ns."""
+
+    def __init__(self, file):
+        times = {}
+        self.octets = {}
+        for entry in json.loads(Path(file).read_text())["benchmarks"]:
+            if entry["run_type"] != "iteration":
+                continue
+            key = tuple(re.sub(r"/repeats:\d+", "", entry["name"]).split("/"))
+            times.setdefault(key, []).append(entry["cpu_time"])
+            self.octets[key] = entry["octets"]
+        self.ns = {key: statistics.median(all_times) for key, all_times in times.items()}
+        quarters = [statistics.quantiles(t, n=4) for t in times.values() if len(t) > 2]
+        self.spread = statistics.median((high - low) / middle for low, middle, high in quarters)
+        self.peers = [peer for peer in PEERS if any(peer == measured for _, measured, _ in times)]
+
+    def ratio(self, workload, peer, operation):
+        time = self.ns.get((workload, peer, operation))
+        return time and time / self.ns[workload, LIMIT, operation]
+
+    def mean_ratio(self, peer, operation):
+        ratios = [self.ratio(workload, peer, operation) for workload in WORKLOADS]
+        return statistics.geometric_mean(ratios) if all(ratios) else None
+
+
+def run(*command, **environment):
+    subprocess.run(command, check=True, env={**os.environ, **environment})
+
+
+def output(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def table(head, rows):
+    lines = ["| " + " | ".join(cells) + " |" for cells in [head] + rows]
+    lines.insert(1, "| --- |" + " ---: |" * (len(head) - 1))
+    return "\n".join(lines) + "\n"
+
+
+def number(value):
+    """Three digits, or as many as an integer has."""
+    if value is None:
+        return ""
+    if value >= 100:
+        return f"{value:,.0f}"
+    return f"{value:.3g}" if value >= 1 else f"{value:.2f}"
+
+
+def ratios_table(results, operation):
+    rows = []
+    for peer in results.peers:
+        cells = [results.ratio(workload, peer, operation) for workload in WORKLOADS]
+        mean = "" if peer == FLOOR else number(results.mean_ratio(peer, operation))
+        rows.append([peer] + [number(cell) for cell in cells] + [mean])
+    times = [number(results.ns[workload, LIMIT, operation]) + " ns" for workload in WORKLOADS]
+    rows.insert(1, ["that is"] + times + [""])
+    return table([OPERATIONS[operation]] + list(WORKLOADS.values()) + ["geometric mean"], rows)
+
+
+def speed_table(results):
+    rows = []
+    for workload, title in WORKLOADS.items():
+        octets = results.octets[workload, LIBRARY, "encode"]
+        cells = [f"{octets:,.0f}"]
+        for operation in OPERATIONS:
+            ns = results.ns[workload, LIBRARY, operation]
+            cells += [number(ns), f"{octets * 1000 / ns:,.0f}"]
+        rows.append([title] + cells)
+    return table(["zrasn", "octets", "encode, ns", "MB/s", "decode and free, ns", "MB/s"], rows)
+
+
+def heap_table(heap, results):
+    rows = []
+    for operation in OPERATIONS:
+        for peer in results.peers:
+            counts = {heap[key]["allocations"] for key in heap if key.split("/")[1:] == [peer, operation]}
+            if operation == "encode" and peer != LIBRARY and counts == {1}:
+                continue
+            cells = []
+            for workload in WORKLOADS:
+                use = heap.get(f"{workload}/{peer}/{operation}")
+                cells.append(f"{use['allocations']:,} / {use['peak']:,}" if use else "")
+            rows.append([f"{operation}, {peer}"] + cells)
+    return table(["Allocations / peak octets"] + list(WORKLOADS.values()), rows)
+
+
+def scaling_tables(results):
+    """One table for each thing that grows: ns for one octet, element or level, at every size."""
+    sizes = {}
+    for name, _, _ in results.ns:
+        what, size = name.rsplit(" ", 1)
+        sizes.setdefault(what, {})[int(size)] = name
+    text = ""
+    for what, names in sizes.items():
+        rows = []
+        for operation in OPERATIONS:
+            for peer in (LIBRARY, LIMIT, FLOOR):
+                cells = [(results.ns.get((name, peer, operation)), size) for size, name in names.items()]
+                if cells[0][0] is not None:
+                    rows.append([f"{operation}, {peer}"] + [number(ns / size) for ns, size in cells])
+        text += table([f"ns per unit, {what}"] + [f"{size:,}" for size in names], rows) + "\n"
+    return text
+
+
+def stripped_text(library):
+    with tempfile.TemporaryDirectory() as directory:
+        copy = Path(directory) / "lib.so"
+        shutil.copy(library.resolve(), copy)
+        run("strip", str(copy))
+        return int(output("size", str(copy)).splitlines()[1].split()[0]), copy.stat().st_size
+
+
+def machine():
+    model = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
+    return f"{model[1] if model else os.uname().machine}, {os.cpu_count()} processors, Linux {os.uname().release}"
+
+
+def compiler(build):
+    path = re.search(r"CMAKE_CXX_COMPILER:\w+=(.*)", (build / "CMakeCache.txt").read_text())[1]
+    return output(path, "--version").splitlines()[0]
+
+
+COLOURS = ["#1b9e77", "#e7298a", "#d95f02", "#7570b3", "#66a61e", "#e6ab02", "#a6761d", "#666666"]
+
+
+def chart(results):
+    """Two panels of bars, one for each operation: the ratios to the hand-written code on a logarithmic scale."""
+    peers = [peer for peer in results.peers if peer not in (LIMIT, FLOOR)]
+    width, panel, left, bottom = 980, 300, 60, 36
+    top = 10 ** math.ceil(math.log10(max(results.ratio(w, p, o) or 1 for w in WORKLOADS for p in peers for o in OPERATIONS)))
+    least = 0.5
+    group = (width - left - 20) / len(WORKLOADS)
+    bar = group / (len(peers) + 1.5)
+
+    def height(ratio):
+        return (panel - 40) * math.log(max(ratio, least) / least) / math.log(top / least)
+
+    parts = [
+        f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {2 * (panel + bottom) + 40}" '
+        'font-family="sans-serif" font-size="12">',
+        '<rect width="100%" height="100%" fill="white"/>',
+    ]
+    for i, peer in enumerate(peers):
+        x = left + i * 125
+        parts.append(f'<rect x="{x}" y="10" width="12" height="12" fill="{COLOURS[i]}"/>')
+        parts.append(f'<text x="{x + 17}" y="20">{peer}</text>')
+    for row, (operation, title) in enumerate(OPERATIONS.items()):
+        base = 40 + (row + 1) * panel + row * bottom
+        parts.append(f'<text x="{left}" y="{base - panel + 14}" font-weight="bold">{title}: time as a multiple of the '
+                     "hand-written code</text>")
+        tick = 1
+        while tick <= top:
+            y = base - height(tick)
+            parts.append(f'<line x1="{left}" x2="{width - 20}" y1="{y:.1f}" y2="{y:.1f}" '
+                         f'stroke="{"black" if tick == 1 else "#dddddd"}"/>')
+            parts.append(f'<text x="{left - 8}" y="{y + 4:.1f}" text-anchor="end">{tick}</text>')
+            tick *= 10
+        for g, (workload, name) in enumerate(WORKLOADS.items()):
+            x = left + g * group + bar * 0.75
+            parts.append(f'<text x="{left + (g + 0.5) * group:.1f}" y="{base + 18}" text-anchor="middle">{name}</text>')
+            for i, peer in enumerate(peers):
+                ratio = results.ratio(workload, peer, operation)
+                if ratio is None:
+                    continue
+                y = base - height(ratio)
+                parts.append(f'<rect x="{x + i * bar:.1f}" y="{y:.1f}" width="{bar * 0.9:.1f}" '
+                             f'height="{base - y:.1f}" fill="{COLOURS[i]}"><title>{peer}, {name}: '
+                             f"{ratio:.2f}</title></rect>")
+    parts.append("</svg>\n")
+    return "\n".join(parts)
+
+
+def document(build, native, narrow, growth, heap):
+    text, whole = stripped_text(build / "src" / "libzrasn.so")
+    return f"""# Performance
+
+What the library takes to turn records into octets and back, beside other encoders on the same machine in the same run.
+`make bench` measures, prints these tables and writes this page; `make bench BENCH_SECONDS=5` takes more time for each
+figure. It installs the other encoders from Debian packages; one that is not there is left out.
+
+- Machine: {machine()}
+- Compiler: {compiler(build)}, -O2 for everything
+- Figures are medians of {REPETITIONS} repetitions in mixed order, of processor time; the middle half of the repetitions
+  lies within {native.spread:.1%} (in the middle of all cases).
+
+![Ratios to the hand-written code](performance.svg)
+
+## Against other encoders
+
+The figures are multiples of the time that hand-written code takes: an encoder and a decoder for just this one record
+(`bench/*/handwritten.cpp`), the fastest that was found. *Encode* includes the block of the result and its release,
+*decode and free* all blocks of the record. The floor is malloc and free of the same blocks and nothing else. Every
+peer's octets are compared with the library's before anything is timed, except those of protobuf, which has a form of
+its own; every peer's decoder is checked by encoding again what it gave. asn1c is built without its tracing; snacc uses
+its arena and a buffer of fixed size.
+
+{ratios_table(native, "encode")}
+{ratios_table(native, "decode")}
+{speed_table(native)}
+The workloads: one UUID; 10 attributes of 3 values; an extended-decision request (3 principals with 4 identities and 5
+attributes each, two more lists of 5 attributes); an access-control list of 200 entries with 8 permissions; an audit
+event with a tree of 340 elements, 4 levels deep; 2,000 objects with 256-octet bodies.
+
+## Memory
+
+Calls of the allocator, and the octets held at most, for one operation. Encoders that are not listed take one
+block, as long as their result. snacc's arena was there before.
+
+{heap_table(heap, native)}
+## Growth
+
+Time for one octet, element or level while records grow. Blocks so large that they come fresh from the system are
+touched by the floor too: there the system's work outweighs everything else.
+
+{scaling_tables(growth)}## 32-bit build
+
+The same figures of the 32-bit build (`-m32`), against the hand-written code of that build.
+
+{ratios_table(narrow, "encode")}
+{ratios_table(narrow, "decode")}
+## Size
+
+The shared library with all records: {text:,} octets of code and constants, {whole:,} octets as a stripped file.
+"""
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    arguments.add_argument("build", type=Path)
+    arguments.add_argument("build32", type=Path)
+    arguments.add_argument("--seconds", type=float, default=0.5)
+    given = arguments.parse_args()
+    flags = [f"--benchmark_repetitions={REPETITIONS}", f"--benchmark_min_time={given.seconds / REPETITIONS}"]
+    program, program32 = (str(build / "bench" / "zrasn_bench") for build in (given.build, given.build32))
+
+    with tempfile.TemporaryDirectory() as directory:
+        def measure(name, *command):
+            print(f"Measuring: {name}", flush=True)
+            file = f"{directory}/results.json"
+            with open(os.devnull, "w") as nowhere:
+                subprocess.run([*command, *flags, f"--benchmark_out={file}", "--benchmark_out_format=json"],
+                               check=True, stdout=nowhere)
+            return Results(file)
+
+        native = measure("all encoders", program, "--benchmark_enable_random_interleaving=true")
+        growth = measure("growth", program, "--scaling")
+        narrow = measure("the 32-bit build", program32)
+        print("Counting allocations", flush=True)
+        run(program, f"--heap={directory}/heap.json", LD_PRELOAD=str(given.build / "bench" / "libzrasn_bench_heap.so"))
+        heap = json.loads(Path(directory, "heap.json").read_text())
+
+    page = document(given.build, native, narrow, growth, heap)
+    (ROOT / "docs").mkdir(exist_ok=True)
+    (ROOT / "docs" / "performance.md").write_text(page)
+    (ROOT / "docs" / "performance.svg").write_text(chart(native))
+    print(page)
+
+
+if __name__ == "__main__":
+    main()
