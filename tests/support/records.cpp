@@ -14,22 +14,22 @@ using zr::field_kind;
 using zr::place;
 using zr::record_type;
 
-namespace {
-
 void* zeroed(size_t octets) {
     void* block = std::calloc(octets == 0 ? 1 : octets, 1);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
 
-bool is_list(field_kind kind) {
-    return kind == field_kind::list_of_records || kind == field_kind::list_of_pointers ||
-           kind == field_kind::list_of_texts || kind == field_kind::list_of_integers;
-}
-
 size_t element_octets(const field& field) {
     if (field.kind == field_kind::list_of_records) return field.nested->size;
     return field.kind == field_kind::list_of_integers ? field.integer.octets : sizeof(void*);
+}
+
+namespace {
+
+bool is_list(field_kind kind) {
+    return kind == field_kind::list_of_records || kind == field_kind::list_of_pointers ||
+           kind == field_kind::list_of_texts || kind == field_kind::list_of_integers;
 }
 
 uint32_t stored_count(const field& field, void* contents) {
@@ -345,11 +345,10 @@ std::string leftover(const record_type& type, const void* contents) {
 std::vector<char**> texts_of(const record_type& type, void* contents) {
     std::vector<char**> texts;
     for (const field& field : type) {
-        char** member = &place<char*>(contents, field.offset);
-        if (field.kind == field_kind::text) texts.push_back(member);
+        if (field.kind == field_kind::text) texts.push_back(&place<char*>(contents, field.offset));
         if (field.kind == field_kind::list_of_texts)
             for (size_t i = 0; i < count_of(field, contents); ++i)
-                texts.push_back(reinterpret_cast<char**>(*member) + i);
+                texts.push_back(place<char**>(contents, field.offset) + i);
         visit_nested(field, contents, [&](const record_type& nested, void* structure) {
             const std::vector<char**> inside = texts_of(nested, structure);
             texts.insert(texts.end(), inside.begin(), inside.end());

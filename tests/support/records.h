@@ -60,7 +60,11 @@ std::string leftover(const zr::record_type& type, const void* contents);
 // The text members of a structure and of all it contains, in the order of their encodings.
 std::vector<char**> texts_of(const zr::record_type& type, void* contents);
 
-// A text of any length that JSON can name: used where a structure is built by hand. The block comes from malloc.
+// Zeroed blocks from malloc, which never fail: of so many octets, and of a text with a terminating zero.
+void* zeroed(size_t octets);
 char* copy_text(const std::string& text);
+
+// The octets of one element in the array of a list.
+size_t element_octets(const zr::field& list);
 
 }  // namespace zr_test

@@ -1,6 +1,5 @@
 #include "support/records_json.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -22,12 +21,6 @@ void require(bool holds, const std::string& what) {
     if (!holds) throw std::invalid_argument("JSON: " + what);
 }
 
-void* zeroed(size_t octets) {
-    void* block = std::calloc(octets == 0 ? 1 : octets, 1);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
 void store_number(void* member, zr::integer_type type, const json& value) {
     require(value.is_number_integer(), "not an integer");
     const auto number = value.get<int64_t>();
@@ -47,17 +40,14 @@ void fill_list(const field& field, void* contents, const json& value) {
     require(value.is_array(), field.name + std::string(" is not an array"));
     zr::store_integer(&place<char>(contents, field.count_offset), field.count, static_cast<int32_t>(value.size()));
     if (value.empty()) return;
-    size_t octets = sizeof(void*);
-    if (field.kind == field_kind::list_of_records) octets = field.nested->size;
-    if (field.kind == field_kind::list_of_integers) octets = field.integer.octets;
-    auto* element = static_cast<char*>(zeroed(value.size() * octets));
+    auto* element = static_cast<char*>(zeroed(value.size() * element_octets(field)));
     place<char*>(contents, field.offset) = element;
     for (const json& item : value) {
         if (field.kind == field_kind::list_of_texts) place<char*>(element, 0) = copy_text(item.get<std::string>());
         if (field.kind == field_kind::list_of_integers) store_number(element, field.integer, item);
         if (field.kind == field_kind::list_of_records) fill_from_json(*field.nested, element, item);
         if (field.kind == field_kind::list_of_pointers) place<void*>(element, 0) = made(*field.nested, item);
-        element += octets;
+        element += element_octets(field);
     }
 }
 

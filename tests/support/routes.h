@@ -37,7 +37,7 @@ constexpr route local_entry_points = {
 
 constexpr route routes[] = {entry_points, object_tree};
 
-// The record behind the header of an envelope, or the status as one odd octet string.
+// What an encode answers: its status, and the record's octets when the header before them is right.
 struct encoded {
     int status;
     octets ber;
