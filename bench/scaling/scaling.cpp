@@ -76,16 +76,13 @@ struct levels_by_array {
             element = element->elements = make.array<ejauditelement_s_t>(1);
         }
     }
+    // Outer levels are released first.
     static void visit(floor_of& floor, ejauditelement_s_t& outermost) {
-        std::vector<ejauditelement_s_t*> levels;
         for (ejauditelement_s_t* element = &outermost; element != nullptr; element = element->elements) {
             floor.block(element->name);
             floor.block(element->data);
-            floor.enter(element->elements);
-            levels.push_back(element->elements);
+            floor.block(element->elements);
         }
-        for (; !levels.empty(); levels.pop_back())
-            floor.leave(levels.back());
     }
 };
 
@@ -108,20 +105,14 @@ struct levels_by_pointer {
         }
     }
     static void visit(floor_of& floor, namevalue_s_t& outermost) {
-        std::vector<void*> levels;
         for (namevalue_s_t* node = &outermost;; node = node->children[0]) {
             floor.block(node->name);
-            floor.enter(node->values);
+            floor.block(node->values);
             floor.block(node->values[0]);
-            floor.leave(node->values);
             if (node->child_count == 0) break;
-            floor.enter(node->children);
-            floor.enter(node->children[0]);
-            levels.push_back(node->children);
-            levels.push_back(node->children[0]);
+            floor.block(node->children);
+            floor.block(node->children[0]);
         }
-        for (; !levels.empty(); levels.pop_back())
-            floor.leave(levels.back());
     }
 };
 
