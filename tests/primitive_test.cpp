@@ -456,4 +456,19 @@ TEST(primitive, secure_values_are_wiped) {
     }
 }
 
+// A value may be set from the object's own contents, in secure mode too, where these are wiped as they are replaced.
+TEST(octetstring, set_from_its_own_contents) {
+    for (const security_t mode : {zr_normal, zr_secure}) {
+        zr_asn_octetstring object(mode);
+        const unsigned char text[] = {'a', 'b', 'c', 'd'};
+        object.set_value(text, sizeof text);
+        unsigned char* data = nullptr;
+        unsigned int length = 0;
+        ASSERT_EQ(object.get_value(data, length), 0);
+        object.set_value(data + 1, 2);
+        ASSERT_EQ(object.get_value(data, length), 0);
+        EXPECT_EQ(std::string(data, data + length), "bc") << "mode " << mode;
+    }
+}
+
 }  // namespace

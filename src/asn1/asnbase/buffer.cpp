@@ -159,6 +159,17 @@ int zr_buffer_t::append(const unsigned char* octets, unsigned int count) {
     return 0;
 }
 
+int zr_buffer_t::assign(const unsigned char* octets, unsigned int count) {
+    if (!owns(octets)) {
+        clear();
+        return append(octets, count);
+    }
+    memmove(data_, octets, count);
+    move_to(data_, count);
+    if (security_ == zr_secure) zr::wipe(data_ + count, capacity_ - count);
+    return 0;
+}
+
 int zr_buffer_t::append(const char* text) {
     if (text == nullptr) return 0;
     const size_t count = strlen(text);

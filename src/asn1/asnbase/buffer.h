@@ -133,6 +133,9 @@ public:
     // append_int adds `value` as decimal text.
     int append_int(long value);
 
+    // assign replaces the octets written with others, which may lie in this buffer. Returns 0.
+    int assign(const unsigned char* octets, unsigned int count);
+
     // clear forgets the octets written and keeps the storage, which a secure buffer overwrites with zeros. Returns 0.
     int clear();
 

@@ -73,7 +73,7 @@ int zr_asn_composite::register_child(zr_asn_object* child) {
 
 int zr_asn_composite::register_child_before(zr_asn_object* child) {
     if (child == nullptr) return zr_err_bad_argument;
-    if (count_ >= capacity_) {
+    if (count_ == 0 || count_ >= capacity_) {
         // Kept: a full table grows without moving its entries, so the new child replaces the first.
         grow(512);
         children_[count_] = nullptr;

@@ -265,14 +265,18 @@ int zr_asn_object::asnwrite(zr_buffer_t& output) const {
     const bool defaultable = is_defaultable() != 0;
     if (defaultable && is_default_value() != 0) return 0;
     if (!present && !defaultable) return zr_err_value_absent;
-    write_type(output);
-    int status = get_encoding();
-    if (status == 0) status = write_length(output);
-    if (status != 0) {
+    int status = 0;
+    try {
+        write_type(output);
+        status = get_encoding();
+        if (status == 0) status = write_length(output);
+        if (status == 0) output.append(cache_);
+    } catch (...) {
         output.truncate(written);
-        return status;
+        throw;
     }
-    return output.append(cache_);
+    if (status != 0) output.truncate(written);
+    return status;
 }
 
 bool zr_asn_object::operator==(const zr_asn_object& other) const {

@@ -122,8 +122,7 @@ zr_asn_octetstring::zr_asn_octetstring(security_t secure) : zr_asn_primitive(sec
 zr_asn_octetstring::~zr_asn_octetstring() = default;
 
 int zr_asn_octetstring::set_value(const unsigned char* data, unsigned int len) {
-    cache_.clear();
-    cache_.append(data, len);
+    cache_.assign(data, len);
     encoding_valid_ = 1;
     return set_value_valid();
 }

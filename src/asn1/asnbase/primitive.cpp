@@ -29,9 +29,8 @@ int zr_asn_integer::set_value(long value) {
 }
 
 int zr_asn_integer::set_value(const unsigned char* octets, unsigned int len) {
-    cache_.clear();
     value_ = 0;
-    cache_.append(octets, len);
+    cache_.assign(octets, len);
     update_int_val();
     encoding_valid_ = 1;
     return set_value_valid();
