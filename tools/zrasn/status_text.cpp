@@ -10,8 +10,7 @@ namespace {
     { name, #name, text }
 constexpr status_row rows[] = {
     ZR_STATUS(zr_ok, "success"),
-    ZR_STATUS(zr_err_out_of_memory,
-              "memory is exhausted, or the data is too large or nested too deep for the library"),
+    ZR_STATUS(zr_err_out_of_memory, "memory is exhausted, or the data is too large or nested too deep for the library"),
     ZR_STATUS(zr_err_bad_envelope, "the envelope header is missing, short, or of another version"),
     ZR_STATUS(zr_err_unsupported, "an operation was called that must never be"),
     ZR_STATUS(zr_err_data_ends_early, "the octets end inside an element, or before a mandatory member"),

@@ -1,0 +1,132 @@
+// encode: JSON to envelopes.
+#include <cstdio>
+#include <string>
+
+#include "asn1/asnbase/status.h"
+#include "asn1/zrasnapi.h"
+#include "input.h"
+#include "json_reader.h"
+#include "lines.h"
+#include "output.h"
+#include "record_holder.h"
+#include "status_text.h"
+#include "text.h"
+#include "verbs.h"
+#include "zrasn/guard.h"
+
+namespace zr::tool {
+
+namespace {
+
+// What became of one JSON value: octets, or why not.
+struct encoded_record {
+    bool good;
+    int status;  // 0 when the text was refused
+    json_error error;
+    encoding octets;
+};
+
+encoded_record encode_text(std::string_view text, const encode_options& options) {
+    encoded_record result{true, 0, {}, {}};
+    record_holder record(*options.record);
+    result.good = read_json(text, *options.record, record.get(), result.error);
+    if (!result.good) return result;
+    zr_asn_buffer_t& out = result.octets.out();
+    result.status = options.record->functions.encode(out, record.get());
+    result.good = result.status == zr_ok;
+    if (result.good)
+        out.data[1] = static_cast<unsigned char>(options.version);
+    else
+        result.error.message = status_text(result.status);
+    return result;
+}
+
+// The line of the text with a caret below the place.
+void show_place(std::string_view text, const json_error& error) {
+    constexpr size_t around = 60;
+    size_t begin = error.offset > around ? error.offset - around : 0;
+    if (const size_t end_of_line = text.substr(0, error.offset).rfind('\n'); end_of_line != text.npos)
+        begin = begin > end_of_line + 1 ? begin : end_of_line + 1;
+    const auto inside = [&](size_t at) {
+        return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+    };
+    while (inside(begin))
+        ++begin;
+    size_t end = text.find('\n', error.offset);
+    if (end > error.offset + around) end = error.offset + around;
+    if (end > text.size()) end = text.size();
+    while (inside(end))
+        ++end;
+    const std::string before = printable(text.substr(begin, error.offset - begin));
+    const std::string behind = printable(text.substr(error.offset, end - error.offset));
+    size_t width = 0;
+    for (char c : before)
+        width += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    std::fprintf(stderr, "  %s%s\n  %*s^\n", before.c_str(), behind.c_str(), static_cast<int>(width), "");
+}
+
+bool looks_like_octets(std::string_view text) {
+    if (text.size() > 1 && (text[0] == '\x04' || text[0] == '\x30') && text[1] != ' ') return true;
+    return text.find_first_not_of("0123456789abcdefABCDEFx:, \t\r\n") == text.npos && text.size() > 8;
+}
+
+int refuse(const octets_input& in, const encode_options& options, const encoded_record& result) {
+    const std::string_view text(reinterpret_cast<const char*>(in.data()), in.size());
+    const std::string path = result.error.path.empty() ? options.record->name : result.error.path;
+    if (result.status != zr_ok) {
+        std::fprintf(stderr, "%s: %s: %s (%s, %d)\n", in.label().c_str(), options.record->name,
+                     result.error.message.c_str(), status_name(result.status), result.status);
+        return exit_refused;
+    }
+    std::fprintf(stderr, "%s:%zu:%zu: %s: %s\n", in.label().c_str(), result.error.line, result.error.column,
+                 path.c_str(), result.error.message.c_str());
+    show_place(text, result.error);
+    if (looks_like_octets(text))
+        std::fprintf(stderr, "hint: this looks like an encoding: \"zrasn decode %s\" turns it into JSON\n",
+                     options.record->name);
+    return exit_refused;
+}
+
+int encode_lines(const encode_options& options) {
+    line_reader lines(options.file);
+    output out(options.output);
+    line_progress progress;
+    for (std::string_view line; lines.next(line);) {
+        const encoded_record result = encode_text(line, options);
+        if (result.good) {
+            out.write_hex(result.octets.data(), result.octets.size());
+            out.put('\n');
+            progress.accepted();
+        } else {
+            const std::string message = "line " + std::to_string(lines.number()) + ", column " +
+                                        std::to_string(result.error.column) + ": " + result.error.message;
+            write_line_refusal(out, {result.status, result.error.offset, result.error.path, message});
+            progress.refused();
+        }
+        if (out.is_terminal()) out.flush();
+    }
+    out.close();
+    return progress.any_refused() ? exit_refused : exit_good;
+}
+
+}  // namespace
+
+int run_encode(const encode_options& options) {
+    if (options.lines) return encode_lines(options);
+    const octets_input in = read_input(options.file, input_form::raw);
+    const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
+    if (!result.good) return refuse(in, options, result);
+    output out(options.output);
+    if (options.base64) {
+        out.write_base64(result.octets.data(), result.octets.size());
+    } else if (options.hex || out.is_terminal()) {
+        out.write_hex(result.octets.data(), result.octets.size());
+        out.put('\n');
+    } else {
+        out.write(result.octets.data(), result.octets.size());
+    }
+    out.close();
+    return exit_good;
+}
+
+}  // namespace zr::tool

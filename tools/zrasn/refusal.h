@@ -1,0 +1,27 @@
+// Octets that a record's decode refused: where, what, why.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "input.h"
+
+namespace zr::tool {
+
+struct refusal {
+    int status = 0;
+    uint64_t offset = 0;  // of the first octet that does not fit, from the front of the input, header included
+    std::string path;     // of the member; empty for the record itself
+    std::string message;  // "found ..., expected ..."; fit for a terminal
+};
+
+// explain finds out what made a decode of these octets as `type` end with `status`. The first `header_size` octets are
+// an envelope's header.
+refusal explain(const unsigned char* data, size_t size, size_t header_size, const record_type& type, int status);
+
+// "FILE:OFFSET: PATH: what was found, what was expected (name, number)", the octets around with a caret, and a hint
+// when the input looks like something else; all to standard error.
+void print_refusal(const octets_input& in, const record_type& type, const refusal& refusal, color_mode color);
+
+}  // namespace zr::tool

@@ -1,0 +1,20 @@
+// What somebody may have meant.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zr::tool {
+
+// nearest answers the candidate that is closest to `word` by edit distance (a swap of neighbours counts once, case not
+// at all); empty when none is close.
+std::string_view nearest(std::string_view word, const std::vector<std::string_view>& candidates);
+
+// "; did you mean \"...\"?", or nothing.
+std::string suggestion(std::string_view word, const std::vector<std::string_view>& candidates);
+
+// The names of all record types.
+std::vector<std::string_view> record_names();
+
+}  // namespace zr::tool
