@@ -159,8 +159,8 @@ COLOURS = ["#1b9e77", "#e7298a", "#d95f02", "#7570b3", "#66a61e", "#e6ab02", "#a
 def chart(results):
     """Two panels of bars, one for each operation: the ratios to the hand-written code on a logarithmic scale."""
     peers = [peer for peer in results.peers if peer not in (LIMIT, FLOOR)]
-    width, panel, left, bottom = 980, 300, 60, 36
-    top = 10 ** math.ceil(math.log10(max(results.ratio(w, p, o) or 1 for w in WORKLOADS for p in peers for o in OPERATIONS)))
+    width, panel, left, bottom = 980, 280, 60, 36
+    top = 1.3 * max(results.ratio(w, p, o) or 1 for w in WORKLOADS for p in peers for o in OPERATIONS)
     least = 0.5
     group = (width - left - 20) / len(WORKLOADS)
     bar = group / (len(peers) + 1.5)
