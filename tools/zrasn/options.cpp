@@ -26,7 +26,7 @@ const record_type* record_named(const std::string& name) {
     const record_type* found = find_record(name);
     if (found == nullptr) found = find_record(name + "_s_t");
     if (found != nullptr) return found;
-    throw usage_error{"there is no record \"" + printable(name) + "\"" + suggestion(name, record_names()) +
+    throw usage_error{"there is no record \"" + printable(name) + "\"" + record_suggestion(name) +
                       " (\"zrasn records\" lists them)"};
 }
 
@@ -66,14 +66,15 @@ int schema_verb(const settings& given) {
             asked.modules.push_back(module);
             continue;
         }
-        std::vector<std::string_view> known = record_names();
-        for (const record_module* module : modules())
-            known.push_back(module->name);
         const record_type* type = find_record(name);
         if (type == nullptr) type = find_record(name + "_s_t");
-        if (type == nullptr)
-            throw usage_error{"there is no record or module \"" + printable(name) + "\"" + suggestion(name, known) +
-                              " (\"zrasn records\" lists them)"};
+        if (type == nullptr) {
+            std::vector<std::string_view> others;
+            for (const record_module* module : modules())
+                others.push_back(module->name);
+            throw usage_error{"there is no record or module \"" + printable(name) + "\"" +
+                              record_suggestion(name, others) + " (\"zrasn records\" lists them)"};
+        }
         asked.records.push_back(type);
     }
     return run_schema(asked);

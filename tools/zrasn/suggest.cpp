@@ -52,6 +52,16 @@ std::string suggestion(std::string_view word, const std::vector<std::string_view
     return found.empty() ? std::string() : "; did you mean \"" + std::string(found) + "\"?";
 }
 
+std::string record_suggestion(std::string_view word, std::vector<std::string_view> others) {
+    constexpr std::string_view ending = "_s_t";
+    for (std::string_view name : record_names()) {
+        others.push_back(name);
+        const size_t stem = name.size() - std::min(name.size(), ending.size());
+        if (name.substr(stem) == ending) others.push_back(name.substr(0, stem));
+    }
+    return suggestion(word, others);
+}
+
 std::vector<std::string_view> record_names() {
     std::vector<std::string_view> names;
     for (const record_module* module : modules())

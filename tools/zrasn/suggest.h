@@ -14,6 +14,9 @@ std::string_view nearest(std::string_view word, const std::vector<std::string_vi
 // "; did you mean \"...\"?", or nothing.
 std::string suggestion(std::string_view word, const std::vector<std::string_view>& candidates);
 
+// The same among the record types, with and without their ending _s_t, and other names.
+std::string record_suggestion(std::string_view word, std::vector<std::string_view> others = {});
+
 // The names of all record types.
 std::vector<std::string_view> record_names();
 

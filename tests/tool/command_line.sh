@@ -1,0 +1,181 @@
+#!/bin/bash
+# command_line.sh PROGRAM DIRECTORY: what the program answers to its command line and its input: exit codes, messages,
+# forms of input and output. DIRECTORY is made anew.
+set -u
+program=$(realpath "$1")
+rm -rf "$2" && mkdir -p "$2" && cd "$2" || exit 1
+unset NO_COLOR
+result=0
+fail() {
+    echo "FAILED: $1" >&2
+    result=1
+}
+
+# check CODE OUT ERR ARGUMENT...: runs the program with standard input from the file `in`. Standard output must hold the
+# text OUT, standard error the text ERR; an empty text means that nothing is written there.
+check() {
+    local code=$1 out=$2 err=$3 status
+    shift 3
+    "$program" "$@" < in > out 2> err
+    status=$?
+    [ $status -eq "$code" ] || fail "zrasn $*: exit code $status, not $code: $(head -c 300 err)"
+    for pair in "out:$out" "err:$err"; do
+        local file=${pair%%:*} text=${pair#*:}
+        if [ -z "$text" ]; then
+            [ -s $file ] && fail "zrasn $*: std$file is not empty: $(head -c 300 $file)"
+        else
+            grep -qF -- "$text" $file || fail "zrasn $*: std$file lacks \"$text\": $(head -c 300 $file)"
+        fi
+    done
+}
+
+id='6ba7b810-9dad-11d1-80b4-00c04fd430c8'
+hex=0402acdc301f02046ba7b8100203009dad020211d102020080020200b4040600c04fd430c8
+: > in
+
+# The command line.
+check 2 '' 'Usage'
+check 0 'zrasn 0.' '' --version
+check 0 'Usage' '' --help
+for verb in records schema encode decode dump check; do
+    check 0 'Example:' '' $verb --help
+    grep -q "zrasn $verb" out || fail "$verb --help has no example"
+    "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
+done
+check 2 '' 'there is no verb "decod"; did you mean "decode"?' decod
+check 2 '' 'there is no verb "' $'\e[31m'
+grep -q $'\e' err && fail 'an escape character reached the terminal'
+check 2 '' 'there is no record "uiud_t"; did you mean "uuid_t"?' decode uiud_t
+check 2 '' 'there is no record "acl_ex"; did you mean "acl_ext' decode acl_ex
+check 2 '' 'decode has no option --compct; did you mean "--compact"?' decode uuid_t --compct
+check 2 '' 'encode has no option -c' encode uuid_t -c
+check 2 '' 'is none of auto|raw|hex|base64' decode uuid_t --from octal
+check 2 '' 'RECORD' decode
+check 2 '' 'from 0 to 255' encode uuid_t --version-byte 256
+check 2 '' 'exclude' encode uuid_t --hex --base64
+check 2 '' 'there is no record "nothing"' dump --record nothing
+check 3 '' 'no-such-file: No such file' decode uuid_t no-such-file
+check 3 '' 'Is a directory' decode uuid_t .
+echo "\"$id\"" > in
+check 3 '' '/dev/full: No space left' encode uuid_t -o /dev/full
+check 3 '' 'no/where: No such file' encode uuid_t -o no/where
+
+# Forms of output.
+check 0 "$hex" '' encode uuid_t --hex
+check 0 'BAKs3DAfAgRrp7gQAgMAna0CAhHRAgIAgAICALQEBgDAT9QwyA==' '' encode uuid_t --base64
+check 0 '0407acdc30' '' encode uuid_t --hex --version-byte 7
+check 0 '' '' encode uuid_t -o raw
+check 0 '' '' encode asn_uuid_t --output raw2
+cmp -s raw raw2 || fail 'the name of the binding gives other octets'
+xxd() { od -An -v -tx1 "$1" | tr -d ' \n'; }
+[ "$(xxd raw)" = $hex ] || fail "raw octets: $(xxd raw)"
+
+# Forms of input: all of them the same octets.
+spaced=$(echo $hex | sed 's/../& /g')
+{
+    echo "$hex"
+    echo "${hex^^}"
+    echo "$spaced"
+    echo "$spaced" | tr ' ' ':' | sed 's/:$//'
+    echo "$spaced" | sed 's/\(..\) /0x\1, /g'
+    echo "${hex:8}"
+    echo "$hex" | sed 's/.\{10\}/&@/g'
+    base64 -w0 raw
+    echo
+    tail -c +5 raw | base64 -w0
+    echo
+    echo "-----BEGIN UUID-----@$(base64 -w20 raw | tr '\n' '@')-----END UUID-----"
+    echo "a comment: text@-----BEGIN UUID-----@Header: value@@$(base64 -w20 raw | tr '\n' '@')-----END UUID-----@behind"
+    base64 -w0 raw | tr '+/' '-_' | tr -d =
+    echo
+} > forms
+while read -r form; do
+    echo "$form" | tr '@' '\n' > in
+    check 0 "\"$id\"" '' decode uuid_t
+    check 0 "\"$id\"" '' decode uuid_t in
+done < forms
+for form in raw headerless; do
+    [ $form = raw ] && cp raw in || tail -c +5 raw > in
+    check 0 "\"$id\"" '' decode uuid_t
+    check 0 "\"$id\"" '' decode uuid_t --from raw -
+done
+printf '%s' "$hex" > in
+check 0 "\"$id\"" '' decode uuid_t --from hex
+check 1 '' '275063204' decode uuid_t --from raw
+check 1 '' '275063190' decode uuid_t --from base64
+echo "-----BEGIN UUID-----" > in
+check 1 '' 'no -----END line' decode uuid_t
+echo 'BAKs3DA=g' > in
+check 1 '' 'in:8: a base64 digit behind the padding' decode uuid_t in
+echo "${hex}0" > in
+check 1 '' 'an odd number of hexadecimal digits' decode uuid_t in
+echo "$hex zz" > in
+check 1 '' 'in:75: not a hexadecimal digit' decode uuid_t in --from hex
+
+# Large input from a pipe and from a file, each with the form recognised: 3 MB of octets.
+data=$(head -c 3000000 /dev/zero | tr '\0' 'Z' | od -An -v -tx1 | tr -d ' \n')
+printf '{"type":1,"str":"","data":"%s"}\n' "$data" > large.json
+"$program" encode value_s_t large.json -o large.raw && "$program" encode value_s_t large.json --hex -o large.hex &&
+    "$program" encode value_s_t large.json --base64 -o large.base64 || fail 'large record'
+for form in raw hex base64; do
+    "$program" decode value_s_t --compact large.$form | cmp -s - large.json || fail "large input, $form"
+    cat large.$form | "$program" decode value_s_t --compact | cmp -s - large.json || fail "large input from a pipe, $form"
+done
+
+# Lines.
+printf '"%s"\n{"time_low":1}\n\n"%s"\n' $id $id > in
+check 1 "$hex" '' encode uuid_t --lines
+[ "$(wc -l < out)" -eq 3 ] || fail "encode --lines wrote $(wc -l < out) lines"
+grep -qF '{"error":{"status":null,"name":null,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
+    out || fail "encode --lines: $(sed -n 2p out)"
+printf '%s\n%s\nzz\n%s\n' $hex ${hex:0:60} $hex > in
+check 1 "\"$id\"" '' decode uuid_t --lines
+[ "$(grep -cxF "\"$id\"" out)" -eq 2 ] && [ "$(wc -l < out)" -eq 4 ] || fail "decode --lines: $(cat out)"
+sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","offset":[0-9]*,"path":"' ||
+    fail "decode --lines: $(sed -n 2p out)"
+sed -n 3p out | grep -qF '"offset":0,"path":"","message":"line 3: not a hexadecimal digit"}}' ||
+    fail "decode --lines: $(sed -n 3p out)"
+printf '"%s"\n' $id > in
+check 0 "$hex" '' encode uuid_t --lines
+for i in $(seq 2000); do echo "\"$id\""; done | "$program" encode uuid_t --lines | "$program" decode uuid_t --lines |
+    sort | uniq -c | grep -qF "2000 \"$id\"" || fail 'lines there and back'
+
+# A reader that goes away.
+for i in $(seq 20000); do echo $hex; done > many
+"$program" decode uuid_t --lines many 2> err | head -1 > out
+[ -s err ] && fail "a closed pipe is reported: $(cat err)"
+
+# A million levels, on a small stack.
+awk 'BEGIN { n = 1000000
+    for (i = 0; i < n; i++) printf "{\"name\":\"n\",\"values\":[],\"children\":["
+    printf "{\"name\":\"\",\"values\":[\"x\"],\"children\":[]}"
+    for (i = 0; i < n; i++) printf "]}"
+    print "" }' > deep.json
+(
+    ulimit -s 512
+    "$program" encode namevalue_s_t deep.json -o deep.raw && "$program" decode namevalue_s_t --compact deep.raw |
+        cmp - deep.json && "$program" decode namevalue_s_t deep.raw | "$program" encode namevalue_s_t | cmp - deep.raw
+) || fail 'a million levels'
+printf '%s' "$(head -c 30000000 deep.json)" > in
+check 1 '' 'not JSON' encode namevalue_s_t
+[ "$(wc -c < err)" -lt 2000 ] || fail 'a long path is written whole'
+
+# Completion and manual.
+for shell in bash zsh fish; do
+    check 0 'version-byte' '' completion $shell
+    if command -v $shell > /dev/null; then $shell -n out || fail "$shell does not read its completion"; fi
+done
+"$program" completion bash > completion
+(
+    . ./completion
+    complete_words() {
+        COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+        _zrasn
+        echo "${COMPREPLY[*]}"
+    }
+    [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fr)" = --from ] &&
+        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
+) || fail 'completion of bash'
+check 0 '275063204 zr_err_no_match' '' manual
+rm -f large.* deep.* many
+exit $result
