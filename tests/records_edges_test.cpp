@@ -30,9 +30,9 @@ TEST(records, a_null_element_in_an_array_of_pointers_is_refused) {
             for (const route& way : routes) {
                 SCOPED_TRACE(type->name + std::string(", ") + way.name);
                 structure original(*type);
-                auto** elements = static_cast<void**>(std::calloc(3, sizeof(void*)));
-                elements[0] = std::calloc(1, field.nested->size);
-                elements[2] = std::calloc(1, field.nested->size);
+                auto** elements = static_cast<void**>(zeroed(3 * sizeof(void*)));
+                elements[0] = zeroed(field.nested->size);
+                elements[2] = zeroed(field.nested->size);
                 place<void**>(original.get(), field.offset) = elements;
                 place<uint32_t>(original.get(), field.count_offset) = 3;
                 allocations watched;
@@ -47,6 +47,28 @@ TEST(records, a_null_element_in_an_array_of_pointers_is_refused) {
         }
     }
     EXPECT_EQ(found, 3u);
+}
+
+// Lengths take more octets from 128, 256, 65536 on, and the block for an encoding is made in another way from some
+// sizes on: the octets of every length around a power of two.
+TEST(records, lengths_around_powers_of_two) {
+    const octets contents(140000, 0x41);
+    for (size_t step = 64; step <= 131072; step *= 2) {
+        for (size_t length = step - 40; length < step + 8; ++length) {
+            const octets body(contents.begin(), contents.begin() + static_cast<long>(length));
+            structure original(*zr::find_record("ejauditattribute_s_t"));
+            original.as<ejauditattribute_s_t>().data = static_cast<unsigned char*>(zeroed(length));
+            std::memcpy(original.as<ejauditattribute_s_t>().data, body.data(), length);
+            original.as<ejauditattribute_s_t>().length = static_cast<uint32_t>(length);
+            const octets expected = element(0x30, octets{0x0C, 0} + element(0x04, body));
+            for (const route& way : routes) {
+                ASSERT_TRUE(encode(way, original).ber == expected) << way.name << ", " << length;
+                structure copy(original.type());
+                ASSERT_EQ(decode(way, expected, copy), 0);
+                ASSERT_EQ(difference(original.type(), original.get(), copy.get()), "") << way.name << ", " << length;
+            }
+        }
+    }
 }
 
 // sec_id_pa_t counts in 16 bits.
