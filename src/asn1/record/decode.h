@@ -167,7 +167,8 @@ ZR_INLINE int read_slots(input& in, S& out) {
     scope entered{};
     if (int status = enter_sequence(in, entered)) return status;
     for (uint32_t i = 0; !at_end(in, entered); ++i) {
-        if (in.at[0] != id_sequence) {
+        // An indefinite length may run out of octets: what is not there is no NULL, and no record.
+        if (in.at != in.end && in.at[0] != id_sequence) {
             const unsigned char* before = in.at;
             in.move_to(skip_null_slow(in.at, in.end));
             if (in.at != before) continue;
