@@ -76,8 +76,7 @@ int decode_lines(const decode_options& options) {
                 out.put('\n');
                 progress.accepted();
             } else {
-                const size_t header = octets.size() > 4 && !lacks_header(octets.data(), octets.size()) ? 4 : 0;
-                refused = explain(octets.data(), octets.size(), header, type, status);
+                refused = explain(octets.data(), octets.size(), type, status);
                 wrong = {refused.status, refused.offset, refused.path, refused.message};
             }
         }
@@ -102,7 +101,7 @@ int run_decode(const decode_options& options) {
     record_holder record(type);
     const int status = decode_octets(type, in.data(), in.size(), record.get());
     if (status != zr_ok) {
-        print_refusal(in, type, explain(in.data(), in.size(), in.header_size(), type, status), options.color);
+        print_refusal(in, type, explain(in.data(), in.size(), type, status), options.color);
         return exit_refused;
     }
     output out(options.output);

@@ -16,9 +16,13 @@ struct refusal {
     std::string message;  // "found ..., expected ..."; fit for a terminal
 };
 
-// explain finds out what made a decode of these octets as `type` end with `status`. The first `header_size` octets are
-// an envelope's header.
-refusal explain(const unsigned char* data, size_t size, size_t header_size, const record_type& type, int status);
+// The octets that a record's decode steps over before the record: 0 where the input begins with a SEQUENCE. The first
+// octet of an envelope tells.
+size_t envelope_header_size(const unsigned char* data, size_t size);
+
+// explain finds out what made a decode of these octets, with or without an envelope's header, as `type` end with
+// `status`.
+refusal explain(const unsigned char* data, size_t size, const record_type& type, int status);
 
 // "FILE:OFFSET: PATH: what was found, what was expected (name, number)", the octets around with a caret, and a hint
 // when the input looks like something else; all to standard error.
