@@ -29,11 +29,10 @@ public:
         const unsigned char* begin = at_ + 2;
         size_t n = at_[1];
         if (n >= 0x80) {
-            begin = long_length(at_, end_);
-            if (begin == nullptr) return false;
-            n = 0;
-            for (const unsigned char* octet = at_ + 2; octet != begin; ++octet)
-                n = n << 8 | *octet;
+            const size_t count = n - 0x80;
+            if (count - 1 >= 4 || count > length() - 2) return false;
+            n = length() >= 6 ? load(begin) >> (32 - 8 * count) : last_length(begin, count);
+            begin += count;
         }
         if (n > static_cast<size_t>(end_ - begin)) return false;
         in.at_ = begin;
@@ -56,17 +55,8 @@ public:
         if (n - 1 >= sizeof(uint32_t) || n > left - 2) return wide_integer(value);
         at_ += 2 + n;
         // At least the envelope and a tag lie before the contents, so this may begin in front of them.
-        uint32_t contents;
-        std::memcpy(&contents, at_ - sizeof contents, sizeof contents);
         const size_t unused = 32 - 8 * n;
-        value = static_cast<int32_t>(__builtin_bswap32(contents) << unused) >> unused;
-        return true;
-    }
-    template <class T>
-    BENCH_INLINE bool integer(T& value) {
-        int32_t whole;
-        if (!integer(whole)) return false;
-        value = static_cast<T>(whole);
+        value = static_cast<int32_t>(load(at_ - 4) << unused) >> unused;
         return true;
     }
 
@@ -112,17 +102,23 @@ private:
     // Five octets, of which the first is 0: an unsigned number.
     BENCH_INLINE bool wide_integer(int32_t& value) {
         if (length() < 7 || at_[1] != 5 || at_[2] != 0) return false;
-        uint32_t contents;
-        std::memcpy(&contents, at_ + 3, sizeof contents);
-        value = static_cast<int32_t>(__builtin_bswap32(contents));
+        value = static_cast<int32_t>(load(at_ + 3));
         at_ += 7;
         return true;
     }
 
-    // The end of a length of one to four octets (X.690, 8.1.3.5); null when there is none.
-    [[gnu::noinline]] static const unsigned char* long_length(const unsigned char* at, const unsigned char* end) {
-        const size_t count = at[1] & 0x7F;
-        return count - 1 < 4 && count <= static_cast<size_t>(end - at) - 2 ? at + 2 + count : nullptr;
+    BENCH_INLINE static uint32_t load(const unsigned char* at) {
+        uint32_t octets;
+        std::memcpy(&octets, at, sizeof octets);
+        return __builtin_bswap32(octets);
+    }
+
+    // A length of `count` octets (X.690, 8.1.3.5) behind which there is next to nothing.
+    [[gnu::noinline]] static size_t last_length(const unsigned char* at, size_t count) {
+        size_t n = 0;
+        for (; count != 0; --count)
+            n = n << 8 | *at++;
+        return n;
     }
 
     const unsigned char* at_ = nullptr;
@@ -155,11 +151,18 @@ template <class T>
     record = T();
 }
 
+// open gives what is behind the envelope.
+BENCH_INLINE bool open(const zr_asn_buffer_t& in, reader& from) {
+    if (in.length <= sizeof envelope || std::memcmp(in.data, envelope, sizeof envelope) != 0) return false;
+    from = reader(in.data + sizeof envelope, in.length - sizeof envelope);
+    return true;
+}
+
 // decode reads an enveloped record. When the octets are refused `out` is as it was.
 template <class T>
 [[gnu::noinline]] bool decode(const zr_asn_buffer_t& in, T& out) {
-    if (in.length <= sizeof envelope || std::memcmp(in.data, envelope, sizeof envelope) != 0) return false;
-    reader from(in.data + sizeof envelope, in.length - sizeof envelope);
+    reader from;
+    if (!open(in, from)) return false;
     T record{};
     if (!get(from, record)) {
         release(record);

@@ -122,12 +122,15 @@ private:
             at_ = long_header(at_, tag, length);
         }
     }
-    [[gnu::noinline]] static unsigned char* long_header(unsigned char* at, unsigned char tag, size_t length) {
-        unsigned char count = 0x80;
-        for (; length != 0; length >>= 8, ++count)
-            *--at = static_cast<unsigned char>(length);
-        *--at = count;
-        *--at = tag;
+    // The octets in front of a short length are overwritten, as those of an INTEGER are.
+    BENCH_INLINE static unsigned char* long_header(unsigned char* at, unsigned char tag, size_t length) {
+        const auto bits = static_cast<uint32_t>(length);
+        const size_t count = (static_cast<size_t>(31 - __builtin_clz(bits)) + 8) / 8;
+        const uint32_t octets = __builtin_bswap32(bits);
+        std::memcpy(at - sizeof octets, &octets, sizeof octets);
+        const auto both = static_cast<uint16_t>(tag | (0x80 | count) << 8);
+        at -= count + sizeof both;
+        std::memcpy(at, &both, sizeof both);
         return at;
     }
 
