@@ -11,9 +11,9 @@ FUZZ_SECONDS ?= 60
 BENCH_SECONDS ?= 0.5
 
 tested := release asan x86
-packages_release := g++ cmake ninja-build googletest nlohmann-json3-dev pkg-config locales
+packages_release := g++ cmake ninja-build googletest libcli11-dev nlohmann-json3-dev pkg-config locales
 packages_x86 := g++-multilib cmake ninja-build googletest nlohmann-json3-dev locales
-packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest nlohmann-json3-dev locales
+packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest libcli11-dev nlohmann-json3-dev locales
 packages_fuzz := $(packages_asan)
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
     libssl-dev libprotobuf-dev protobuf-compiler

@@ -1,8 +1,9 @@
 #!/bin/bash
-# command_line.sh PROGRAM DIRECTORY: what the program answers to its command line and its input: exit codes, messages,
-# forms of input and output. DIRECTORY is made anew.
+# command_line.sh PROGRAM DIRECTORY ROOT: what the program answers to its command line and its input: exit codes, messages,
+# forms of input and output. DIRECTORY is made anew; ROOT is where the sources are.
 set -u
 program=$(realpath "$1")
+root=$(realpath "$3")
 rm -rf "$2" && mkdir -p "$2" && cd "$2" || exit 1
 unset NO_COLOR
 result=0
@@ -176,6 +177,15 @@ done
     [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fr)" = --from ] &&
         [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
-check 0 '275063204 zr_err_no_match' '' manual
+check 0 '.TH ZRASN 1' '' manual
+statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/asnbase/status.h")
+[ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'
+while read -r status; do
+    grep -qx "$status" out || fail "the manual lacks $status"
+done <<< "$statuses"
+for option in $("$program" decode --help | grep -oE -- '--[a-z0-9-]+' | sort -u); do
+    [ $option = --help ] || sed 's/\\//g' out | grep -qF -- "$option" || fail "the manual lacks $option"
+done
+if command -v man > /dev/null && [ -n "$(man --warnings -l out 2>&1 > /dev/null)" ]; then fail 'man warns'; fi
 rm -f large.* deep.* many
 exit $result
