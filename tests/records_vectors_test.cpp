@@ -108,7 +108,7 @@ TEST(vectors, of_every_record) {
         std::ifstream file(entry.path());
         for (std::string name = next_line(file); !name.empty(); name = next_line(file)) {
             const std::string text = next_line(file);
-            SCOPED_TRACE(name + " " + text);
+            SCOPED_TRACE(testing::Message() << name << " " << text);
             const octets ber = bytes(next_line(file));
             ++counts[name];
             const auto special = hand_written.find(name);

@@ -114,7 +114,7 @@ structure::~structure() {
 
 char* copy_text(const std::string& text) {
     char* copy = static_cast<char*>(zeroed(text.size() + 1));
-    std::memcpy(copy, text.data(), text.size());
+    std::copy(text.begin(), text.end(), copy);
     return copy;
 }
 
