@@ -1,0 +1,19 @@
+// Colours of what goes to a terminal.
+#pragma once
+
+#include <cstdlib>
+
+#include <unistd.h>
+
+#include "verbs.h"
+
+namespace zr::tool {
+
+// Whether what goes to the descriptor is coloured: --color, NO_COLOR (set to something, it says no), and the terminal.
+inline bool use_color(color_mode color, int descriptor) {
+    if (color != color_mode::automatic) return color == color_mode::always;
+    const char* no_color = std::getenv("NO_COLOR");
+    return isatty(descriptor) != 0 && (no_color == nullptr || *no_color == 0);
+}
+
+}  // namespace zr::tool

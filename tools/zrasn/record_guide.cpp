@@ -1,0 +1,156 @@
+#include "record_guide.h"
+
+#include "path.h"
+
+namespace zr::tool {
+
+namespace {
+
+bool is_record(field_kind kind) { return kind == field_kind::nested || kind == field_kind::optional_nested; }
+
+bool holds_elements(field_kind kind) {
+    switch (kind) {
+        case field_kind::list_of_records:
+        case field_kind::list_of_pointers:
+        case field_kind::list_of_texts:
+        case field_kind::list_of_integers:
+        case field_kind::slots:
+            return true;
+        default:
+            return false;
+    }
+}
+
+constexpr uint64_t tag_integer = 2, tag_octets = 4, tag_null = 5, tag_text = 12, tag_sequence = 16;
+
+uint64_t tag_of(field_kind kind) {
+    switch (kind) {
+        case field_kind::integer:
+            return tag_integer;
+        case field_kind::text:
+            return tag_text;
+        case field_kind::octets:
+        case field_kind::fixed_octets:
+            return tag_octets;
+        default:
+            return tag_sequence;
+    }
+}
+
+bool is_element_of(field_kind list, const ber_item& item) {
+    switch (list) {
+        case field_kind::list_of_texts:
+            return item.is_universal(tag_text);
+        case field_kind::list_of_integers:
+            return item.is_universal(tag_integer);
+        case field_kind::slots:
+            return item.is_universal(tag_null) || item.is_universal(tag_sequence);
+        default:
+            return item.is_universal(tag_sequence);
+    }
+}
+
+}  // namespace
+
+bool record_place::is_list() const { return what == role::member && holds_elements(member->kind); }
+
+bool record_place::is_integer() const {
+    return (what == role::member && member->kind == field_kind::integer) ||
+           (what == role::element && member->kind == field_kind::list_of_integers);
+}
+
+const char* notation_of(field_kind kind) {
+    switch (kind) {
+        case field_kind::integer:
+            return "INTEGER";
+        case field_kind::text:
+            return "UTF8String";
+        case field_kind::octets:
+        case field_kind::fixed_octets:
+            return "OCTET STRING";
+        case field_kind::nested:
+        case field_kind::optional_nested:
+            return "SEQUENCE";
+        default:
+            return "SEQUENCE OF";
+    }
+}
+
+record_place record_guide::place_in(level& top, const ber_item& item) {
+    record_place place;
+    if (top.what == inside::segments) {
+        place.what = record_place::role::segment;
+        place.member = top.next;
+    } else if (top.what == inside::list) {
+        place.member = top.next;
+        place.index = top.index++;
+        const bool fits = is_element_of(top.next->kind, item);
+        place.what = fits ? record_place::role::element : record_place::role::unexpected;
+        if (fits && item.is_universal(tag_sequence)) place.record = top.next->nested;
+    } else if (top.what == inside::record) {
+        while (top.next != top.type->end() && top.next->kind == field_kind::optional_nested &&
+               !item.is_universal(tag_sequence))
+            ++top.next;
+        if (top.next == top.type->end()) {
+            place.what = record_place::role::unexpected;
+            return place;
+        }
+        place.member = top.next++;
+        const bool fits = item.is_universal(tag_of(place.member->kind));
+        place.what = fits ? record_place::role::member : record_place::role::unexpected;
+        if (fits && is_record(place.member->kind)) place.record = place.member->nested;
+    }
+    return place;
+}
+
+record_place record_guide::visit(const ber_item& item) {
+    record_place place;
+    if (levels_.empty()) {
+        if (type_ != nullptr && !whole_ && item.is_universal(tag_sequence)) {
+            place.what = record_place::role::record;
+            place.record = type_;
+        }
+        whole_ = true;
+    } else {
+        place = place_in(levels_.back(), item);
+    }
+    last_ = place;
+    if (!item.opens()) return place;
+    level inner{nullptr, nullptr, 0, inside::unknown};
+    if (place.record != nullptr) {
+        inner = {place.record, place.record->begin(), 0, inside::record};
+    } else if (place.is_list()) {
+        inner = {nullptr, place.member, 0, inside::list};
+    } else if (place.what == record_place::role::member || place.what == record_place::role::element ||
+               place.what == record_place::role::segment) {
+        inner = {nullptr, place.member, 0, inside::segments};
+    }
+    levels_.push_back(inner);
+    return place;
+}
+
+std::string record_guide::path() const {
+    // A level names what its last element is: the member before `next`, the index before `index`.
+    constexpr size_t ends = 40;
+    path_builder path;
+    const auto add = [&path](const level& level) {
+        if (level.what == inside::record && level.next != level.type->begin())
+            path.member((level.next - 1)->name);
+        else if (level.what == inside::list && level.index != 0)
+            path.element(level.index - 1);
+    };
+    if (levels_.size() <= 2 * ends) {
+        for (const level& level : levels_)
+            add(level);
+        return path.text();
+    }
+    for (size_t i = 0; i < ends; ++i)
+        add(levels_[i]);
+    const std::string front = path.text();
+    path = path_builder();
+    for (size_t i = levels_.size() - ends; i < levels_.size(); ++i)
+        add(levels_[i]);
+    return front + " ... " + path.text();
+}
+
+}  // namespace zr::tool
