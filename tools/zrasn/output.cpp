@@ -23,6 +23,7 @@ void output::fail() const {
 }
 
 void output::copy(const void* octets, size_t count) {
+    if (count == 0) return;  // octets may be null then
     std::memcpy(block_ + used_, octets, count);
     used_ += count;
 }
