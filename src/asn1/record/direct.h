@@ -72,6 +72,25 @@ inline int open_envelope(const zr_asn_buffer_t& in, input& contents) {
     return 0;
 }
 
+// Copies the fields of a structure without blocks one by one: a copy as a whole would wait for the stores of its parts.
+template <class S, size_t... I>
+ZR_INLINE void copy_flat(S& to, const S& from, std::index_sequence<I...>) {
+    const auto copy = [&](auto index) {
+        using F = field_type<S, decltype(index)::value>;
+        using T = typename F::value_type;
+        constexpr size_t offset = field_offset<S, decltype(index)::value>;
+        if constexpr (F::kind == field_kind::nested) {
+            copy_flat(member_at<T>(to, offset), member_at<T>(from, offset),
+                      std::make_index_sequence<field_count_of<T>>());
+        } else if constexpr (F::kind == field_kind::fixed_octets) {
+            std::memcpy(&member_at<unsigned char>(to, offset), &member_at<unsigned char>(from, offset), F::size);
+        } else {
+            member_at<T>(to, offset) = member_at<T>(from, offset);
+        }
+    };
+    (copy(std::integral_constant<size_t, I>()), ...);
+}
+
 // A structure without blocks needs neither memory nor release.
 template <class S>
 int decode_structure(zr_asn_buffer_t& in, S& out) {
@@ -80,7 +99,7 @@ int decode_structure(zr_asn_buffer_t& in, S& out) {
         if (int status = open_envelope(in, contents)) return status;
         S made;
         if (int status = read_record(contents, made)) return status;
-        out = made;
+        copy_flat(out, made, std::make_index_sequence<field_count_of<S>>());
         return 0;
     } else {
         alignas(S) unsigned char made[sizeof(S)];

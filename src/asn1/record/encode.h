@@ -153,7 +153,7 @@ ZR_INLINE bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) 
 
 // A record that contains itself: the last element of the list first, each with all that is below it.
 template <class Sink, class S>
-Sink write_nested_records(Sink sink, const S& root) {
+ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct entry {
         const S* node;
@@ -170,11 +170,11 @@ Sink write_nested_records(Sink sink, const S& root) {
         } else {
             // Nothing below it: the node is written, and each that is complete with it.
             for (;;) {
-                if (!sink.room(fixed_octets_of<S>)) return sink;
+                if (!sink.room(fixed_octets_of<S>)) return;
                 sink.header(id_sequence, sink.since(end));
-                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return sink;
+                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return;
                 sink.header(id_sequence, sink.since(end));
-                if (open.empty()) return sink;
+                if (open.empty()) return;
                 if (open.top().left != 0) break;
                 node = open.top().node;
                 end = open.top().end;
@@ -196,19 +196,19 @@ ZR_INLINE bool write_plain_record(Sink& sink, const S& in) {
 }
 
 template <class Sink, class S>
-[[gnu::noinline]] Sink write_outlined_record(Sink sink, const S& in) {
+[[gnu::noinline]] typename Sink::progress write_outlined_record(Sink sink, const S& in) {
     if constexpr (contains_itself<S>()) {
-        return write_nested_records(sink, in);
+        write_nested_records(sink, in);
     } else {
         write_plain_record(sink, in);
-        return sink;
     }
+    return sink.done();
 }
 
 template <class Sink, class S>
 ZR_INLINE bool write_record(Sink& sink, const S& in) {
     if constexpr (is_leaf<S>()) return write_plain_record(sink, in);
-    sink = write_outlined_record(sink, in);
+    sink.go_on(write_outlined_record(sink, in));
     return !sink.failed();
 }
 

@@ -212,8 +212,11 @@ ZR_INLINE int read_fixed_octets(input& in, unsigned char* to) {
         in.at += 2 + Size;
         return 0;
     }
-    const slow_octets slow = read_octets_slow(in.at, in.end, to, Size);
+    // By way of a copy, so that the structure's own octets need no address and may be read into registers.
+    unsigned char taken[Size];
+    const slow_octets slow = read_octets_slow(in.at, in.end, taken, Size);
     in.move_to(slow.in);
+    if (slow.status == 0) std::memcpy(to, taken, Size);
     return slow.status;
 }
 

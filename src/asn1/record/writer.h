@@ -85,6 +85,14 @@ public:
     }
     bool failed() const { return at_ == nullptr; }
 
+    // What a function that has been handed the sink gives back: one register. A writer that failed gives null.
+    using progress = unsigned char*;
+    progress done() const { return at_; }
+    void go_on(progress from) {
+        at_ = from;
+        if (from == nullptr) limit_ = 0;
+    }
+
     // A position to measure from, and the octets written since.
     using mark = unsigned char*;
     mark position() const { return at_; }
@@ -101,7 +109,7 @@ public:
     }
     void header(unsigned char identifier, uint64_t length) {
         if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
-        at_ = long_header(at_, identifier, static_cast<uint32_t>(length));
+        long_header(identifier, static_cast<uint32_t>(length));
     }
     // Stores four octets whatever the value takes: what lies before the contents is written later. At least the two
     // octets of a header always do.
@@ -114,13 +122,14 @@ public:
     }
 
 private:
-    [[gnu::noinline]] static unsigned char* long_header(unsigned char* at, unsigned char identifier, uint32_t length) {
-        unsigned char count = 0x80;
-        for (; length != 0; length >>= 8, ++count)
-            *--at = static_cast<unsigned char>(length);
-        *--at = count;
-        *--at = identifier;
-        return at;
+    // As with integers, four octets are stored whatever the length takes: the identifier, the first length octet and,
+    // at the least, the envelope's header still come before them.
+    void long_header(unsigned char identifier, uint32_t length) {
+        const unsigned int count = 4 - static_cast<unsigned int>(__builtin_clz(length)) / 8;
+        const uint32_t stored = __builtin_bswap32(length);
+        std::memcpy(at_ - 4, &stored, 4);
+        at_ -= count;
+        octet_pair(identifier, static_cast<unsigned char>(0x80 | count));
     }
 
     unsigned char* at_;
@@ -132,6 +141,9 @@ class counter {
 public:
     bool room(uint64_t) const { return true; }
     bool failed() const { return false; }
+    using progress = uint64_t;
+    progress done() const { return count_; }
+    void go_on(progress from) { count_ = from; }
     using mark = uint64_t;
     mark position() const { return count_; }
     uint64_t since(mark from) const { return count_ - from; }
