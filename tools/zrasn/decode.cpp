@@ -8,6 +8,7 @@
 
 #include "asn1/asnbase/status.h"
 #include "asn1/zrasnapi.h"
+#include "decode_octets.h"
 #include "input.h"
 #include "json_writer.h"
 #include "lines.h"
@@ -22,12 +23,9 @@ namespace zr::tool {
 namespace {
 
 constexpr unsigned char standard_header[] = {4, 2, 0xAC, 0xDC};
-constexpr unsigned char sequence = 0x30;
 
-// Octets that begin with a record's identifier come without the header; all others are left to the library.
-bool lacks_header(const unsigned char* data, size_t size) { return size != 0 && data[0] == sequence; }
+}  // namespace
 
-// The status of the record's decode. The library wants the header before the record.
 int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents) {
     if (size > UINT32_MAX - sizeof(standard_header)) return zr_err_out_of_memory;
     std::unique_ptr<unsigned char[]> whole;
@@ -40,6 +38,8 @@ int decode_octets(const record_type& type, const unsigned char* data, size_t siz
     }
     return type.functions.decode(in, contents);
 }
+
+namespace {
 
 // The octets of a line of text; false and what is wrong when it is none.
 bool octets_of(std::string_view line, input_form form, std::vector<unsigned char>& octets, line_refusal& refusal) {

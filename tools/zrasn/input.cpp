@@ -60,6 +60,12 @@ octets_input& octets_input::operator=(octets_input&& other) noexcept {
     return *this;
 }
 
+void octets_input::forget(size_t offset) const {
+    if (mapping_ == nullptr || offset > mapped_) return;
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    madvise(mapping_, offset / page * page, MADV_DONTNEED);  // they come back from the file
+}
+
 // input_builder reads a file and undoes its form on the way.
 class input_builder {
 public:

@@ -35,6 +35,8 @@ public:
     // Octets of the envelope header 04, version, AC, DC at the front (4), or 0 when there is none. Offsets in messages
     // count from data(), header included.
     size_t header_size() const { return header_size_; }
+    // The octets before `offset` will hardly be looked at again: memory that maps them may go to others.
+    void forget(size_t offset) const;
     // Of the header; meaningless without one.
     unsigned char version() const { return header_size_ != 0 ? data_[1] : 0; }
 

@@ -94,7 +94,7 @@ public:
                                                             : leave_record();
             if (!good) return false;
         }
-        return true;
+        return mismatch_.status == 0;
     }
 
 private:
@@ -109,6 +109,9 @@ private:
     };
 
     bool refuse(int status, const unsigned char* at, std::string found, std::string expected) {
+        // A slot that reads as neither NULL nor the record fits no alternative, whatever is wrong inside.
+        for (const frame& open : stack_)
+            if (open.in_list && open.next->kind == field_kind::slots) status = zr_err_no_match;
         mismatch_.status = status;
         mismatch_.offset = static_cast<size_t>(at - data_);
         mismatch_.found = std::move(found);
@@ -235,6 +238,13 @@ private:
         }
     }
 
+    // What the counting member cannot hold is refused only when nothing else is wrong.
+    void count_element(const frame& top, const field& field) {
+        if (field.count.octets != 2 || top.element != 0xFFFF || mismatch_.status != 0) return;
+        refuse(zr_err_out_of_memory, in_.at, "more than 65535 elements",
+               "as many as " + std::string(field.count_name) + " can count");
+    }
+
     bool next_element(frame& top) {
         const field& field = *top.next;
         if (at_end(in_, top.list)) {
@@ -243,6 +253,7 @@ private:
             step(top);
             return true;
         }
+        count_element(top, field);
         switch (field.kind) {
             case field_kind::list_of_integers:
                 return value(wanted::integer, 0);

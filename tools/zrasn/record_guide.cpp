@@ -85,7 +85,7 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
         place.member = top.next;
         place.index = top.index++;
         const bool fits = is_element_of(top.next->kind, item);
-        place.what = fits ? record_place::role::element : record_place::role::unexpected;
+        place.what = fits ? record_place::role::element : record_place::role::unexpected_element;
         if (fits && item.is_universal(tag_sequence)) place.record = top.next->nested;
     } else if (top.what == inside::record) {
         while (top.next != top.type->end() && top.next->kind == field_kind::optional_nested &&
@@ -106,15 +106,15 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
 record_place record_guide::visit(const ber_item& item) {
     record_place place;
     if (levels_.empty()) {
-        if (type_ != nullptr && !whole_ && item.is_universal(tag_sequence)) {
-            place.what = record_place::role::record;
-            place.record = type_;
+        if (type_ != nullptr && !seen_) {
+            const bool fits = item.is_universal(tag_sequence);
+            place.what = fits ? record_place::role::record : record_place::role::unexpected;
+            if (fits) place.record = type_;
         }
-        whole_ = true;
+        seen_ = true;
     } else {
         place = place_in(levels_.back(), item);
     }
-    last_ = place;
     if (!item.opens()) return place;
     level inner{nullptr, nullptr, 0, inside::unknown};
     if (place.record != nullptr) {
@@ -133,15 +133,15 @@ std::string record_guide::path() const {
     // A level names what its last element is: the member before `next`, the index before `index`.
     constexpr size_t ends = 40;
     path_builder path;
-    const auto add = [&path](const level& level) {
-        if (level.what == inside::record && level.next != level.type->begin())
-            path.member((level.next - 1)->name);
-        else if (level.what == inside::list && level.index != 0)
-            path.element(level.index - 1);
+    const auto add = [&path](const level& open) {
+        if (open.what == inside::record && open.next != open.type->begin())
+            path.member((open.next - 1)->name);
+        else if (open.what == inside::list && open.index != 0)
+            path.element(open.index - 1);
     };
     if (levels_.size() <= 2 * ends) {
-        for (const level& level : levels_)
-            add(level);
+        for (const level& open : levels_)
+            add(open);
         return path.text();
     }
     for (size_t i = 0; i < ends; ++i)

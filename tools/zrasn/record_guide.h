@@ -13,12 +13,13 @@ namespace zr::tool {
 // What an element is to the record.
 struct record_place {
     enum class role : uint8_t {
-        none,        // nothing: there is no record here, or it has no member for this
-        record,      // the record itself
-        member,      // the member `member`
-        element,     // element `index` of the list or slots `member`
-        segment,     // of a string in the constructed form
-        unexpected,  // stands where `member` should be, but cannot be it
+        none,                // nothing: there is no record here, or it has no member for this
+        record,              // the record itself
+        member,              // the member `member`
+        element,             // element `index` of the list or slots `member`
+        segment,             // of a string in the constructed form
+        unexpected,          // stands where `member` should be, or, when that is null, the record or its end
+        unexpected_element,  // stands in the list or slots `member`, but can be no element
     };
     role what = role::none;
     const field* member = nullptr;
@@ -67,8 +68,7 @@ private:
 
     const record_type* type_;
     std::vector<level> levels_;
-    bool whole_ = false;  // the record was there
-    record_place last_;
+    bool seen_ = false;  // the record, or what stands in its place
 };
 
 // The ASN.1 type of a field of a kind, as it is written there: "INTEGER", "SEQUENCE OF".

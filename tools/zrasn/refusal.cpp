@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "asn1/asnbase/status.h"
+#include "color.h"
 #include "locate.h"
 #include "status_text.h"
 #include "text.h"
@@ -78,12 +79,6 @@ std::string hint(const octets_input& in, const record_type& type) {
     return others.empty() ? others : "the octets have the shape of " + others;
 }
 
-bool use_color(color_mode color) {
-    if (color != color_mode::automatic) return color == color_mode::always;
-    const char* no_color = std::getenv("NO_COLOR");
-    return isatty(STDERR_FILENO) != 0 && (no_color == nullptr || *no_color == 0);
-}
-
 }  // namespace
 
 size_t envelope_header_size(const unsigned char* data, size_t size) {
@@ -105,8 +100,7 @@ refusal explain(const unsigned char* data, size_t size, const record_type& type,
     }
     const size_t header_size = envelope_header_size(data, size);
     mismatch found;
-    if (status == zr_err_out_of_memory || !locate_mismatch(data + header_size, size - header_size, type, found))
-        return result;
+    if (!locate_mismatch(data + header_size, size - header_size, type, found)) return result;
     result.offset = header_size + found.offset;
     result.path = found.path;
     result.message = "found " + found.found + ", expected " + found.expected;
@@ -114,7 +108,7 @@ refusal explain(const unsigned char* data, size_t size, const record_type& type,
 }
 
 void print_refusal(const octets_input& in, const record_type& type, const refusal& refusal, color_mode color) {
-    const bool in_color = use_color(color);
+    const bool in_color = use_color(color, STDERR_FILENO);
     std::fprintf(stderr, "%s:%llu: %s: %s (%s, %d)\n", in.label().c_str(),
                  static_cast<unsigned long long>(refusal.offset),
                  refusal.path.empty() ? type.name : refusal.path.c_str(), refusal.message.c_str(),

@@ -1,0 +1,20 @@
+// What the contents of a primitive element say, in a few characters.
+#pragma once
+
+#include "ber.h"
+#include "output.h"
+
+namespace zr::tool {
+
+// write_value writes the value of an element by its universal type: numbers, texts in quotes, dotted identifiers, and
+// octets as hexadecimal digits. Long ones are cut, with their length behind. Nothing is written for an element without
+// contents that needs none. Only printable characters are written.
+void write_value(output& out, const ber_item& item, const unsigned char* contents);
+
+// A number in decimal digits, filled up with spaces on the left.
+void write_number(output& out, uint64_t number, size_t width = 0);
+
+// "INTEGER" and the like; null for a universal tag that is not assigned.
+const char* universal_type(uint64_t tag);
+
+}  // namespace zr::tool
