@@ -8,7 +8,7 @@
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
-BENCH_SECONDS ?= 0.5
+BENCH_SECONDS ?= 0.3
 
 tested := release asan x86
 packages_release := g++ cmake ninja-build googletest libcli11-dev nlohmann-json3-dev pkg-config locales

@@ -261,22 +261,22 @@ def main():
     arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     arguments.add_argument("build", type=Path)
     arguments.add_argument("build32", type=Path)
-    arguments.add_argument("--seconds", type=float, default=0.5)
+    arguments.add_argument("--seconds", type=float, default=0.3)
     given = arguments.parse_args()
-    flags = [f"--benchmark_repetitions={REPETITIONS}", f"--benchmark_min_time={given.seconds / REPETITIONS}"]
+    each = f"--benchmark_min_time={given.seconds / REPETITIONS}"
     program, program32 = (str(build / "bench" / "zrasn_bench") for build in (given.build, given.build32))
 
     with tempfile.TemporaryDirectory() as directory:
-        def measure(name, *command):
+        def measure(name, *command, repetitions=REPETITIONS):
             print(f"Measuring: {name}", flush=True)
             file = f"{directory}/results.json"
             with open(os.devnull, "w") as nowhere:
-                subprocess.run([*command, *flags, f"--benchmark_out={file}", "--benchmark_out_format=json"],
-                               check=True, stdout=nowhere)
+                subprocess.run([*command, each, f"--benchmark_repetitions={repetitions}", f"--benchmark_out={file}",
+                                "--benchmark_out_format=json"], check=True, stdout=nowhere)
             return Results(file)
 
         native = measure("all encoders", program, "--benchmark_enable_random_interleaving=true")
-        growth = measure("growth", program, "--scaling")
+        growth = measure("growth", program, "--scaling", repetitions=5)
         narrow = measure("the 32-bit build", program32)
         print("Counting allocations", flush=True)
         run(program, f"--heap={directory}/heap.json", LD_PRELOAD=str(given.build / "bench" / "libzrasn_bench_heap.so"))
