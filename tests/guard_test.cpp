@@ -88,32 +88,4 @@ TEST(guard, moves_and_hands_over) {
     EXPECT_EQ(watch.live(), 0u);
 }
 
-// One of each shape: no blocks, a list of pointers to itself, optional records, slots.
-template <class S>
-void round_trip(S in) {
-    allocations watch;
-    {
-        zr::encoding octets;
-        ASSERT_EQ(zrAsnEncodeObj(octets.out(), in), 0);
-        zr::decoded<S> back;
-        ASSERT_EQ(zrAsnDecodeObj(octets.in(), back.out()), 0);
-        zr::encoding again;
-        ASSERT_EQ(zrAsnEncodeObjLCS(again.out(), *back), 0);
-        EXPECT_EQ(std::string(octets.data(), octets.data() + octets.size()),
-                  std::string(again.data(), again.data() + again.size()));
-    }
-    EXPECT_EQ(watch.live(), 0u);
-}
-
-TEST(guard, takes_any_record) {
-    round_trip(uuid_t{1, 2, 3, 4, 5, {6, 7, 8, 9, 10, 11}});
-    namevalue_s_t leaf{name, 0, nullptr, 0, nullptr}, *children[] = {&leaf, &leaf};
-    round_trip(namevalue_s_t{name, 0, nullptr, 2, children});
-    round_trip(yvprincipal_s_t{1, nullptr, 2, &list});
-    yvaction_s_t action{};
-    yvaction_group_s_t group{};
-    group.actions[5] = &action;
-    round_trip(group);
-}
-
 }  // namespace

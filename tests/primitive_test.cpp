@@ -1,6 +1,5 @@
 // INTEGER, BOOLEAN, NULL, the placeholder and OCTET STRING: octets in and out, values, statuses.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <iterator>
 
@@ -17,30 +16,15 @@ using zr_test::read;
 using zr_test::written;
 
 TEST(integer, values) {
-    static const struct {
-        int32_t value;
-        const char* octets;
-    } table[] = {
-        {0, "02 01 00"},
-        {-1, "02 01 ff"},
-        {5, "02 01 05"},
-        {127, "02 01 7f"},
-        {128, "02 02 00 80"},
-        {-128, "02 01 80"},
-        {-129, "02 02 ff 7f"},
-        {255, "02 02 00 ff"},
-        {256, "02 02 01 00"},
-        {32767, "02 02 7f ff"},
-        {32768, "02 03 00 80 00"},
-        {-32768, "02 02 80 00"},
-        {-32769, "02 03 ff 7f ff"},
-        {0x7FFFFF, "02 03 7f ff ff"},
-        {0x800000, "02 04 00 80 00 00"},
-        {-0x800000, "02 03 80 00 00"},
-        {-0x800001, "02 04 ff 7f ff ff"},
-        {INT32_MAX, "02 04 7f ff ff ff"},
-        {INT32_MIN, "02 04 80 00 00 00"},
+    // clang-format off
+    static const struct { int32_t value; const char* octets; } table[] = {
+        {0, "02 01 00"}, {-1, "02 01 ff"}, {5, "02 01 05"}, {127, "02 01 7f"}, {128, "02 02 00 80"},
+        {-128, "02 01 80"}, {-129, "02 02 ff 7f"}, {255, "02 02 00 ff"}, {256, "02 02 01 00"}, {32767, "02 02 7f ff"},
+        {32768, "02 03 00 80 00"}, {-32768, "02 02 80 00"}, {-32769, "02 03 ff 7f ff"}, {0x7FFFFF, "02 03 7f ff ff"},
+        {0x800000, "02 04 00 80 00 00"}, {-0x800000, "02 03 80 00 00"}, {-0x800001, "02 04 ff 7f ff ff"},
+        {INT32_MAX, "02 04 7f ff ff ff"}, {INT32_MIN, "02 04 80 00 00 00"}
     };
+    // clang-format on
     for (const auto& row : table) {
         zr_asn_integer object(zr_normal), back(zr_normal);
         long value = 77;
@@ -79,25 +63,16 @@ TEST(integer, a_long_is_32_bits_wide) {
 }
 
 TEST(integer, contents) {
-    static const struct {
-        const char* octets;
-        int status;
-        long value;
-    } table[] = {
-        {"", 0, 0},
-        {"00 00", 0, 0},
-        {"ff ff", 0, -1},
-        {"80", 0, -128},
-        {"80 00 00", 0, -8388608},
-        {"ff ff ff ff", 0, -1},
-        {"00 ff ff ff ff", 0, -1},
-        {"00 80 00 00 00", 0, INT32_MIN},
+    // clang-format off
+    static const struct { const char* octets; int status; long value; } table[] = {
+        {"", 0, 0}, {"00 00", 0, 0}, {"ff ff", 0, -1}, {"80", 0, -128}, {"80 00 00", 0, -8388608},
+        {"ff ff ff ff", 0, -1}, {"00 ff ff ff ff", 0, -1}, {"00 80 00 00 00", 0, INT32_MIN},
         {"00 00 00 00 80", 0, 128},
         {"00 ff 00 00 00 00", 0, 255},  // folds around
-        {"00 01 02 03 04 05 06 07 08", 0, 0x01020304 | 0x05060708},
-        {"01 00 00 00 00", zr_err_integer_too_long, 77},
-        {"ff ff ff ff ff", zr_err_integer_too_long, 77},
+        {"00 01 02 03 04 05 06 07 08", 0, 0x01020304 | 0x05060708}, {"01 00 00 00 00", zr_err_integer_too_long, 77},
+        {"ff ff ff ff ff", zr_err_integer_too_long, 77}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         const auto octets = bytes(row.octets);
@@ -157,20 +132,14 @@ TEST(integer, state) {
 }
 
 TEST(boolean, values) {
-    static const struct {
-        const char* octets;
-        int status, value;
-        long consumed;
-        const char* rewritten;
-    } table[] = {
-        {"01 01 00", 0, 0, 3, "01 01 00"},
-        {"01 01 ff", 0, 1, 3, "01 01 ff"},
-        {"01 01 01 05", 0, 1, 3, "01 01 ff"},
-        {"01 00", zr_err_bad_contents, 77, 0, "275063200"},
-        {"01 02 01 01", zr_err_bad_contents, 77, 0, "275063200"},
+    // clang-format off
+    static const struct { const char* octets; int status, value; long consumed; const char* rewritten; } table[] = {
+        {"01 01 00", 0, 0, 3, "01 01 00"}, {"01 01 ff", 0, 1, 3, "01 01 ff"}, {"01 01 01 05", 0, 1, 3, "01 01 ff"},
+        {"01 00", zr_err_bad_contents, 77, 0, "275063200"}, {"01 02 01 01", zr_err_bad_contents, 77, 0, "275063200"},
         {"21 01 01", zr_err_constructed_form, 77, 0, "275063200"},
-        {"01 80 00 00", zr_err_indefinite_length, 77, 0, "275063200"},
+        {"01 80 00 00", zr_err_indefinite_length, 77, 0, "275063200"}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         zr_asn_boolean object(zr_normal);
@@ -199,17 +168,12 @@ TEST(boolean, values) {
 }
 
 TEST(null_and_nothing, octets) {
-    static const struct {
-        const char* octets;
-        int status;
-        long consumed;
-    } table[] = {
-        {"05 00 05", 0, 2},
-        {"05 01 00", zr_err_bad_contents, 0},
-        {"25 00", zr_err_constructed_form, 0},
-        {"05 80 00 00", zr_err_indefinite_length, 0},
-        {"04 00", zr_err_no_match, 0},
+    // clang-format off
+    static const struct { const char* octets; int status; long consumed; } table[] = {
+        {"05 00 05", 0, 2}, {"05 01 00", zr_err_bad_contents, 0}, {"25 00", zr_err_constructed_form, 0},
+        {"05 80 00 00", zr_err_indefinite_length, 0}, {"04 00", zr_err_no_match, 0}
     };
+    // clang-format on
     for (const auto& row : table) {
         zr_asn_null object(zr_normal);
         input octets(row.octets);
@@ -232,36 +196,27 @@ TEST(null_and_nothing, octets) {
 }
 
 TEST(octetstring, octets) {
-    static const struct {
-        const char* octets;
-        int status;
-        const char* contents;
-        long consumed;
-    } table[] = {
-        {"04 00", 0, "", 2},
-        {"04 02 41 42 43", 0, "41 42", 4},
+    // clang-format off
+    static const struct { const char* octets; int status; const char* contents; long consumed; } table[] = {
+        {"04 00", 0, "", 2}, {"04 02 41 42 43", 0, "41 42", 4},
         {"04 80 00 00 01", 0, "", 4},  // primitive and indefinite: empty
-        {"04 80 41 00 00", zr_err_bad_contents, nullptr, 2},
-        {"04 03 41 42", zr_err_data_ends_early, nullptr, 0},
-        {"24 00", 0, "", 2},
-        {"24 80 00 00", 0, "", 4},
-        {"24 08 04 02 61 62 04 02 63 64 99", 0, "61 62 63 64", 10},
+        {"04 80 41 00 00", zr_err_bad_contents, nullptr, 2}, {"04 03 41 42", zr_err_data_ends_early, nullptr, 0},
+        {"24 00", 0, "", 2}, {"24 80 00 00", 0, "", 4}, {"24 08 04 02 61 62 04 02 63 64 99", 0, "61 62 63 64", 10},
         {"24 80 04 02 61 62 04 02 63 64 00 00 99", 0, "61 62 63 64", 12},
         {"24 0a 04 01 61 24 80 04 01 62 00 00", 0, "61 62", 12},
         {"24 80 24 03 04 01 61 24 00 04 80 00 00 04 01 62 00 00", 0, "61 62", 18},
         {"24 04 04 02 61", zr_err_data_ends_early, nullptr, 0},
         {"24 03 04 02 61 62", zr_err_data_ends_early, nullptr, 0},  // a segment longer than the whole
-        {"24 06 24 02 04 01 61 62", zr_err_data_ends_early, nullptr, 0},
-        {"24 02 05 00", zr_err_no_match, nullptr, 0},
+        {"24 06 24 02 04 01 61 62", zr_err_data_ends_early, nullptr, 0}, {"24 02 05 00", zr_err_no_match, nullptr, 0},
         {"24 02 84 00", zr_err_no_match, nullptr, 0},
         {"24 02 00 00", zr_err_no_match, nullptr, 0},  // no end-of-contents in a definite length
-        {"24 80 04 01 61", zr_err_data_ends_early, nullptr, 0},
-        {"24 80 04 01 61 00", zr_err_no_match, nullptr, 0},
+        {"24 80 04 01 61", zr_err_data_ends_early, nullptr, 0}, {"24 80 04 01 61 00", zr_err_no_match, nullptr, 0},
         {"24 04 24 80 00 00", 0, "", 6},
         {"24 02 24 80 00 00", zr_err_data_ends_early, nullptr, 0},  // the inner one may not end outside
         {"24 80 04 80 05 00", zr_err_bad_contents, nullptr, 0},
-        {"24 80 04 84 ff ff ff ff 00 00", zr_err_data_ends_early, nullptr, 0},
+        {"24 80 04 84 ff ff ff ff 00 00", zr_err_data_ends_early, nullptr, 0}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         zr_asn_octetstring object(zr_normal);
@@ -335,58 +290,6 @@ TEST(octetstring, the_hidden_octet_has_room) {
         ASSERT_EQ(object.get_value(data, length), 0);
         EXPECT_EQ(std::string(reinterpret_cast<char*>(data)), std::string(count, 'x'));
     }
-}
-
-// A million levels, indefinite or definite in turn, on a stack of 64 KiB.
-TEST(octetstring, segments_nest_without_recursion) {
-    constexpr size_t levels = 1000000;
-    static std::vector<unsigned char> octets;
-    octets = bytes("04 01 61");
-    {
-        // From the inside out: written backwards, then turned around.
-        std::vector<unsigned char> back(octets.rbegin(), octets.rend());
-        std::vector<unsigned char> tail;
-        size_t size = back.size();
-        for (size_t level = 0; level < levels; ++level) {
-            if (level % 2 == 0) {
-                back.insert(back.end(), {0x80, 0x24});
-                tail.insert(tail.end(), {0, 0});
-                size += 4;
-            } else {
-                for (unsigned int shift = 0; shift < 32; shift += 8)
-                    back.push_back(static_cast<unsigned char>(size >> shift));
-                back.insert(back.end(), {0x84, 0x24});
-                size += 6;
-            }
-        }
-        octets.assign(back.rbegin(), back.rend());
-        octets.insert(octets.end(), tail.begin(), tail.end());
-        ASSERT_EQ(octets.size(), size);
-    }
-    static zr_asn_octetstring object(zr_normal);
-    static int status;
-    static long consumed;
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    ASSERT_EQ(pthread_attr_setstacksize(&small, 64 * 1024), 0);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(
-                  &thread, &small,
-                  [](void*) -> void* {
-                      input cursor(octets);
-                      status = object.asnread(cursor);
-                      consumed = cursor.consumed();
-                      return nullptr;
-                  },
-                  nullptr),
-              0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&small);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(consumed, static_cast<long>(octets.size()));
-    EXPECT_EQ(contents(object), "61");
-    object.empty();
-    octets = {};
 }
 
 TEST(primitive, exhausted_memory_is_an_exception_and_loses_nothing_else) {
