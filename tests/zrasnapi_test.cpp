@@ -68,83 +68,49 @@ char name_b[] = "b";
 char no_text[] = "";
 unsigned char body[] = {0, 0xff};
 
-struct value_row {
-    const char* value;   // as decoded
-    const char* octets;  // as encoded
-};
-
-// Encodes, decodes, compares both, releases.
+// Encodes, decodes, compares both, releases. `text` is the value as decoded.
 template <class Value>
-void round_trip(unsigned int type, Value& value, const value_row& row) {
-    SCOPED_TRACE(row.octets);
-    EXPECT_EQ(encoded(type, &value), row.octets);
+void round_trip(unsigned int type, Value value, const char* text, const char* octets) {
+    SCOPED_TRACE(octets);
+    const std::string whole = std::string("04 02 ac dc ") + octets;
+    EXPECT_EQ(encoded(type, &value), whole);
     allocations watch;
     Value back;
     std::memset(&back, 0xAA, sizeof back);
-    ASSERT_EQ(decode(row.octets, type, &back), 0);
-    EXPECT_EQ(shown(back), row.value);
+    ASSERT_EQ(decode(whole, type, &back), 0);
+    EXPECT_EQ(shown(back), text);
     EXPECT_EQ(zrasn_obj_free(2, type, &back), 0);
     EXPECT_EQ(watch.live(), 0u);
 }
 
-TEST(zrasnapi, certificate_requests_there_and_back) {
-    struct {
-        cert_request_in value;
-        value_row row;
-    } rows[] = {
-        {{name_a, name_b, 2, body},
-         {"'a' 'b' 00 ff 2", "04 02 ac dc 30 0f 02 01 01 04 02 61 00 04 02 62 00 04 02 00 ff"}},
-        {{name_a, no_text, 0, body}, {"'a' '' null 0", "04 02 ac dc 30 0a 02 01 01 04 02 61 00 04 01 00"}},
-        {{nullptr, name_b, 5, nullptr}, {"'' 'b' null 0", "04 02 ac dc 30 0a 02 01 01 04 01 00 04 02 62 00"}},
-    };
-    for (auto& row : rows)
-        round_trip(zrasn_type_cert_request, row.value, row.row);
-}
-
-TEST(zrasnapi, update_lists_there_and_back) {
+TEST(zrasnapi, values_there_and_back) {
+    using request = cert_request_in;
+    round_trip(259, request{name_a, name_b, 2, body}, "'a' 'b' 00 ff 2",
+               "30 0f 02 01 01 04 02 61 00 04 02 62 00 04 02 00 ff");
+    round_trip(259, request{name_a, no_text, 0, body}, "'a' '' null 0", "30 0a 02 01 01 04 02 61 00 04 01 00");
+    round_trip(259, request{nullptr, name_b, 5, nullptr}, "'' 'b' null 0", "30 0a 02 01 01 04 01 00 04 02 62 00");
     yvobj_update_s_t updates[] = {{-1, name_a, INT32_MIN}, {128, nullptr, INT32_MAX}};
-    struct {
-        yvobj_update_list_s_t value;
-        value_row row;
-    } rows[] = {
-        {{0, nullptr}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
-        {{3, nullptr}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
-        {{0, updates}, {"0 null", "04 02 ac dc 30 05 02 01 01 30 00"}},
-        {{2, updates},
-         {"2 -1'a'-2147483648 128''2147483647",
-          "04 02 ac dc 30 29 02 01 01 30 24 30 10 02 01 01 02 01 ff 04 02 61 00 02 04 80 00 00 00 "
-          "30 10 02 01 01 02 02 00 80 04 01 00 02 04 7f ff ff ff"}},
-    };
-    for (auto& row : rows)
-        round_trip(zrasn_type_update_list, row.value, row.row);
-}
-
-TEST(zrasnapi, integers_there_and_back) {
-    struct {
-        zrasn_integer_value value;
-        value_row row;
-    } rows[] = {
-        {7, {"7", "04 02 ac dc 02 01 07"}},
-        {-129, {"-129", "04 02 ac dc 02 02 ff 7f"}},
-        {INT32_MIN, {"-2147483648", "04 02 ac dc 02 04 80 00 00 00"}},
-    };
-    for (auto& row : rows)
-        round_trip(zrasn_type_integer, row.value, row.row);
+    using list = yvobj_update_list_s_t;
+    for (const list& empty : {list{0, nullptr}, list{3, nullptr}, list{0, updates}})
+        round_trip(260, empty, "0 null", "30 05 02 01 01 30 00");
+    round_trip(260, list{2, updates}, "2 -1'a'-2147483648 128''2147483647",
+               "30 29 02 01 01 30 24 30 10 02 01 01 02 01 ff 04 02 61 00 02 04 80 00 00 00 "
+               "30 10 02 01 01 02 02 00 80 04 01 00 02 04 7f ff ff ff");
+    round_trip(zrasn_type_integer, zrasn_integer_value{7}, "7", "02 01 07");
+    round_trip(zrasn_type_integer, zrasn_integer_value{INT32_MIN}, "-2147483648", "02 04 80 00 00 00");
+    EXPECT_EQ(zrasn_type_cert_request, 259);
+    EXPECT_EQ(zrasn_type_update_list, 260);
 }
 
 // Exactly 32 bits are read and written on every word size.
 TEST(zrasnapi, integer_values_have_32_bits) {
-    const struct {
-        const char* octets;
-        int status;
-        zrasn_integer_value value;
-    } rows[] = {
-        {"04 02 ac dc 02 01 ff", 0, -1},
-        {"04 02 ac dc 02 05 00 ff ff ff ff", 0, -1},
-        {"04 02 ac dc 02 05 01 00 00 00 00", zr_err_integer_too_long, 0},
-        {"04 02 ac dc 02 00", 0, 0},
-        {"04 02 ac dc 04 01 07", zr_err_no_match, 5},
+    // clang-format off
+    const struct { const char* octets; int status; zrasn_integer_value value; } rows[] = {
+        {"04 02 ac dc 02 01 ff", 0, -1}, {"04 02 ac dc 02 05 00 ff ff ff ff", 0, -1},
+        {"04 02 ac dc 02 05 01 00 00 00 00", zr_err_integer_too_long, 0}, {"04 02 ac dc 02 00", 0, 0},
+        {"04 02 ac dc 04 01 07", zr_err_no_match, 5}
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.octets);
         zrasn_integer_value values[] = {4, 5, 6};
@@ -181,34 +147,20 @@ TEST(zrasnapi, the_version_counts_by_its_low_octet) {
         EXPECT_EQ(decode("04 02 ac dc 02 01 07", zrasn_type_integer, &value, row.version), row.status);
         EXPECT_EQ(value, row.status == 0 ? 7 : 1) << row.version;
     }
-}
-
-TEST(zrasnapi, which_encodings_carry_a_version) {
-    const struct {
-        const char* octets;
-        unsigned int flag;
-    } rows[] = {
-        {"04 07 ac dc 05 00", 0}, {"04 00 ac dc 05 00", 1}, {"04 07 ac dc", 1}, {"04 07 ad dc 05 00", 1}, {"", 1}};
-    for (const auto& row : rows) {
-        auto octets = bytes(row.octets);
+    for (const unsigned int without : {0u, 1u}) {
+        auto octets = bytes(without == 0 ? "04 07 ac dc 05 00" : "04 07 ad dc 05 00");
         unsigned int flag = 9;
-        EXPECT_EQ(zrasn_version(over(octets), flag), row.flag == 0 ? 0 : zr_err_bad_envelope) << row.octets;
-        EXPECT_EQ(flag, row.flag) << row.octets;
+        EXPECT_EQ(zrasn_version(over(octets), flag), without == 0 ? 0 : zr_err_bad_envelope);
+        EXPECT_EQ(flag, without);
     }
 }
 
 TEST(zrasnapi, refused_octets_leave_the_value_alone) {
-    const struct {
-        unsigned int type;
-        const char* octets;
-        int status;
-    } rows[] = {
-        {259, "", zr_err_bad_envelope},
-        {259, "04 02 ac dc", zr_err_bad_envelope},
-        {259, "05 02 ac dc 30", zr_err_data_ends_early},
-        {259, "06 02 ac dc 30", zr_err_bad_envelope},
-        {259, "00 02 ac dc 30 00", zr_err_bad_envelope},
-        {259, "04 02 ac dc 31 00", zr_err_no_match},
+    // clang-format off
+    const struct { unsigned int type; const char* octets; int status; } rows[] = {
+        {259, "", zr_err_bad_envelope}, {259, "04 02 ac dc", zr_err_bad_envelope},
+        {259, "05 02 ac dc 30", zr_err_data_ends_early}, {259, "06 02 ac dc 30", zr_err_bad_envelope},
+        {259, "00 02 ac dc 30 00", zr_err_bad_envelope}, {259, "04 02 ac dc 31 00", zr_err_no_match},
         {259, "04 02 ac dc 30 00", zr_err_data_ends_early},
         {259, "04 02 ac dc 30 07 02 01 01 04 02 61 00", zr_err_data_ends_early},
         {259, "04 02 ac dc 30 0b 02 01 01 04 02 61 00 04 01 00 00", zr_err_trailing_data},
@@ -217,8 +169,9 @@ TEST(zrasnapi, refused_octets_leave_the_value_alone) {
         {260, "04 02 ac dc 30 05 02 01 01 31 00", zr_err_no_match},
         {260, "04 02 ac dc 30 07 02 01 01 30 02 02 00", zr_err_no_match},
         {260, "04 02 ac dc 30 07 02 01 01 30 80 30 00", zr_err_data_ends_early},
-        {260, "04 02 ac dc 30 84 ff ff ff ff 02 01 01", zr_err_data_ends_early},
+        {260, "04 02 ac dc 30 84 ff ff ff ff 02 01 01", zr_err_data_ends_early}
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.octets);
         allocations watch;
@@ -428,13 +381,13 @@ TEST(hand_written_records, objects_can_be_used_again) {
     EXPECT_STREQ(request.get_type_name(), "cert_request_in");
 
     EXPECT_EQ(written(update), std::to_string(zr_err_value_absent));
-    for (const auto& row : {value_row{"a", "30 0d 02 01 01 02 01 01 04 02 61 00 02 01 05"},
-                            value_row{"bcd", "30 0f 02 01 01 02 01 01 04 04 62 63 64 00 02 01 05"}}) {
-        yvobj_update_s_t in{1, const_cast<char*>(row.value), 5};
+    for (const auto& [text, octets] : {std::pair{"a", "30 0d 02 01 01 02 01 01 04 02 61 00 02 01 05"},
+                                       std::pair{"bcd", "30 0f 02 01 01 02 01 01 04 04 62 63 64 00 02 01 05"}}) {
+        yvobj_update_s_t in{1, const_cast<char*>(text), 5};
         yvobj_update_list_s_t one{1, &in};
         cert_request_in asked{in.name, in.name, in.name[1] == 0 ? 0u : 2u, body};
         EXPECT_EQ(update.set_value(in), 0);
-        EXPECT_EQ(written(update), row.octets);
+        EXPECT_EQ(written(update), octets);
         EXPECT_EQ(list.set_value(one), 0);
         EXPECT_EQ(request.set_value(asked), 0);
         zr_asn_cert_request_in new_request(zr_normal);
