@@ -448,35 +448,23 @@ auto one_of(Signature Class::*function) {
 TEST(charstring, slots) {
     using text = int(char*);
     using cursor = int(zr_r_buffer_t&);
+    // clang-format off
     const int table[] = {
-        slot(&string::check_accepted_codeset),
-        slot(&string::check_preferred_codeset),
-        slot(&string::set_codeset),
-        slot(&string::get_value_C),
-        slot(&string::set_value_C),
-        slot(&string::get_value_IA5),
+        slot(&string::check_accepted_codeset), slot(&string::check_preferred_codeset), slot(&string::set_codeset),
+        slot(&string::get_value_C), slot(&string::set_value_C), slot(&string::get_value_IA5),
         slot(one_of<int(char*, int)>(&string::set_value_IA5)),
-        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)),
-        slot(&string::get_value_printable),
-        slot(one_of<text>(&string::set_value_printable)),
-        slot(one_of<cursor>(&string::set_value_printable)),
-        slot(&string::get_value_visible),
-        slot(one_of<text>(&string::set_value_visible)),
-        slot(one_of<cursor>(&string::set_value_visible)),
-        slot(&string::get_value_T61),
-        slot(one_of<text>(&string::set_value_T61)),
-        slot(one_of<cursor>(&string::set_value_T61)),
-        slot(&string::get_value_BMP),
-        slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
-        slot(one_of<cursor>(&string::set_value_BMP)),
-        slot(&string::get_value_Univ),
-        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)),
-        slot(one_of<cursor>(&string::set_value_Univ)),
-        slot(&string::get_value_UTF8),
-        slot(one_of<text>(&string::set_value_UTF8)),
-        slot(one_of<cursor>(&string::set_value_UTF8)),
-        slot(&string::get_codeset),
+        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)), slot(&string::get_value_printable),
+        slot(one_of<text>(&string::set_value_printable)), slot(one_of<cursor>(&string::set_value_printable)),
+        slot(&string::get_value_visible), slot(one_of<text>(&string::set_value_visible)),
+        slot(one_of<cursor>(&string::set_value_visible)), slot(&string::get_value_T61),
+        slot(one_of<text>(&string::set_value_T61)), slot(one_of<cursor>(&string::set_value_T61)),
+        slot(&string::get_value_BMP), slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
+        slot(one_of<cursor>(&string::set_value_BMP)), slot(&string::get_value_Univ),
+        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)), slot(one_of<cursor>(&string::set_value_Univ)),
+        slot(&string::get_value_UTF8), slot(one_of<text>(&string::set_value_UTF8)),
+        slot(one_of<cursor>(&string::set_value_UTF8)), slot(&string::get_codeset)
     };
+    // clang-format on
     int expected = slot_count<zr_asn_octetstring>();
     for (const int found : table)
         EXPECT_EQ(found, expected++);

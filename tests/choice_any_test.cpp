@@ -31,23 +31,16 @@ struct numbers : zr_asn_choice {
 };
 
 TEST(choice, reads_the_first_alternative_that_fits) {
-    const struct {
-        const char* octets;
-        int status, selected;
-        long consumed;
-        int optional_status;
-    } rows[] = {
-        {"80 01 05 ff", 0, 0, 3, 0},
-        {"81 01 ff", 0, 1, 3, 0},
-        {"a2 03 02 01 07 00", 0, 2, 5, 0},
-        {"a2 80 02 01 07 00 00", 0, 2, 7, 0},
-        {"83 01 05", zr_err_no_match, -1, 0, 0},
-        {"02 01 05", zr_err_no_match, -1, 0, 0},
-        {"", zr_err_no_match, -1, 0, 0},
-        {"81 02 ff ff", zr_err_no_match, -1, 0, 0},        // the alternative's own status is not passed on
-        {"80 05 01", zr_err_no_match, -1, 0, 0},           // length beyond the data
-        {"a2 80 02 01 07 01", zr_err_no_match, -1, 0, 0},  // the alternative alone would leave the cursor behind
+    // clang-format off
+    const struct { const char* octets; int status, selected; long consumed; int optional_status; } rows[] = {
+        {"80 01 05 ff", 0, 0, 3, 0}, {"81 01 ff", 0, 1, 3, 0}, {"a2 03 02 01 07 00", 0, 2, 5, 0},
+        {"a2 80 02 01 07 00 00", 0, 2, 7, 0}, {"83 01 05", zr_err_no_match, -1, 0, 0},
+        {"02 01 05", zr_err_no_match, -1, 0, 0}, {"", zr_err_no_match, -1, 0, 0},
+        {"81 02 ff ff", zr_err_no_match, -1, 0, 0},  // the alternative's own status is not passed on
+        {"80 05 01", zr_err_no_match, -1, 0, 0},  // length beyond the data
+        {"a2 80 02 01 07 01", zr_err_no_match, -1, 0, 0}  // the alternative alone would leave the cursor behind
     };
+    // clang-format on
     for (const auto& row : rows) {
         for (int optional : {0, 1}) {
             SCOPED_TRACE(testing::Message() << row.octets << " optional " << optional);
@@ -232,22 +225,14 @@ TEST(choice, hooks) {
 }
 
 TEST(any, raw_octets_and_identifier_come_back) {
-    const struct {
-        const char* octets;
-        int status;
-        int cls;
-        unsigned int tag;
-        const char* contents;
-    } rows[] = {
-        {"a3 03 02 01 05", 0, 2, 3, "02 01 05"},
-        {"04 02 41 42", 0, 0, 4, "41 42"},
-        {"05 00", 0, 0, 5, ""},
+    // clang-format off
+    const struct { const char* octets; int status; int cls; unsigned int tag; const char* contents; } rows[] = {
+        {"a3 03 02 01 05", 0, 2, 3, "02 01 05"}, {"04 02 41 42", 0, 0, 4, "41 42"}, {"05 00", 0, 0, 5, ""},
         {"61 04 30 80 00 00", 0, 1, 1, "30 80 00 00"},  // what lies inside is not looked at
-        {"de 01 ff", 0, 3, 30, "ff"},
-        {"30 80 00 00", zr_err_indefinite_length, 0, 0, nullptr},
-        {"04 03 41 42", zr_err_data_ends_early, 0, 0, nullptr},
-        {"", zr_err_data_ends_early, 0, 0, nullptr},
+        {"de 01 ff", 0, 3, 30, "ff"}, {"30 80 00 00", zr_err_indefinite_length, 0, 0, nullptr},
+        {"04 03 41 42", zr_err_data_ends_early, 0, 0, nullptr}, {"", zr_err_data_ends_early, 0, 0, nullptr}
     };
+    // clang-format on
     zr_asn_any object(zr_normal);  // used again and again
     for (const auto& row : rows) {
         SCOPED_TRACE(row.octets);

@@ -62,31 +62,28 @@ TEST(envelope, saving) {
 }
 
 TEST(envelope, loading) {
+    // clang-format off
     static const struct {
         const char* octets;
         int version, status;
         long value;  // 7 when the object is untouched
         int flag;    // of get_encoded_version
     } table[] = {
-        {"04 02 ac dc 02 01 05", 2, 0, 5, 0},
-        {"04 02 ac dc 02 01 05", 258, 0, 5, 0},
+        {"04 02 ac dc 02 01 05", 2, 0, 5, 0}, {"04 02 ac dc 02 01 05", 258, 0, 5, 0},
         {"04 02 ac dc 02 01 05 99 99", 2, 0, 5, 0},  // what follows the object is not looked at
-        {"04 02 ac dc 02 01 05", 1, zr_err_bad_envelope, 7, 0},
-        {"04 00 ac dc 05 00", 0, zr_err_no_match, -1, 1},
-        {"04 07 ac dc 05 00", 2, zr_err_bad_envelope, 7, 0},
-        {"04 02 ac dc", 2, zr_err_bad_envelope, 7, 1},
-        {"04 02 ac", 2, zr_err_bad_envelope, 7, 1},
-        {"", 2, zr_err_bad_envelope, 7, 1},
+        {"04 02 ac dc 02 01 05", 1, zr_err_bad_envelope, 7, 0}, {"04 00 ac dc 05 00", 0, zr_err_no_match, -1, 1},
+        {"04 07 ac dc 05 00", 2, zr_err_bad_envelope, 7, 0}, {"04 02 ac dc", 2, zr_err_bad_envelope, 7, 1},
+        {"04 02 ac", 2, zr_err_bad_envelope, 7, 1}, {"", 2, zr_err_bad_envelope, 7, 1},
         {"04 02 ad dc 02 01 05", 2, zr_err_bad_envelope, 7, 1},
         {"04 02 ac dd 02 01 05", 2, zr_err_bad_envelope, 7, 1},
         {"00 02 ac dc 02 01 05", 2, zr_err_bad_envelope, 7, 0},
-        {"05 02 ac dc ff 02 01 05", 2, 0, 5, 0},                     // a longer header
+        {"05 02 ac dc ff 02 01 05", 2, 0, 5, 0},  // a longer header
         {"01 02 ac dc 02 01 05", 2, zr_err_data_ends_early, -1, 0},  // its own octets: 02 ac, a length of 44
-        {"05 02 ac dc ff", 2, zr_err_data_ends_early, -1, 0},        // nothing behind it
-        {"06 02 ac dc ff", 2, zr_err_bad_envelope, 7, 0},
-        {"ff 02 ac dc 02 01 05", 2, zr_err_bad_envelope, 7, 0},
-        {"04 02 ac dc 02 02 05", 2, zr_err_data_ends_early, -1, 0},
+        {"05 02 ac dc ff", 2, zr_err_data_ends_early, -1, 0},  // nothing behind it
+        {"06 02 ac dc ff", 2, zr_err_bad_envelope, 7, 0}, {"ff 02 ac dc 02 01 05", 2, zr_err_bad_envelope, 7, 0},
+        {"04 02 ac dc 02 02 05", 2, zr_err_data_ends_early, -1, 0}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         const auto octets = bytes(row.octets);

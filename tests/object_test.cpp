@@ -57,29 +57,15 @@ struct probe : zr_asn_object {
 };
 
 TEST(object, identifiers) {
-    static const struct {
-        int cls;
-        unsigned int tag;
-        int constructed;
-        const char* octets;
-    } table[] = {
-        {0, 0, 0, "00"},
-        {0, 30, 0, "1e"},
-        {0, 31, 0, "1f 1f"},
-        {1, 30, 1, "7e"},
-        {3, 5, 1, "e5"},
-        {2, 127, 0, "9f 7f"},
-        {2, 128, 1, "bf 81 00"},
-        {4, 1, 0, "01"},
-        {-1, 1, 1, "21"},
-        {0, 16383, 0, "1f ff 7f"},
-        {0, 16384, 0, "1f 81 80 00"},
-        {0, 0x1FFFFF, 0, "1f ff ff 7f"},
-        {0, 0x200000, 0, "1f 81 80 80 00"},
-        {0, 0x0FFFFFFF, 0, "1f ff ff ff 7f"},
-        {0, 0x10000000, 0, "1f 81 80 80 80 00"},
-        {3, 0xFFFFFFFF, 0, "df 8f ff ff ff 7f"},
+    // clang-format off
+    static const struct { int cls; unsigned int tag; int constructed; const char* octets; } table[] = {
+        {0, 0, 0, "00"}, {0, 30, 0, "1e"}, {0, 31, 0, "1f 1f"}, {1, 30, 1, "7e"}, {3, 5, 1, "e5"},
+        {2, 127, 0, "9f 7f"}, {2, 128, 1, "bf 81 00"}, {4, 1, 0, "01"}, {-1, 1, 1, "21"}, {0, 16383, 0, "1f ff 7f"},
+        {0, 16384, 0, "1f 81 80 00"}, {0, 0x1FFFFF, 0, "1f ff ff 7f"}, {0, 0x200000, 0, "1f 81 80 80 00"},
+        {0, 0x0FFFFFFF, 0, "1f ff ff ff 7f"}, {0, 0x10000000, 0, "1f 81 80 80 80 00"},
+        {3, 0xFFFFFFFF, 0, "df 8f ff ff ff 7f"}
     };
+    // clang-format on
     for (const auto& row : table) {
         probe object;
         object.set_class(row.cls);
@@ -92,20 +78,12 @@ TEST(object, identifiers) {
 }
 
 TEST(object, lengths) {
-    static const struct {
-        unsigned int length;
-        const char* octets;
-    } table[] = {
-        {0, "00"},
-        {127, "7f"},
-        {128, "81 80"},
-        {255, "81 ff"},
-        {256, "82 01 00"},
-        {65535, "82 ff ff"},
-        {65536, "83 01 00 00"},
-        {0xFFFFFF, "83 ff ff ff"},
-        {0x1000000, "84 01 00 00 00"},
+    // clang-format off
+    static const struct { unsigned int length; const char* octets; } table[] = {
+        {0, "00"}, {127, "7f"}, {128, "81 80"}, {255, "81 ff"}, {256, "82 01 00"}, {65535, "82 ff ff"},
+        {65536, "83 01 00 00"}, {0xFFFFFF, "83 ff ff ff"}, {0x1000000, "84 01 00 00 00"}
     };
+    // clang-format on
     for (const auto& row : table) {
         probe object;
         object.set(std::string(row.length, 'x').c_str());
@@ -124,6 +102,7 @@ std::string hook_order;
 
 TEST(object, reading) {
     enum : unsigned { cons = 1, indef = 2, prim = 4, all = 7, opt = 8, def = 16, refuse = 32 };
+    // clang-format off
     static const struct {
         const char* octets;
         unsigned int how;  // forms permitted and more
@@ -131,22 +110,15 @@ TEST(object, reading) {
         long consumed;
         int present, constructed, indefinite, decoded;
     } table[] = {
-        {"04 02 41 42 05", all, 0, 4, 1, 0, 0, 1},
-        {"24 02 41 42", all, 0, 4, 1, 1, 0, 1},
-        {"24 80 41 00 00 05", all, 0, 5, 1, 1, 1, 1},
-        {"04 80 00 00", all, 0, 4, 1, 0, 1, 1},
+        {"04 02 41 42 05", all, 0, 4, 1, 0, 0, 1}, {"24 02 41 42", all, 0, 4, 1, 1, 0, 1},
+        {"24 80 41 00 00 05", all, 0, 5, 1, 1, 1, 1}, {"04 80 00 00", all, 0, 4, 1, 0, 1, 1},
         {"04 81 02 41 42", all, 0, 5, 1, 0, 0, 1},
         // No identifier, or another: absent when that is permitted.
-        {"", all, zr_err_data_ends_early, 0, 0, 0, 0, 0},
-        {"", all | opt, 0, 0, 0, 0, 0, 0},
-        {"", all | def, 0, 0, 0, 0, 0, 0},
-        {"05 00", all, zr_err_no_match, 0, 0, 0, 0, 0},
-        {"44 00", all, zr_err_no_match, 0, 0, 0, 0, 0},
-        {"00 00", all, zr_err_no_match, 0, 0, 0, 0, 0},
-        {"05 00", all | opt, 0, 0, 0, 0, 0, 0},
-        {"84 00", all | def, 0, 0, 0, 0, 0, 0},
-        {"1f", all, zr_err_data_ends_early, 0, 0, 0, 0, 0},
-        {"1f", all | opt, 0, 0, 0, 0, 0, 0},
+        {"", all, zr_err_data_ends_early, 0, 0, 0, 0, 0}, {"", all | opt, 0, 0, 0, 0, 0, 0},
+        {"", all | def, 0, 0, 0, 0, 0, 0}, {"05 00", all, zr_err_no_match, 0, 0, 0, 0, 0},
+        {"44 00", all, zr_err_no_match, 0, 0, 0, 0, 0}, {"00 00", all, zr_err_no_match, 0, 0, 0, 0, 0},
+        {"05 00", all | opt, 0, 0, 0, 0, 0, 0}, {"84 00", all | def, 0, 0, 0, 0, 0, 0},
+        {"1f", all, zr_err_data_ends_early, 0, 0, 0, 0, 0}, {"1f", all | opt, 0, 0, 0, 0, 0, 0},
         // With its own identifier everything wrong is an error, also for what may be absent.
         {"24 00", prim | opt, zr_err_constructed_form, 0, 0, 1, 0, 0},
         {"04 00", cons | indef | def, zr_err_primitive_form, 0, 0, 0, 0, 0},
@@ -159,8 +131,9 @@ TEST(object, reading) {
         {"24 80 41 00 00", all | refuse | opt, zr_err_bad_contents, 0, 0, 1, 1, 1},
         // Without end-of-contents octets the cursor stays behind the contents.
         {"24 80 41 42", all, zr_err_bad_contents, 4, 0, 1, 1, 1},
-        {"24 80 41 00", all | opt, zr_err_bad_contents, 4, 0, 1, 1, 1},
+        {"24 80 41 00", all | opt, zr_err_bad_contents, 4, 0, 1, 1, 1}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(testing::Message() << row.octets << ", how " << row.how);
         probe parent, object;

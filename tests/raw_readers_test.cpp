@@ -22,6 +22,7 @@ std::vector<unsigned char> exact(const char* text) {
 }
 
 TEST(raw_readers, identifiers) {
+    // clang-format off
     static const struct {
         const char* octets;
         int status;
@@ -30,21 +31,16 @@ TEST(raw_readers, identifiers) {
         unsigned int remaining;  // afterwards
         long slot;               // what the slot behind *cursor points at; -1 untouched
     } table[] = {
-        {"", zr_err_data_ends_early, 9, 9, 9, 0, 0, -1},
-        {"02 01 05", 0, 2, 0, 0, 1, 2, -1},
-        {"30", 0, 16, 1, 0, 1, 0, -1},
-        {"7e", 0, 30, 1, 1, 1, 0, -1},
-        {"80 00", 0, 0, 0, 2, 1, 1, -1},
+        {"", zr_err_data_ends_early, 9, 9, 9, 0, 0, -1}, {"02 01 05", 0, 2, 0, 0, 1, 2, -1},
+        {"30", 0, 16, 1, 0, 1, 0, -1}, {"7e", 0, 30, 1, 1, 1, 0, -1}, {"80 00", 0, 0, 0, 2, 1, 1, -1},
         {"e5 00", 0, 5, 1, 3, 1, 1, -1},
         // High tag numbers: the identifier octet is counted in, the last octet is not, and nothing is consumed.
-        {"1f", zr_err_data_ends_early, 9, 9, 9, 0, 1, -1},
-        {"1f 05", 0, 31, 0, 0, 0, 0, 1},
-        {"3f 81 05", 0, 8065, 1, 0, 0, 0, 2},
-        {"3f 81", zr_err_data_ends_early, 9, 9, 9, 0, 2, -1},
+        {"1f", zr_err_data_ends_early, 9, 9, 9, 0, 1, -1}, {"1f 05", 0, 31, 0, 0, 0, 0, 1},
+        {"3f 81 05", 0, 8065, 1, 0, 0, 0, 2}, {"3f 81", zr_err_data_ends_early, 9, 9, 9, 0, 2, -1},
         {"9f 81 82 03 00 00", 0, (31u << 14) + (1u << 7) + 2, 0, 2, 0, 2, 3},
-        {"ff ff", zr_err_data_ends_early, 9, 9, 9, 0, 2, -1},
-        {"ff ff ff ff ff ff 7f", 0, 0xFFFFFFFF, 1, 3, 0, 0, 6},
+        {"ff ff", zr_err_data_ends_early, 9, 9, 9, 0, 2, -1}, {"ff ff ff ff ff ff 7f", 0, 0xFFFFFFFF, 1, 3, 0, 0, 6}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         auto octets = exact(row.octets);
@@ -62,25 +58,17 @@ TEST(raw_readers, identifiers) {
 }
 
 TEST(raw_readers, lengths) {
-    static const struct {
-        const char* octets;
-        int status;
-        unsigned int definite, length;
-        long moved;
-    } table[] = {
-        {"", zr_err_data_ends_early, 9, 9, 0},
-        {"00", 0, 1, 0, 1},
-        {"7f", 0, 1, 127, 1},
-        {"80 00", 0, 0, 0, 1},
+    // clang-format off
+    static const struct { const char* octets; int status; unsigned int definite, length; long moved; } table[] = {
+        {"", zr_err_data_ends_early, 9, 9, 0}, {"00", 0, 1, 0, 1}, {"7f", 0, 1, 127, 1}, {"80 00", 0, 0, 0, 1},
         {"81", zr_err_data_ends_early, 1, 0, 0},
         {"81 05", 0, 1, 5, 2},  // not minimal: accepted
-        {"82 01", zr_err_data_ends_early, 1, 1, 0},
-        {"82 01 00", 0, 1, 256, 3},
-        {"84 ff ff ff ff", 0, 1, 0xFFFFFFFF, 5},
-        {"84 ff ff ff", zr_err_data_ends_early, 1, 0xFFFFFF, 0},
+        {"82 01", zr_err_data_ends_early, 1, 1, 0}, {"82 01 00", 0, 1, 256, 3},
+        {"84 ff ff ff ff", 0, 1, 0xFFFFFFFF, 5}, {"84 ff ff ff", zr_err_data_ends_early, 1, 0xFFFFFF, 0},
         {"86 01 02 00 00 00 07", 0, 1, 7, 7},  // what does not fit is shifted out
-        {"ff 01 02", zr_err_data_ends_early, 1, 0x0102, 0},
+        {"ff 01 02", zr_err_data_ends_early, 1, 0x0102, 0}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         auto octets = exact(row.octets);
@@ -214,23 +202,13 @@ TEST(raw_readers, refusals_touch_nothing_and_successes_consume_the_length) {
 }
 
 TEST(raw_readers, integers) {
-    static const struct {
-        const char* octets;
-        unsigned int len;
-        long value;
-    } table[] = {
-        {"05", 1, 5},
-        {"ff", 1, -1},
-        {"00 80", 2, 128},
-        {"ff 7f", 2, -129},
-        {"7f ff ff ff", 4, 0x7FFFFFFF},
-        {"80 00 00 00", 4, -0x7FFFFFFF - 1},
-        {"ff ff ff fe", 4, -2},
-        {"00 ff ff", 3, 65535},
-        {"80", 0, -1},
-        {"7f", 0, 0},
-        {"", 0, 0},
+    // clang-format off
+    static const struct { const char* octets; unsigned int len; long value; } table[] = {
+        {"05", 1, 5}, {"ff", 1, -1}, {"00 80", 2, 128}, {"ff 7f", 2, -129}, {"7f ff ff ff", 4, 0x7FFFFFFF},
+        {"80 00 00 00", 4, -0x7FFFFFFF - 1}, {"ff ff ff fe", 4, -2}, {"00 ff ff", 3, 65535}, {"80", 0, -1},
+        {"7f", 0, 0}, {"", 0, 0}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         auto octets = exact(row.octets);
@@ -267,6 +245,7 @@ TEST(raw_readers, blocks) {
 }
 
 TEST(raw_readers, bit_strings) {
+    // clang-format off
     static const struct {
         const char* octets;
         int status;
@@ -274,18 +253,12 @@ TEST(raw_readers, bit_strings) {
         const char* copy;
         const char* input;  // afterwards
     } table[] = {
-        {"03 a9", 0, 5, "a9", "03 a8"},
-        {"00", 0, 0, "", "00"},
-        {"01", zr_err_bad_contents, 77, "", "01"},
-        {"08 ff", zr_err_bad_contents, 77, "", "08 ff"},
-        {"00 ff ff ff", 0, 24, "ff ff ff", "00 ff ff ff"},
-        {"01 ff", 0, 7, "ff", "01 fe"},
-        {"02 ff", 0, 6, "ff", "02 fc"},
-        {"04 ff", 0, 4, "ff", "04 f0"},
-        {"05 ff", 0, 3, "ff", "05 e0"},
-        {"06 ff", 0, 2, "ff", "06 c0"},
-        {"07 ff ff", 0, 9, "ff ff", "07 ff 80"},
+        {"03 a9", 0, 5, "a9", "03 a8"}, {"00", 0, 0, "", "00"}, {"01", zr_err_bad_contents, 77, "", "01"},
+        {"08 ff", zr_err_bad_contents, 77, "", "08 ff"}, {"00 ff ff ff", 0, 24, "ff ff ff", "00 ff ff ff"},
+        {"01 ff", 0, 7, "ff", "01 fe"}, {"02 ff", 0, 6, "ff", "02 fc"}, {"04 ff", 0, 4, "ff", "04 f0"},
+        {"05 ff", 0, 3, "ff", "05 e0"}, {"06 ff", 0, 2, "ff", "06 c0"}, {"07 ff ff", 0, 9, "ff ff", "07 ff 80"}
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
         auto octets = exact(row.octets);
