@@ -257,28 +257,23 @@ TEST(composite, the_sized_constructor) {
     EXPECT_EQ(sequence(zr_normal).is_constructed(), 1);
 
     zr_test::allocations watch;
-    watch.fail_allocation(1);
-    const char* message = nullptr;
-    try {
-        const sequence refused(3, zr_normal);
-    } catch (const zr_asn_memexception& exception) {
-        message = exception.message;
-    }
-    EXPECT_STREQ(message, "Out of memory in asn_composite::asn_composite");
+    const auto failing = [&](auto&& operation) -> std::string {
+        watch.fail_allocation(1);
+        try {
+            operation();
+        } catch (const zr_asn_memexception& exception) {
+            return exception.message;
+        }
+        return "";
+    };
+    EXPECT_EQ(failing([] { const sequence refused(3, zr_normal); }), "Out of memory in asn_composite::asn_composite");
     const unsigned int more = sized.get_child_capacity();
     zr_asn_null filler(zr_normal);
     while (sized.get_child_count() < more)
         sized.register_child(&filler);
     zr_asn_null one_more(zr_normal);
     for (const auto operation : {&zr_asn_composite::register_child, &zr_asn_composite::register_child_before}) {
-        watch.fail_allocation(1);
-        message = nullptr;
-        try {
-            (sized.*operation)(&one_more);
-        } catch (const zr_asn_memexception& exception) {
-            message = exception.message;
-        }
-        EXPECT_STREQ(message, "Out of memory in asn_composite::register_child");
+        EXPECT_EQ(failing([&] { (sized.*operation)(&one_more); }), "Out of memory in asn_composite::register_child");
         EXPECT_EQ(sized.get_child_count(), more);
         EXPECT_EQ(one_more.get_parent(), nullptr);
     }

@@ -144,24 +144,16 @@ TEST(values, integers_of_every_width) {
         SCOPED_TRACE(row.octets);
         zrasn_integer number(zr_normal);
         ASSERT_EQ(read(number, row.octets), 0);
-        long value = 77;
-        unsigned long u32 = 77;
-        int signed_int = 77;
-        unsigned int unsigned_int = 77;
-        unsigned short u16 = 77;
-        unsigned char u8 = 77;
-        EXPECT_EQ(number.get_value(value), 0);
-        EXPECT_EQ(number.get_value(u32), 0);
-        EXPECT_EQ(number.get_value(signed_int), 0);
-        EXPECT_EQ(number.get_value(unsigned_int), 0);
-        EXPECT_EQ(number.get_value(u16), 0);
-        EXPECT_EQ(number.get_value(u8), 0);
-        EXPECT_EQ(value, row.value);
-        EXPECT_EQ(u32, row.u32);
-        EXPECT_EQ(signed_int, row.value);
-        EXPECT_EQ(unsigned_int, row.u32);
-        EXPECT_EQ(u16, row.u16);
-        EXPECT_EQ(u8, row.u8);
+        const auto get = [&](auto value) {
+            EXPECT_EQ(number.get_value(value), 0);
+            return value;
+        };
+        EXPECT_EQ(get(77L), row.value);
+        EXPECT_EQ(get(77UL), row.u32);
+        EXPECT_EQ(get(77), row.value);
+        EXPECT_EQ(get(77U), row.u32);
+        EXPECT_EQ(get(static_cast<unsigned short>(77)), row.u16);
+        EXPECT_EQ(get(static_cast<unsigned char>(77)), row.u8);
         EXPECT_EQ(zr_intvalue(number), row.value);
     }
     zrasn_integer absent(zr_normal);
