@@ -1,6 +1,6 @@
 # The ways into the repository. Every goal installs the Debian packages it needs when they are missing; a build
 # directory is configured once, and again when the presets change.
-#   make demo     build the example and run it
+#   make demo     build the command-line program and show what it does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md
@@ -26,8 +26,8 @@ deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 .PHONY: demo test fuzz bench tidy format $(deps)
 
 demo: build/release/build.ninja
-	@cmake --build build/release --target uuid_roundtrip
-	@build/release/examples/uuid_roundtrip
+	@cmake --build build/release --target zrasn_cli
+	@examples/tool_demo.sh build/release/tools/zrasn/zrasn examples/acl.json
 
 # One run of ctest over all builds, so that one summary closes it.
 test: $(tested:%=build/%/build.ninja)
