@@ -157,7 +157,6 @@ private:
         }
         made_.size_ += count;
     }
-    void append(unsigned char octet) { append(&octet, 1); }
 
     [[noreturn]] static void spool_failed() {
         throw input_error{exit_io, std::string("temporary file: ") + std::strerror(errno)};
@@ -194,11 +193,16 @@ private:
 
     // Decodes what stands at `text`, which is at `at` in the file.
     void undo(const char* text, size_t count, size_t at) {
+        unsigned char octets[4096];
+        size_t filled = 0;
         for (size_t i = 0; i < count; ++i) {
             const int octet = decoder_.feed(text[i]);
             if (octet == text_decoder::refused) refuse(at + i, decoder_.problem());
-            if (octet >= 0) append(static_cast<unsigned char>(octet));
+            if (octet < 0) continue;
+            octets[filled++] = static_cast<unsigned char>(octet);
+            if (filled == sizeof(octets)) append(octets, std::exchange(filled, 0));
         }
+        append(octets, filled);
     }
 
     // RFC 7468: the first block counts; what stands before and behind it, and header lines in it, do not.
