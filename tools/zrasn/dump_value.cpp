@@ -140,6 +140,7 @@ void write_octet_string(output& out, const unsigned char* octets, size_t count) 
 
 void write_bits(output& out, const unsigned char* octets, size_t count) {
     if (count == 0) return;
+    if (count == 1 && octets[0] == 0) return out.write("no bits");
     write_octets(out, octets + 1, count - 1);
     if (octets[0] != 0) {
         out.write(count == 1 ? "unused bits: " : ", unused bits: ");

@@ -59,8 +59,39 @@ bool is_unsigned_long(const field& field) {
            !field.integer.is_signed && field.integer.octets == 4;
 }
 
+// Lists and slots have types of their own: asn1c gives those without a name the member's, and many members have the
+// same.
+std::string list_reference(const field& field) {
+    switch (field.kind) {
+        case field_kind::list_of_texts:
+            return "Text-list";
+        case field_kind::list_of_integers:
+            return (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets) + "-list";
+        case field_kind::slots:
+            return reference(field.nested->name) + "-slots-" + std::to_string(field.size);
+        case field_kind::list_of_records:
+        case field_kind::list_of_pointers:
+            return reference(field.nested->name) + "-list";
+        default:
+            return "";
+    }
+}
+
+std::string list_definition(const field& field) {
+    switch (field.kind) {
+        case field_kind::list_of_texts:
+            return "SEQUENCE OF UTF8String";
+        case field_kind::list_of_integers:
+            return std::string("SEQUENCE OF ") + integer_notation(field.integer);
+        case field_kind::slots:
+            return "SEQUENCE (SIZE (0.." + std::to_string(field.size) + ")) OF " + reference(field.nested->name) +
+                   "-slot";
+        default:
+            return "SEQUENCE OF " + reference(field.nested->name);
+    }
+}
+
 std::string notation(const field& field) {
-    const std::string nested = field.nested != nullptr ? reference(field.nested->name) : "";
     switch (field.kind) {
         case field_kind::integer:
             return integer_notation(field.integer);
@@ -71,21 +102,12 @@ std::string notation(const field& field) {
         case field_kind::fixed_octets:
             return "OCTET STRING (SIZE (" + std::to_string(field.size) + "))";
         case field_kind::nested:
-            return nested;
+            return reference(field.nested->name);
         case field_kind::optional_nested:
-            return nested + " OPTIONAL";
-        case field_kind::list_of_records:
-        case field_kind::list_of_pointers:
-            return "SEQUENCE OF " + nested;
-        case field_kind::list_of_texts:
-            return "SEQUENCE OF UTF8String";
-        case field_kind::list_of_integers:
-            return std::string("SEQUENCE OF ") + integer_notation(field.integer);
-        case field_kind::slots:
-            return "SEQUENCE (SIZE (0.." + std::to_string(field.size) + ")) OF CHOICE { empty NULL, value " + nested +
-                   " }";
+            return reference(field.nested->name) + " OPTIONAL";
+        default:
+            return list_reference(field);
     }
-    return "";
 }
 
 // Records in the order in which they are written: each behind those it contains.
@@ -110,7 +132,24 @@ private:
     std::vector<const record_type*> records_;
 };
 
-void write_record(output& out, const record_type& type) {
+// The types of the record's lists, each written once.
+void write_lists(output& out, const record_type& type, std::vector<std::string>& written) {
+    const auto once = [&](const std::string& name, const std::string& definition) {
+        if (std::find(written.begin(), written.end(), name) != written.end()) return;
+        written.push_back(name);
+        out.write(name + " ::= " + definition + "\n\n");
+    };
+    for (const field& field : type) {
+        if (field.kind == field_kind::slots)
+            once(reference(field.nested->name) + "-slot",
+                 "CHOICE {\n    empty NULL,\n    value " + reference(field.nested->name) + "\n}");
+        const std::string list = list_reference(field);
+        if (!list.empty()) once(list, list_definition(field));
+    }
+}
+
+void write_record(output& out, const record_type& type, std::vector<std::string>& written) {
+    write_lists(out, type, written);
     out.write("-- " + std::string(type.name) + " (" + type.module + ")\n");
     out.write(reference(type.name) + " ::= SEQUENCE {\n");
     for (const field& field : type) {
@@ -142,8 +181,9 @@ int run_schema(const schema_options& options) {
     output out("");
     out.write("-- To be saved as " + name + ".asn1. The encoding is BER, without the envelope's header.\n");
     out.write(name + " DEFINITIONS EXPLICIT TAGS ::= BEGIN\n\n");
+    std::vector<std::string> written;
     for (const record_type* type : all.records())
-        write_record(out, *type);
+        write_record(out, *type, written);
     out.write("END\n");
     out.close();
     return exit_good;

@@ -1,0 +1,232 @@
+#!/bin/bash
+# inspect.sh PROGRAM DIRECTORY: what dump, check and records print. DIRECTORY is made anew.
+set -u
+program=$(realpath "$1")
+rm -rf "$2" && mkdir -p "$2" && cd "$2" || exit 1
+unset NO_COLOR
+result=0
+fail() {
+    echo "FAILED: $1" >&2
+    result=1
+}
+
+# same CODE ARGUMENT...: runs the program with the file `in`; standard output must be what stands on standard input here.
+same() {
+    local code=$1 status
+    shift
+    cat > expected
+    "$program" "$@" < in > out 2> err
+    status=$?
+    [ $status -eq "$code" ] || fail "zrasn $*: exit code $status, not $code"
+    diff -u expected out >&2 || fail "zrasn $* < $(head -c 80 in)"
+}
+# value HEX TEXT: a dump of the one element shows its type and value so.
+value() {
+    "$program" dump <<< "$1" > out 2> err
+    local shown
+    shown=$(sed -n '2s/^.\{45\}//p' out)
+    [ "$shown" = "$2" ] || fail "dump of $1: $shown, not $2"
+}
+
+# Values of all universal types.
+value '0101ff' 'BOOLEAN TRUE'
+value '010100' 'BOOLEAN FALSE'
+value '020180' 'INTEGER -128'
+value '02088000000000000000' 'INTEGER -9223372036854775808'
+value '0209008000000000000000' 'INTEGER 008000000000000000'
+value '0a0105' 'ENUMERATED 5'
+value '030204f0' 'BIT STRING f0, unused bits: 4'
+value '030100' 'BIT STRING no bits'
+value '0400' 'OCTET STRING'
+value '04026869' 'OCTET STRING 6869 "hi"'
+value '04021b5b' 'OCTET STRING 1b5b'
+value '0500' 'NULL'
+value '06062a864886f70d' 'OBJECT IDENTIFIER 1.2.840.113549'
+value '0603883703' 'OBJECT IDENTIFIER 2.999.3'
+value '060a2affffffffffffffff7f' 'OBJECT IDENTIFIER 1.2.9223372036854775807'
+value '060b2a83ffffffffffffffff7f' 'OBJECT IDENTIFIER 2a83ffffffffffffffff7f'
+value '0d028837' 'RELATIVE-OID 1079'
+value '0c03c3a921' 'UTF8String "é!"'
+value '0c021b5d' 'UTF8String "\u{1b}]"'
+value '0c06e280aec29b5c' 'UTF8String "\u{202e}\u{9b}\\"'
+value '0c03c328ff' 'UTF8String "\xc3(\xff"'
+value '1303616263' 'PrintableString "abc"'
+value '170d3236303130313030303030305a' 'UTCTime "260101000000Z"'
+value '1e0600e9202ed800' 'BMPString "é\u{202e}\xed\xa0\x80"'
+value '1c080001f60000110000' 'UniversalString "😀\xf4\x90\x80\x80"'
+value '1e0161' 'BMPString 61'
+value '5f87680101' '[APPLICATION 1000] 01'
+value 'a000' '[0]'
+value 'ff1f00' '[PRIVATE 31]'
+value '1f2500' '[UNIVERSAL 37]'
+value "0428$(printf '41%.0s' {1..40})" "OCTET STRING $(printf '41%.0s' {1..24}) \"$(printf 'A%.0s' {1..24})\" ... (40 octets)"
+value "0c60$(printf 'c3a9%.0s' {1..48})" "UTF8String \"$(printf 'é%.0s' {1..36})\" ... (96 octets)"
+value "0c6061$(printf 'c3a9%.0s' {1..47})62" "UTF8String \"a$(printf 'é%.0s' {1..35})\" ... (96 octets)"
+
+# A tree, with the names of a record and without, damaged and whole.
+echo 0402acdc 30 80 04 02 6869 31 00 0000 > in
+same 0 dump << 'END'
+  offset  hdr     length  class    tag  form
+       0    4                                envelope, version 2
+       4    2      indef  univ     16  cons  SEQUENCE
+       6    2          2  univ      4  prim    OCTET STRING 6869 "hi"
+      10    2          0  univ     17  cons    SET
+      12    2          0  univ      0  prim    end-of-contents
+END
+echo 30 19 0c 01 61 30 12 30 80 02 01 ff 0c 00 24 04 04 02 68 69 00 00 02 01 07 05 00 05 00 > in
+same 1 dump --record attr_s_t << 'END'
+  offset  hdr     length  class    tag  form
+       0    2         25  univ     16  cons  attr_s_t SEQUENCE
+       2    2          1  univ     12  prim    name UTF8String "a"
+       5    2         18  univ     16  cons    values SEQUENCE OF
+       7    2      indef  univ     16  cons      [0] SEQUENCE (value_s_t)
+       9    2          1  univ      2  prim        type INTEGER -1
+      12    2          0  univ     12  prim        str UTF8String
+      14    2          4  univ      4  cons        data OCTET STRING
+      16    2          2  univ      4  prim          OCTET STRING 6869 "hi"
+      20    2          0  univ      0  prim        end-of-contents
+      22    2          1  univ      2  prim      INTEGER 7
+      22                                           ! no element of values
+      25    2          0  univ      5  prim    NULL
+      25                                         ! more than the record has members
+      27                                     ! the record ends here: 2 octets more
+      27    2          0  univ      5  prim  NULL
+END
+echo 30 03 02 01 ff > in
+"$program" dump --record uuid_t < in 2> err | grep -q ' time_low INTEGER -1 (4294967295 as uint32_t)$' || fail 'a uint32_t'
+echo 30 06 04 00 30 02 30 09 > in
+same 1 dump --record attr_s_t << 'END'
+  offset  hdr     length  class    tag  form
+       0    2          6  univ     16  cons  attr_s_t SEQUENCE
+       2    2          0  univ      4  prim    OCTET STRING
+       2                                         ! not name (UTF8String)
+       4    2          2  univ     16  cons    values SEQUENCE OF
+       6    2          0  univ     16  cons      [0] SEQUENCE (value_s_t)
+       6                                           ! the contents run over the end by 9 octets
+                                                   ! type (INTEGER) is missing
+                                                   ! str (UTF8String) is missing
+                                                   ! data (OCTET STRING) is missing
+END
+grep -qF 'standard input: 5 problems, 0 octets not read' err || fail "$(cat err)"
+echo 30 0a 30 04 02 ff 01 02 02 01 07 05 1f 80 > in
+same 1 dump << 'END'
+  offset  hdr     length  class    tag  form
+       0    2         10  univ     16  cons  SEQUENCE
+       2    2          4  univ     16  cons    SEQUENCE
+       4                                         ! the length octet ff means nothing: 4 octets not read
+       8    2          1  univ      2  prim    INTEGER 7
+      11                                       ! the length is cut off: 1 octet not read
+      12                                     ! the identifier is cut off: 2 octets not read
+END
+: > in
+same 1 dump << 'END'
+  offset  hdr     length  class    tag  form
+       0                                     ! no element
+END
+for row in 0102ffff:'one octet' 0200:'at least one octet' 0300:'at least one octet' 030108:'at most 7' 030101:'no bits' \
+    050100:'no contents' 060188:'cut off' 1000:'primitive form' 2200:'constructed form' 020100:'' 2400:'' 3100:''; do
+    echo "${row%%:*}" > in
+    "$program" dump < in > out 2> err
+    [ $? -eq "$([ -z "${row#*:}" ]; echo $?)" ] || fail "dump of ${row%%:*}: exit code"
+    grep -qF -- "${row#*:}" <(grep '!' out || echo) || fail "dump of ${row%%:*}: $(cat out)"
+done
+
+# Colours, and nothing but printable characters.
+echo '0c021b07 0101' > in
+"$program" dump --color always < in 2> err | grep -q $'\e\[31m! ' || fail 'damage has no colour'
+"$program" dump --color auto < in 2> err | grep -q $'\e' && fail 'colours in a file'
+head -c 100000 /dev/urandom > in
+for record in '' '--record acl_ext_s_t' '--record namevalue_s_t'; do
+    "$program" dump --from raw $record < in 2> err | LC_ALL=C.UTF-8 grep -qP '[^[:print:]]' &&
+        fail 'dump writes what is not printable'
+done
+
+# What check says.
+printf '%s' '30 04 30 02 30 00' > in
+same 1 check --record attrlist_s_t < /dev/null
+grep -qF 'standard input:6: attrs[0].name: found the end of the data, expected a UTF8String (0c)' err || fail "check: $(cat err)"
+echo 0402acdc 30 07 02 01 05 0c 00 04 00 > in
+same 0 check --record value_s_t <<< 'standard input: fits value_s_t, as the library writes it'
+same 0 check <<< 'standard input: fits value_s_t, as the library writes it'
+echo 30 81 08 02 02 00 05 0c 00 04 00 07 > in
+same 1 check << 'END'
+standard input:1: a length of 2 octets, 1 would do
+standard input:5: type: the octets 0005, read as 5 and written as 05
+standard input:11: 1 octet after the record
+standard input: fits value_s_t, 3 deviations from what the library writes (no envelope header)
+END
+echo 0402acdc 30 04 0c 00 30 00 > in
+same 0 check << 'END'
+standard input: fits attr_s_t, as the library writes it
+standard input: fits yvprincipal_chain_s_t, as the library writes it
+standard input: fits aznadmsvc_s_t, as the library writes it
+standard input: fits yvattr_s_t, as the library writes it
+END
+echo 0407acdc 30 04 0c 00 30 00 > in
+same 1 check < /dev/null
+grep -qF 'found version 7, expected version 2 (zr_err_bad_envelope, 275063190)' err || fail "check: $(cat err)"
+echo 30 05 0c 00 30 01 00 > in
+same 1 check < /dev/null
+grep -qF 'input:6: values[0]: found end-of-contents octets (00), expected a SEQUENCE (30) (zr_err_no_match, 275063204)' err || fail "check: $(cat err)"
+
+# Size: memory and time do not follow that of a string, and the depth does not use the stack.
+{ printf '\x04\x84\x05\xf5\xe1\x00'; head -c 100000000 /dev/zero; } > big.ber
+(
+    ulimit -s 512
+    timeout 60 "$program" dump big.ber > out && [ "$(wc -c < out)" -lt 400 ] && grep -qF '(100000000 octets)' out
+) || fail 'dump of a long string'
+# The sanitizers take more memory than the program.
+if command -v python3 > /dev/null && ! grep -q __asan_init "$program"; then
+    { printf '\x24\x80'; for i in $(seq 1000); do printf '\x04\x82\xc3\x50'; head -c 50000 /dev/zero; done; printf '\0\0'; } > cut.ber
+    for command in '"$0" dump big.ber' 'cat big.ber | "$0" dump' '"$0" dump cut.ber'; do
+        python3 - "$command" "$program" << 'END' || fail "memory of $command"
+import resource, subprocess, sys
+subprocess.run(["bash", "-c", sys.argv[1], sys.argv[2]], stdout=subprocess.DEVNULL, check=True)
+kilobytes = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+assert kilobytes < 20000, kilobytes
+END
+    done
+fi
+awk 'BEGIN { for (i = 0; i < 1000000; i++) printf "3080"; for (i = 0; i < 1000000; i++) printf "0000" }' > deep.hex
+(
+    ulimit -s 512
+    "$program" dump deep.hex | tail -1 | grep -q '^ 3999998 .*end-of-contents'
+) || fail 'dump of a million levels'
+(
+    ulimit -s 512
+    head -c 2000000 deep.hex > deep.cut
+    "$program" dump --record namevalue_s_t deep.cut > out 2> err
+    [ $? -eq 1 ] && [ "$(grep -c 'end-of-contents octets (00 00) are missing' out)" -eq 500000 ] &&
+        [ "$("$program" check deep.cut 2>&1 | wc -c)" -lt 2000 ]
+) || fail 'a cut tree of many levels'
+rm -f *.ber deep.*
+
+# Records.
+: > in
+same 0 records acl_entry << 'END'
+acl_entry_s_t  (aclidl_asn)
+    permset                     acl_permset_s_t
+    int_a                       int32_t
+    id                          sec_id_t
+END
+"$program" records > out
+for record in $(sed -nE 's/^struct ([a-z_A-Z0-9]+) \{/\1/p' "$3"/base_idls/*_asn.h); do
+    grep -q "^$record  (" out || fail "records does not list $record"
+done
+[ "$(grep -c '^[a-zA-Z]' out)" -ge 62 ] || fail 'records are missing'
+"$program" records --json > out
+if command -v python3 > /dev/null; then
+    python3 - << 'END' || fail 'records --json'
+import json
+records = json.load(open("out"))
+assert len(records) >= 62, len(records)
+by_name = {r["name"]: r for r in records}
+assert by_name["sec_id_pa_t"]["fields"][1] == {"name": "ids", "kind": "list_of_records", "record": "sec_id_t",
+    "count": "count", "count_type": "uint16_t"}, by_name["sec_id_pa_t"]
+assert by_name["uuid_t"]["fields"][5] == {"name": "node", "kind": "fixed_octets", "size": 6}
+for record in records:
+    for field in record["fields"]:
+        assert field.get("record", "uuid_t") in by_name
+END
+fi
+exit $result
