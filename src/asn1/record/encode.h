@@ -40,7 +40,7 @@ constexpr size_t fixed_octets_of = sum_fixed_octets<S>(std::make_index_sequence<
 
 template <class Sink>
 ZR_INLINE bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t length, size_t reserve) {
-    if (!sink.room(uint64_t{length} + reserve)) return false;
+    if (!sink.room(length, reserve)) return false;
     sink.octets(data, length);
     sink.header(identifier, length);
     return true;

@@ -77,8 +77,10 @@ class writer {
 public:
     writer(unsigned char* end, unsigned char* limit) : at_(end), limit_(reinterpret_cast<uintptr_t>(limit)) {}
 
-    bool room(uint64_t octets) {
-        if (reinterpret_cast<uintptr_t>(at_) - limit_ >= octets) return true;
+    // Whether `octets` and then `reserve` more fit.
+    bool room(size_t octets, size_t reserve = 0) {
+        const size_t left = reinterpret_cast<uintptr_t>(at_) - limit_;
+        if (left >= octets && left - octets >= reserve) return true;
         at_ = nullptr;
         limit_ = 0;
         return false;
@@ -96,7 +98,7 @@ public:
     // A position to measure from, and the octets written since.
     using mark = unsigned char*;
     mark position() const { return at_; }
-    uint64_t since(mark from) const { return static_cast<uint64_t>(from - at_); }
+    size_t since(mark from) const { return static_cast<size_t>(from - at_); }
     unsigned char* start() const { return at_; }
 
     void octets(const void* from, size_t count) {
@@ -107,7 +109,7 @@ public:
         const auto both = static_cast<uint16_t>(first | second << 8);
         std::memcpy(at_ -= 2, &both, 2);
     }
-    void header(unsigned char identifier, uint64_t length) {
+    void header(unsigned char identifier, size_t length) {
         if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
         long_header(identifier, static_cast<uint32_t>(length));
     }
@@ -139,7 +141,7 @@ private:
 // counter has the writer's interface and tells how many octets it would write.
 class counter {
 public:
-    bool room(uint64_t) const { return true; }
+    bool room(size_t, size_t = 0) const { return true; }
     bool failed() const { return false; }
     using progress = uint64_t;
     progress done() const { return count_; }
