@@ -12,11 +12,12 @@ BENCH_SECONDS ?= 0.3
 
 tested := release asan x86
 packages_release := g++ cmake ninja-build googletest libcli11-dev nlohmann-json3-dev pkg-config locales
+packages_schema := python3 asn1c erlang-base erlang-asn1
 packages_x86 := g++-multilib cmake ninja-build googletest nlohmann-json3-dev locales
 packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest libcli11-dev nlohmann-json3-dev locales
 packages_fuzz := $(packages_asan)
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
-    libssl-dev libprotobuf-dev protobuf-compiler
+    libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl
 packages_bench-x86 := g++-multilib cmake ninja-build
 packages_tidy := clang-tidy
 packages_format := clang-format git
@@ -30,7 +31,7 @@ demo: build/release/build.ninja
 	@examples/tool_demo.sh build/release/tools/zrasn/zrasn examples/acl.json
 
 # One run of ctest over all builds, so that one summary closes it.
-test: $(tested:%=build/%/build.ninja)
+test: deps-schema $(tested:%=build/%/build.ninja)
 	@for preset in $(tested); do cmake --build build/$$preset -j $(JOBS) || exit 1; done
 	@echo 'subdirs($(tested))' > build/CTestTestfile.cmake
 	@ctest --test-dir build --output-on-failure -j $(JOBS)
