@@ -137,7 +137,9 @@ echo '0c021b07 0101' > in
 "$program" dump --color auto < in 2> err | grep -q $'\e' && fail 'colours in a file'
 head -c 100000 /dev/urandom > in
 for record in '' '--record acl_ext_s_t' '--record namevalue_s_t'; do
-    "$program" dump --from raw $record < in 2> err | LC_ALL=C.UTF-8 grep -qP '[^[:print:]]' &&
+    "$program" dump --from raw $record < in > out 2> err
+    iconv -f UTF-8 -t UTF-8 out > /dev/null || fail 'dump writes bad octets'
+    LC_ALL=C.UTF-8 grep -qP '[\x00-\x09\x0b-\x1f\x7f\x{80}-\x{9f}\x{61c}\x{200e}\x{200f}\x{202a}-\x{202e}\x{2066}-\x{2069}]' out &&
         fail 'dump writes what is not printable'
 done
 
