@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "pick_record.h"
 #include "support/allocations.h"
 #include "support/routes.h"
 
@@ -75,25 +76,6 @@ void check(const zr::record_type& type, zr_asn_buffer_t in) {
     zr_asn_buffer_free(other);
 }
 
-// Seeds pick a record by a hash of its name (FNV-1a), so that they stay with it when there are more; any other number
-// picks some record.
-const zr::record_type& pick(unsigned int number) {
-    static const auto table = [] {
-        const std::vector<const zr::record_type*> records = all_records();
-        std::vector<const zr::record_type*> picked(0x10000);
-        for (size_t i = 0; i < picked.size(); ++i)
-            picked[i] = records[i % records.size()];
-        for (const zr::record_type* type : records) {
-            uint32_t hash = 0x811C9DC5;
-            for (const char* c = type->name; *c != 0; ++c)
-                hash = (hash ^ static_cast<unsigned char>(*c)) * 0x01000193;
-            picked[(hash >> 16) ^ (hash & 0xFFFF)] = type;
-        }
-        return picked;
-    }();
-    return *table[number];
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -101,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static allocations watched;
     if (size < 2 || nowhere == nullptr) return 0;
 
-    const zr::record_type& type = pick(data[0] << 8u | data[1]);
+    const zr::record_type& type = pick_record(data[0] << 8u | data[1]);
     const size_t before = watched.live();
     stderr = nowhere;
     {

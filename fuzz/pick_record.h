@@ -1,0 +1,30 @@
+// Which record an input of a fuzz target is about.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "support/records.h"
+
+namespace zr_test {
+
+// Seeds pick a record by a hash of its name (FNV-1a), so that they stay with it when there are more; any other number
+// picks some record.
+inline const zr::record_type& pick_record(unsigned int number) {
+    static const auto table = [] {
+        const std::vector<const zr::record_type*> records = all_records();
+        std::vector<const zr::record_type*> picked(0x10000);
+        for (size_t i = 0; i < picked.size(); ++i)
+            picked[i] = records[i % records.size()];
+        for (const zr::record_type* type : records) {
+            uint32_t hash = 0x811C9DC5;
+            for (const char* c = type->name; *c != 0; ++c)
+                hash = (hash ^ static_cast<unsigned char>(*c)) * 0x01000193;
+            picked[(hash >> 16) ^ (hash & 0xFFFF)] = type;
+        }
+        return picked;
+    }();
+    return *table[number];
+}
+
+}  // namespace zr_test

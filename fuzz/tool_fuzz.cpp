@@ -1,0 +1,71 @@
+// Any octets for what the command-line program looks at them with: the walk over BER gives every octet once, whatever
+// they are; locate refuses what the decode refuses, with its status; an encoding without deviations is the library's.
+//
+// The first two octets pick the record, the others are its encoding without the envelope.
+#include <cstdio>
+#include <cstdlib>
+
+#include "asn1/asnbase/status.h"
+#include "ber.h"
+#include "deviations.h"
+#include "locate.h"
+#include "pick_record.h"
+#include "record_guide.h"
+#include "support/routes.h"
+
+namespace {
+
+using namespace zr_test;
+using zr::tool::ber_item;
+using zr::tool::ber_kind;
+
+FILE* const printed = stderr;
+
+void require(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(printed, "tool_fuzz: %s\n", what);
+    std::abort();
+}
+
+void walk(const zr::record_type& type, const octets& ber) {
+    zr::tool::ber_scanner scanner(ber.data(), ber.size());
+    zr::tool::record_guide guide(&type);
+    size_t at = 0;
+    for (ber_item item; scanner.next(item);) {
+        require(item.offset == at, "the walk leaves octets out, or gives them twice");
+        if (item.kind != ber_kind::missing_end) at += item.opens() ? item.header : item.header + item.length;
+        guide.leave(item.depth, [](size_t, const zr::field&) {});
+        if (item.kind == ber_kind::element) guide.visit(item);
+    }
+    require(at == ber.size(), "the walk ends early");
+    require(guide.path().size() < 4096, "a long path is not cut");
+}
+
+void compare(const zr::record_type& type, const octets& ber) {
+    structure decoded(type);
+    const int status = decode(entry_points, ber, decoded);
+    zr::tool::mismatch found;
+    const bool refused = zr::tool::locate_mismatch(ber.data(), ber.size(), type, found);
+    require(refused == (status != 0), "locate and decode disagree");
+    require(!refused || found.status == status, "locate has another status");
+    if (refused) return;
+    bool any = false;
+    zr::tool::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(),
+                              [&any](const zr::tool::deviation&) { any = true; });
+    require(any == (encode(entry_points, decoded).ber != ber),
+            "deviations where there are none, or none where there are");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static FILE* const nowhere = std::fopen("/dev/null", "w");
+    if (size < 2 || nowhere == nullptr) return 0;
+    const zr::record_type& type = pick_record(data[0] << 8u | data[1]);
+    const octets ber(data + 2, data + size);
+    stderr = nowhere;
+    walk(type, ber);
+    if (!ber.empty()) compare(type, ber);  // an envelope holds an octet at least
+    stderr = printed;
+    return 0;
+}
