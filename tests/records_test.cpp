@@ -109,7 +109,7 @@ TEST(registry, display_names) {
         {"remote_log_request", "RemoteLogRequest"},
     };
     for (const auto& [record, name] : names) {
-        const std::unique_ptr<zr_asn_object> binding(zr::find_record(record)->functions.make_binding(zr_normal));
+        const std::unique_ptr<zr_asn_object> binding(zr::find_record(record)->codec.make_binding(zr_normal));
         EXPECT_EQ(binding->get_type_name(), name);
     }
 }
@@ -184,7 +184,7 @@ TEST(records, a_binding_object_can_be_used_again) {
     std::mt19937 random(5);
     for (const zr::record_type* type : all_records()) {
         SCOPED_TRACE(type->name);
-        const std::unique_ptr<zr_asn_object> object(type->functions.make_binding(zr_normal));
+        const std::unique_ptr<zr_asn_object> object(type->codec.make_binding(zr_normal));
         auto& binding = static_cast<zr_asnbase&>(*object);
         for (int round = 0; round < 6; ++round) {
             structure original(*type);

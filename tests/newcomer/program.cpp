@@ -29,7 +29,7 @@ int main() {
         return failed("encoded otherwise");
 
     note_s_t copy{};
-    if (type->functions.decode(octets, &copy) != 0) return failed("not decoded");
+    if (type->decode(octets, &copy) != 0) return failed("not decoded");
     const bool same =
         std::strcmp(copy.text, text) == 0 && copy.count == 3 && std::memcmp(copy.marks, marks, sizeof marks) == 0;
     zrAsnFreeObj(copy);

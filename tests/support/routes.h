@@ -19,9 +19,8 @@ struct route {
 
 // The plain entry points, and the object tree.
 constexpr route entry_points = {
-    "entry points",
-    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.functions.encode(out, in); },
-    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.functions.decode(in, out); }};
+    "entry points", [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode(out, in); },
+    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode(in, out); }};
 constexpr route object_tree = {"object tree",
                                [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
                                    return zr::encode_tree(type, zr_normal, out, in);
@@ -32,8 +31,8 @@ constexpr route object_tree = {"object tree",
 // The forms for the local code set, which for ASCII is UTF-8.
 constexpr route local_entry_points = {
     "LCS entry points",
-    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.functions.encode_lcs(out, in); },
-    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.functions.decode_lcs(in, out); }};
+    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode_lcs(out, in); },
+    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode_lcs(in, out); }};
 
 constexpr route routes[] = {entry_points, object_tree};
 
@@ -72,7 +71,7 @@ inline int decode(const route& way, const octets& ber, structure& out) {
 
 // What a decoded structure holds is released by the library, completely.
 inline std::string leftover_of_free(structure& decoded) {
-    decoded.type().functions.free(decoded.get());
+    decoded.type().free(decoded.get());
     return leftover(decoded.type(), decoded.get());
 }
 

@@ -36,7 +36,7 @@ int decode_octets(const record_type& type, const unsigned char* data, size_t siz
         std::memcpy(whole.get() + sizeof(standard_header), data, size);
         in = {static_cast<unsigned int>(size + sizeof(standard_header)), whole.get()};
     }
-    return type.functions.decode(in, contents);
+    return type.decode(in, contents);
 }
 
 namespace {

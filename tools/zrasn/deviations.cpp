@@ -151,7 +151,7 @@ private:
     // What the walk does not know of shows here.
     void compare(void* contents, size_t begin, size_t end) {
         zr_asn_buffer_t written{0, nullptr};
-        if (type_.functions.encode(written, contents) != zr_ok) return report(begin, "the library cannot write this");
+        if (type_.encode(written, contents) != zr_ok) return report(begin, "the library cannot write this");
         constexpr size_t header = 4;
         const unsigned char* octets = written.data + header;
         const size_t count = std::min<size_t>(end - begin, written.length - header);

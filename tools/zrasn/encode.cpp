@@ -32,7 +32,7 @@ encoded_record encode_text(std::string_view text, const encode_options& options)
     result.good = read_json(text, *options.record, record.get(), result.error);
     if (!result.good) return result;
     zr_asn_buffer_t& out = result.octets.out();
-    result.status = options.record->functions.encode(out, record.get());
+    result.status = options.record->encode(out, record.get());
     result.good = result.status == zr_ok;
     if (result.good)
         out.data[1] = static_cast<unsigned char>(options.version);

@@ -154,10 +154,8 @@ private:
     }
 
     bool enter(scope& entered) {
-        const slow_sequence read = enter_sequence_slow(in_.at, in_.end);
-        if (read.status != 0) return refuse_value(read.status, wanted::sequence);
-        in_ = read.in;
-        entered = read.entered;
+        const int status = enter_sequence(in_, entered);
+        if (status != 0) return refuse_value(status, wanted::sequence);
         return true;
     }
 
@@ -191,25 +189,22 @@ private:
             ++top.next;
     }
 
-    bool value(wanted kind, uint32_t fixed) {
+    bool value(wanted kind) {
         int status = 0;
-        input behind{};
         if (kind == wanted::integer) {
-            const slow_integer read = read_integer_slow(in_.at, in_.end);
-            status = read.status;
-            behind = read.in;
+            int32_t dropped = 0;
+            status = read_integer(in_, dropped);
+        } else if (kind == wanted::text) {
+            char* dropped = nullptr;
+            status = read_text(in_, dropped);
+            std::free(dropped);
         } else {
-            unsigned char few[256];
-            const bool dropped = fixed != 0 && fixed <= sizeof(few);
-            const slow_octets read =
-                kind == wanted::text ? read_text_slow(in_.at, in_.end)
-                                     : read_octets_slow(in_.at, in_.end, dropped ? few : nullptr, dropped ? fixed : 0);
-            if (!dropped) std::free(read.data);
-            status = read.status;
-            behind = read.in;
+            unsigned char* dropped = nullptr;
+            uint32_t length = 0;
+            status = read_octets(in_, dropped, length);
+            std::free(dropped);
         }
         if (status != 0) return refuse_value(status, kind);
-        in_ = behind;
         step(stack_.back());
         return true;
     }
@@ -218,12 +213,12 @@ private:
         const field& field = *top.next;
         switch (field.kind) {
             case field_kind::integer:
-                return value(wanted::integer, 0);
+                return value(wanted::integer);
             case field_kind::text:
-                return value(wanted::text, 0);
+                return value(wanted::text);
             case field_kind::octets:
             case field_kind::fixed_octets:
-                return value(wanted::octets, field.size);
+                return value(wanted::octets);
             case field_kind::nested:
                 return enter_record(*field.nested);
             case field_kind::optional_nested:
@@ -256,13 +251,11 @@ private:
         count_element(top, field);
         switch (field.kind) {
             case field_kind::list_of_integers:
-                return value(wanted::integer, 0);
+                return value(wanted::integer);
             case field_kind::list_of_texts:
-                return value(wanted::text, 0);
+                return value(wanted::text);
             case field_kind::slots: {
-                const input behind = skip_null_slow(in_.at, in_.end);
-                if (behind.at == in_.at) return enter_record(*field.nested);
-                in_ = behind;
+                if (!skip_null(in_)) return enter_record(*field.nested);
                 step(top);
                 return true;
             }

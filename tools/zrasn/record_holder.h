@@ -15,7 +15,7 @@ public:
         if (contents_ == nullptr) throw std::bad_alloc();
     }
     ~record_holder() {
-        type_.functions.free(contents_);
+        type_.free(contents_);
         std::free(contents_);
     }
     record_holder(const record_holder&) = delete;

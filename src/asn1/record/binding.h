@@ -177,25 +177,4 @@ private:
     typename field_objects_of<decltype(record<S>::fields)>::type fields_;
 };
 
-template <class S>
-constexpr record_functions functions_of() {
-    return {[](zr_asn_buffer_t& out, void* in) { return zrAsnEncodeObj(out, *static_cast<S*>(in)); },
-            [](zr_asn_buffer_t& out, void* in) { return zrAsnEncodeObjLCS(out, *static_cast<S*>(in)); },
-            [](zr_asn_buffer_t& in, void* out) { return zrAsnDecodeObj(in, *static_cast<S*>(out)); },
-            [](zr_asn_buffer_t& in, void* out) { return zrAsnDecodeObjLCS(in, *static_cast<S*>(out)); },
-            [](void* structure) { zrAsnFreeObj(*static_cast<S*>(structure)); },
-            &make_object<binding<S>>};
-}
-
-template <class S>
-constexpr record_type make_record_type() {
-    return {record<S>::name,
-            record<S>::binding_name,
-            record<S>::module,
-            field_table<S>::fields.fields,
-            static_cast<uint32_t>(field_table<S>::count),
-            sizeof(S),
-            functions_of<S>()};
-}
-
 }  // namespace zr

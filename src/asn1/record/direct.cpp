@@ -1,7 +1,10 @@
 #include "asn1/record/direct.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
+
+#include "asn1/record/general_decoder.h"
 
 namespace zr {
 
@@ -35,14 +38,14 @@ int copy_out(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length)
 }
 
 // Writes an envelope to the end of `room` octets and gives its start; null when it does not fit.
-unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const direct_codec& codec) {
+unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const record_codec& codec) {
     writer sink(room + octets, room);
     if (!codec.write(sink, in) || !sink.room(sizeof envelope_header)) return nullptr;
     sink.octets(envelope_header, sizeof envelope_header);
     return sink.start();
 }
 
-bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
     unsigned char room[stack_octets];
     const unsigned char* start = write_envelope(room, sizeof room, in, codec);
     if (start == nullptr) return false;
@@ -51,7 +54,7 @@ bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const direct_codec& c
     return true;
 }
 
-bool encode_in_block(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
     block room = allocate_encoding(block_octets);
     const unsigned char* start = write_envelope(room.get(), block_octets, in, codec);
     if (start == nullptr) return false;
@@ -66,7 +69,7 @@ bool encode_in_block(zr_asn_buffer_t& out, const void* in, const direct_codec& c
     return true;
 }
 
-int encode_counted(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+int encode_counted(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
     counter counted;
     codec.count(counted, in);
     const uint64_t length = counted.count() + sizeof envelope_header;
@@ -83,23 +86,35 @@ int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t le
     return guarded([&] { return copy_out(out, envelope, length); });
 }
 
-int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec) {
+namespace {
+
+// Reads a record into a structure that is cleared first: the short way, and the general one if that does not do.
+int read_structure(const record_type& type, input contents, void* made) {
+    std::memset(made, 0, type.size);
+    if (type.codec.read(contents.at, contents.end, made) != nullptr) return 0;
+    type.codec.release(made);
+    std::memset(made, 0, type.size);
+    return read_any_form(type, contents, made);
+}
+
+}  // namespace
+
+int record_type::encode(zr_asn_buffer_t& out, const void* in) const {
     return guarded([&] {
-        const uint64_t least = codec.least != nullptr ? codec.least(in, block_octets) : 0;
-        if (least < stack_octets && encode_on_stack(out, in, codec)) return 0;
-        if (least < block_octets && encode_in_block(out, in, codec)) return 0;
+        const uint64_t likely = codec.likely_octets(in);
+        if (likely < stack_octets && encode_on_stack(out, in, codec)) return 0;
+        if (likely < block_octets && encode_in_block(out, in, codec)) return 0;
         return encode_counted(out, in, codec);
     });
 }
 
-int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_codec& codec) {
+int record_type::decode(zr_asn_buffer_t& in, void* out) const {
     input contents{};
     if (int status = open_envelope(in, contents)) return status;
-    const size_t size = codec.type->size;
-    std::memset(made, 0, size);
+    alignas(std::max_align_t) unsigned char made[max_structure];
     int status = 0;
     try {
-        status = codec.read(contents, made);
+        status = read_structure(*this, contents, made);
     } catch (const zr_asn_exception& exception) {
         codec.release(made);
         std::memset(out, 0, size);
@@ -110,7 +125,15 @@ int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_co
         return 0;
     }
     codec.release(made);
-    return status == beyond_structure ? decode_tree(*codec.type, zr_normal, in, out) : status;
+    return status == beyond_structure ? decode_tree(*this, zr_normal, in, out) : status;
+}
+
+int record_type::encode_lcs(zr_asn_buffer_t& out, void* in) const {
+    return encode_tree(*this, zr_local_code_set, out, in);
+}
+
+int record_type::decode_lcs(zr_asn_buffer_t& in, void* out) const {
+    return decode_tree(*this, zr_local_code_set, in, out);
 }
 
 }  // namespace zr

@@ -1,6 +1,7 @@
 // The entry points' way from a structure to its octets and back: without an object tree.
 #pragma once
 
+#include "asn1/record/binding.h"
 #include "asn1/record/decode.h"
 #include "asn1/record/encode.h"
 #include "asn1/record/tree.h"
@@ -8,39 +9,36 @@
 
 namespace zr {
 
-// A record's direct codec on an untyped structure; what all records do with it stands once, in direct.cpp.
-struct direct_codec {
-    const record_type* type;
-    // A quick lower bound of the octets, exact enough up to `enough`; null for a record without lists.
-    uint64_t (*least)(const void* in, uint64_t enough);
-    bool (*write)(writer& sink, const void* in);
-    void (*count)(counter& sink, const void* in);
-    int (*read)(input& in, void* out);
-    void (*release)(void* structure);
+constexpr unsigned char envelope_header[] = {4, envelope_version, 0xAC, 0xDC};
+
+// A structure that is decoded lies on the stack until its octets are accepted.
+constexpr size_t max_structure = 1024;
+
+template <class S>
+constexpr record_codec codec_of = {
+    [](const void* in) { return likely_octets(*static_cast<const S*>(in)); },
+    [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
+    [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
+    [](octet_position at, octet_position end, void* out) { return read_record(at, end, *static_cast<S*>(out)); },
+    [](void* structure) { release_record(*static_cast<S*>(structure)); },
+    &make_object<binding<S>>,
 };
 
 template <class S>
-constexpr direct_codec codec_of = {
-    &record<S>::type,
-    is_leaf<S>() ? nullptr
-                 : +[](const void* in, uint64_t enough) { return least_octets(*static_cast<const S*>(in), enough); },
-    [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
-    [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
-    [](input& in, void* out) { return read_record(in, *static_cast<S*>(out)); },
-    [](void* structure) { release_record(*static_cast<S*>(structure)); },
-};
-
-// encode_structure gives the envelope of `in` in one malloc block. Exhausted memory, more than 2^32-1 octets and a null
-// element in an array of pointers are reported to standard error and returned as 275062885.
-//
-// A small record is written once, into the stack, and copied; a larger one once, into a block that is then cut to its
-// size; a large one is counted first and written into a block of that size.
-ZR_API int encode_structure(zr_asn_buffer_t& out, const void* in, const direct_codec& codec);
-
-constexpr unsigned char envelope_header[] = {4, envelope_version, 0xAC, 0xDC};
+constexpr record_type make_record_type() {
+    static_assert(sizeof(S) <= max_structure, "a structure of moderate size");
+    return {record<S>::name,
+            record<S>::binding_name,
+            record<S>::module,
+            field_table<S>::fields.fields,
+            static_cast<uint32_t>(field_table<S>::count),
+            sizeof(S),
+            static_cast<uint32_t>(min_octets<S>()),
+            codec_of<S>};
+}
 
 // Gives a copy of an envelope in a malloc block; 275062885 when memory is out, which is reported.
-ZR_API int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
+int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
 
 // A structure without blocks is always small.
 template <class S>
@@ -53,12 +51,8 @@ int encode_structure(zr_asn_buffer_t& out, const S& in) {
             return hand_out_copy(out, sink.start(), static_cast<size_t>(room + sizeof room - sink.start()));
         }
     }
-    return encode_structure(out, &in, codec_of<S>);
+    return record<S>::type.encode(out, &in);
 }
-
-// decode_structure fills `out` from an envelope; `made` is room for one more such structure. When the octets are
-// refused `out` is as it was; when memory is out, which is reported, it is cleared.
-ZR_API int decode_structure(zr_asn_buffer_t& in, void* out, void* made, const direct_codec& codec);
 
 // Places `contents` on the record in an envelope, or returns 275063190 (zr_asnbase::loadObject).
 inline int open_envelope(const zr_asn_buffer_t& in, input& contents) {
@@ -96,15 +90,13 @@ template <class S>
 int decode_structure(zr_asn_buffer_t& in, S& out) {
     if constexpr (is_flat<S>()) {
         input contents{};
-        if (int status = open_envelope(in, contents)) return status;
         S made;
-        if (int status = read_record(contents, made)) return status;
-        copy_flat(out, made, std::make_index_sequence<field_count_of<S>>());
-        return 0;
-    } else {
-        alignas(S) unsigned char made[sizeof(S)];
-        return decode_structure(in, &out, made, codec_of<S>);
+        if (open_envelope(in, contents) == 0 && read_record(contents.at, contents.end, made) != nullptr) {
+            copy_flat(out, made, std::make_index_sequence<field_count_of<S>>());
+            return 0;
+        }
     }
+    return record<S>::type.decode(in, &out);
 }
 
 }  // namespace zr

@@ -265,4 +265,8 @@ uint64_t least_octets(const S& in, uint64_t enough) {
     return least_octets(in, enough, std::make_index_sequence<field_count_of<S>>());
 }
 
+template <class S>
+uint64_t likely_octets(const S& in) {
+    return least_octets(in, 65536);
+}
 }  // namespace zr

@@ -81,13 +81,16 @@ struct field {
     integer_type count;    // the counting member
 };
 
-// A record's entry points on an untyped structure (see ZR_RECORD in asn1/record/record.h).
-struct record_functions {
-    int (*encode)(zr_asn_buffer_t& out, void* in);
-    int (*encode_lcs)(zr_asn_buffer_t& out, void* in);
-    int (*decode)(zr_asn_buffer_t& in, void* out);
-    int (*decode_lcs)(zr_asn_buffer_t& in, void* out);
-    void (*free)(void* structure);
+class writer;
+class counter;
+
+// A record's direct codec on an untyped structure (asn1/record/encode.h, decode.h, release.h), and its binding class.
+struct record_codec {
+    uint64_t (*likely_octets)(const void* in);
+    bool (*write)(writer& sink, const void* in);
+    void (*count)(counter& sink, const void* in);
+    const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
+    void (*release)(void* structure);
     object_maker make_binding;
 };
 
@@ -98,11 +101,21 @@ struct record_type {
     const char* module;   // of the schema module, such as "attrlist_asn"
     const field* fields;
     uint32_t field_count;
-    uint32_t size;  // of the structure in octets
-    record_functions functions;
+    uint32_t size;        // of the structure in octets
+    uint32_t min_octets;  // the fewest that any encoding has
+    record_codec codec;
 
     const field* begin() const { return fields; }
     const field* end() const { return fields + field_count; }
+    // Whether the last field is a list of this record itself.
+    bool contains_itself() const { return fields[field_count - 1].nested == this; }
+
+    // The record's entry points on an untyped structure (see ZR_RECORD in asn1/record/record.h).
+    ZR_API int encode(zr_asn_buffer_t& out, const void* in) const;
+    ZR_API int encode_lcs(zr_asn_buffer_t& out, void* in) const;
+    ZR_API int decode(zr_asn_buffer_t& in, void* out) const;
+    ZR_API int decode_lcs(zr_asn_buffer_t& in, void* out) const;
+    void free(void* structure) const { codec.release(structure); }
 };
 
 // One field at compile time: T is the member's type (the element's for lists and slots), C the counting member's.

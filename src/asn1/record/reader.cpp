@@ -1,5 +1,8 @@
 #include "asn1/record/reader.h"
 
+#include <cstdlib>
+#include <cstring>
+
 #include "asn1/asnbase/object.h"
 #include "asn1/asnbase/octetstring.h"
 
@@ -106,70 +109,83 @@ int32_t integer_contents(const unsigned char* octets, unsigned int length) {
 
 }  // namespace
 
-slow_sequence enter_sequence_slow(const unsigned char* at, const unsigned char* end) {
-    const input in{at, end};
+int enter_sequence(input& in, scope& entered) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
-    if (int status = read_header(cursor, 16, constructed | indefinite, value)) return {{status, in}, {}};
-    slow_sequence read{{0, input_of(cursor)}, {cursor.remaining() - value.length, value.is_indefinite}};
-    if (!value.is_indefinite) read.in.end = read.in.at + value.length;
-    return read;
+    if (int status = read_header(cursor, 16, constructed | indefinite, value)) return status;
+    in = input_of(cursor);
+    entered = {in.left() - value.length, value.is_indefinite};
+    if (!value.is_indefinite) in.end = in.at + value.length;
+    return 0;
 }
 
-bool ends_slow(const unsigned char* at, const unsigned char* end) { return end - at >= 2 && at[0] == 0 && at[1] == 0; }
+bool at_end(const input& in, const scope& entered) {
+    if (!entered.indefinite) return in.at == in.end;
+    return in.left() >= 2 && in.at[0] == 0 && in.at[1] == 0;
+}
 
-bool next_is_sequence_slow(const unsigned char* at, const unsigned char* end) {
-    const input in{at, end};
+int leave_sequence(input& in, const scope& entered) {
+    if (entered.indefinite) {
+        if (!at_end(in, entered)) return zr_err_bad_contents;
+        in.at += 2;
+        return 0;
+    }
+    if (in.at != in.end) return zr_err_trailing_data;
+    in.end = in.at + entered.after;
+    return 0;
+}
+
+bool next_is_sequence(const input& in) {
     zr_r_buffer_t cursor = cursor_of(in);
     ber_header header{};
-    return read_identifier(cursor, header) == 0 && header.tag == 16 && header.cls == 0;
+    return in.at != in.end && read_identifier(cursor, header) == 0 && header.tag == 16 && header.cls == 0;
 }
 
-input skip_null_slow(const unsigned char* at, const unsigned char* end) {
-    const input in{at, end};
+bool skip_null(input& in) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
-    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return in;
-    return input_of(cursor);
+    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return false;
+    in = input_of(cursor);
+    return true;
 }
 
-slow_integer read_integer_slow(const unsigned char* at, const unsigned char* end) {
-    const input in{at, end};
+int read_integer(input& in, int32_t& value) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header header{};
-    if (int status = read_header(cursor, 2, primitive, header)) return {{status, in}, 0};
+    if (int status = read_header(cursor, 2, primitive, header)) return status;
     unsigned char* octets = nullptr;
-    if (!cursor.take(header.length, octets)) return {{zr_err_data_ends_early, in}, 0};
-    return {{0, input_of(cursor)}, integer_contents(octets, header.length)};
+    if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
+    in = input_of(cursor);
+    value = integer_contents(octets, header.length);
+    return 0;
 }
 
-slow_octets read_text_slow(const unsigned char* at, const unsigned char* end) {
-    slow_octets read{{0, {at, end}}, nullptr, 0};
-    read.status = read_string(read.in, 12, [&](uint64_t length) -> string_target {
-        if (length < SIZE_MAX) read.data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(length) + 1));
-        if (read.data == nullptr) return {nullptr, 0};
-        read.data[length] = 0;
-        return {read.data, length};
+int read_text(input& in, char*& text) {
+    return read_string(in, 12, [&](uint64_t length) -> string_target {
+        text = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
+        if (text == nullptr) return {nullptr, 0};
+        text[length] = 0;
+        return {text, length};
     });
-    return read;
 }
 
-slow_octets read_octets_slow(const unsigned char* at, const unsigned char* end, unsigned char* fixed, uint32_t limit) {
-    slow_octets read{{0, {at, end}}, nullptr, 0};
+int read_octets(input& in, unsigned char*& data, uint32_t& length) {
     bool failed = false;
-    read.status = read_string(read.in, 4, [&](uint64_t length) -> string_target {
-        if (fixed != nullptr) {
-            std::memset(fixed, 0, limit);
-            return {fixed, limit};
-        }
-        if (length == 0) return {nullptr, 0};
-        read.data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(length)));
-        failed = read.data == nullptr;
-        read.length = failed ? 0 : static_cast<uint32_t>(length);
-        return {read.data, read.length};
+    const int status = read_string(in, 4, [&](uint64_t octets) -> string_target {
+        if (octets == 0) return {nullptr, 0};
+        data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(octets)));
+        failed = data == nullptr;
+        length = failed ? 0 : static_cast<uint32_t>(octets);
+        return {data, length};
     });
-    if (read.status == 0 && failed) read.status = zr_err_out_of_memory;
-    return read;
+    return status == 0 && failed ? zr_err_out_of_memory : status;
+}
+
+int read_fixed_octets(input& in, unsigned char* to, uint32_t size) {
+    return read_string(in, 4, [&](uint64_t) -> string_target {
+        std::memset(to, 0, size);
+        return {to, size};
+    });
 }
 
 uint32_t count_elements(const unsigned char* at, const unsigned char* end) {

@@ -39,11 +39,11 @@
     const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();            \
     int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); } \
     int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                      \
-        return zr::encode_tree(zr::record<structure>::type, zr_local_code_set, out, &in);             \
+        return zr::record<structure>::type.encode_lcs(out, &in);                                      \
     }                                                                                                 \
     int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_structure(in, out); } \
     int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                                      \
-        return zr::decode_tree(zr::record<structure>::type, zr_local_code_set, in, &out);             \
+        return zr::record<structure>::type.decode_lcs(in, &out);                                      \
     }                                                                                                 \
     void zrAsnFreeObj(structure& s) { zr::release_record(s); }                                        \
     static_assert(true, "")

@@ -111,4 +111,12 @@ constexpr size_t min_octets() {
     return sum_min_octets<S>(std::make_index_sequence<field_count_of<S>>());
 }
 
+// The same of one element of a list.
+template <class S, size_t I>
+constexpr size_t min_element_octets() {
+    using T = typename field_type<S, I>::value_type;
+    if constexpr (std::is_class_v<T>) return min_octets<T>();
+    return 2;
+}
+
 }  // namespace zr

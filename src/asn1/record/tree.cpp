@@ -363,7 +363,7 @@ void free_fields(const record_type& type, void* structure) {
 namespace {
 
 std::unique_ptr<zr_asnbase> make_binding(const record_type& type, security_t mode) {
-    std::unique_ptr<zr_asnbase> binding(static_cast<zr_asnbase*>(type.functions.make_binding(mode)));
+    std::unique_ptr<zr_asnbase> binding(static_cast<zr_asnbase*>(type.codec.make_binding(mode)));
     if (binding == nullptr) throw_out_of_memory(memory_error, type.module);
     return binding;
 }

@@ -6,14 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
-namespace zr {
+#include "asn1/record/copy.h"
+#include "asn1/record/identifiers.h"
 
-// Identifier octets of the universal types that records are made of (X.690 8.1.2).
-constexpr unsigned char id_integer = 0x02;
-constexpr unsigned char id_octet_string = 0x04;
-constexpr unsigned char id_null = 0x05;
-constexpr unsigned char id_utf8_string = 0x0C;
-constexpr unsigned char id_sequence = 0x30;
+namespace zr {
 
 // The most octets that a header (identifier and length) and an INTEGER take.
 constexpr size_t max_header = 6;
@@ -29,46 +25,6 @@ inline unsigned int integer_octets(int32_t value) {
 inline unsigned int length_octets(uint64_t length) {
     if (length < 0x80) return 0;
     return length <= 0xFF ? 1 : length <= 0xFFFF ? 2 : length <= 0xFFFFFF ? 3 : 4;
-}
-
-// Copies `count` octets, at least a Block's and at most two, as a first and a last Block that may overlap.
-template <class Block>
-inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count) {
-    Block first;
-    Block last;
-    std::memcpy(&first, from, sizeof first);
-    std::memcpy(&last, from + count - sizeof last, sizeof last);
-    std::memcpy(to, &first, sizeof first);
-    std::memcpy(to + count - sizeof last, &last, sizeof last);
-}
-
-// Copies a few octets without a call: texts are short. The blocks do not overlap.
-inline void copy_octets(unsigned char* to, const void* source, size_t count) {
-    const auto* from = static_cast<const unsigned char*>(source);
-#ifdef __SSE2__
-    struct sixteen {
-        uint64_t halves[2];
-    };
-    if (count > 32) {
-        std::memcpy(to, from, count);
-    } else if (count >= 16) {
-        copy_ends<sixteen>(to, from, count);
-#else
-    // Without wide registers a block of 16 octets would be copied by a string instruction, which is slow to start.
-    if (count > 16) {
-        std::memcpy(to, from, count);
-#endif
-    } else if (count >= 8) {
-        copy_ends<uint64_t>(to, from, count);
-    } else if (count >= 4) {
-        copy_ends<uint32_t>(to, from, count);
-    } else if (count != 0) {
-        const unsigned char middle = from[count / 2];
-        const unsigned char last = from[count - 1];
-        to[0] = from[0];
-        to[count / 2] = middle;
-        to[count - 1] = last;
-    }
 }
 
 // writer fills a block from its end. Callers ask room() before they write; with a block of exactly the counted size

@@ -1,0 +1,58 @@
+// Copying a few octets without a call: texts and byte strings are short.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace zr {
+
+// Copies `count` octets, at least a Block's and at most two, as a first and a last Block that may overlap.
+template <class Block>
+inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count) {
+    Block first;
+    Block last;
+    std::memcpy(&first, from, sizeof first);
+    std::memcpy(&last, from + count - sizeof last, sizeof last);
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + count - sizeof last, &last, sizeof last);
+}
+
+// memcpy, always as a call: where there are no vectors gcc writes a string instruction in its place, which is slow to
+// start.
+void* called_memcpy(void* to, const void* from, size_t count) asm("memcpy");
+
+// The blocks do not overlap.
+inline void copy_octets(unsigned char* to, const void* source, size_t count) {
+    const auto* from = static_cast<const unsigned char*>(source);
+#ifdef __SSE2__
+    struct sixteen {
+        uint64_t parts[2];
+    };
+    struct thirty_two {
+        uint64_t parts[4];
+    };
+    if (count > 64) {
+        called_memcpy(to, from, count);
+    } else if (count > 32) {
+        copy_ends<thirty_two>(to, from, count);
+    } else if (count >= 16) {
+        copy_ends<sixteen>(to, from, count);
+#else
+    if (count > 16) {
+        called_memcpy(to, from, count);
+#endif
+    } else if (count >= 8) {
+        copy_ends<uint64_t>(to, from, count);
+    } else if (count >= 4) {
+        copy_ends<uint32_t>(to, from, count);
+    } else if (count != 0) {
+        const unsigned char middle = from[count / 2];
+        const unsigned char last = from[count - 1];
+        to[0] = from[0];
+        to[count / 2] = middle;
+        to[count - 1] = last;
+    }
+}
+
+}  // namespace zr

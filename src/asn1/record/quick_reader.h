@@ -1,0 +1,96 @@
+// Reading single values in the form that the library writes: the identifier in one octet, the length definite and in at
+// most four octets, strings in one piece. The quick readers return where the value ends, or null for anything else,
+// refused octets among it; the general readers (asn1/record/reader.h) tell then what it is.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "asn1/record/copy.h"
+#include "asn1/record/identifiers.h"
+#include "asn1/record/shape.h"
+
+namespace zr {
+
+// A position in the octets. It is passed and returned by value, so that it stays in a register.
+using octet_position = const unsigned char*;
+
+inline uint32_t load_big_endian(octet_position at) {
+    uint32_t octets = 0;
+    std::memcpy(&octets, at, sizeof octets);
+    return __builtin_bswap32(octets);
+}
+
+// Where the contents begin; `stop` gets where they end.
+ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, unsigned char identifier,
+                                        octet_position& stop) {
+    const auto left = static_cast<size_t>(end - at);
+    if (left < 2 || at[0] != identifier) return nullptr;
+    size_t length = at[1];
+    at += 2;
+    if (length >= 0x80) {
+        // A long form that is needed has octets enough behind it.
+        const size_t count = length - 0x80;
+        if (count - 1 >= 4 || left < 6) return nullptr;
+        length = load_big_endian(at) >> (32 - 8 * count);
+        at += count;
+    }
+    if (length > static_cast<size_t>(end - at)) return nullptr;
+    stop = at + length;
+    return at;
+}
+
+// Loads the four octets that end with the contents: a field of a record always has its own header and the record's
+// before it.
+ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
+    const auto left = static_cast<size_t>(end - at);
+    if (left < 3 || at[0] != id_integer) return nullptr;
+    const size_t count = at[1];
+    if (count - 1 >= 4 || count > left - 2) return nullptr;
+    at += 2 + count;
+    const unsigned int unused = 32 - 8 * static_cast<unsigned int>(count);
+    value = static_cast<int32_t>(load_big_endian(at - 4) << unused) >> unused;
+    return at;
+}
+
+// The text gets a malloc block with a terminating zero; it is null when memory is out, and that is no failure.
+ZR_INLINE octet_position quick_text(octet_position at, octet_position end, char*& text) {
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_utf8_string, stop);
+    if (at == nullptr) return nullptr;
+    const auto length = static_cast<size_t>(stop - at);
+    auto* block = static_cast<char*>(std::malloc(length + 1));
+    text = block;
+    if (__builtin_expect(block != nullptr, 1)) {
+        copy_octets(reinterpret_cast<unsigned char*>(block), at, length);
+        block[length] = 0;
+    }
+    return stop;
+}
+
+// No block is made for an empty byte string. `out_of_memory` must not return.
+template <class OutOfMemory>
+ZR_INLINE octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
+                                      OutOfMemory&& out_of_memory) {
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_octet_string, stop);
+    if (at == nullptr || at == stop) return at;
+    const auto count = static_cast<size_t>(stop - at);
+    auto* block = static_cast<unsigned char*>(std::malloc(count));
+    if (__builtin_expect(block == nullptr, 0)) out_of_memory();
+    data = block;
+    length = static_cast<uint32_t>(count);
+    copy_octets(block, at, count);
+    return stop;
+}
+
+template <uint32_t Size>
+ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
+    static_assert(Size < 0x80);
+    if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size) return nullptr;
+    std::memcpy(to, at + 2, Size);
+    return at + 2 + Size;
+}
+
+}  // namespace zr
