@@ -1,11 +1,11 @@
 // Decoding into a structure without an object tree, from octets in the form that the library writes.
 #pragma once
 
+#include "asn1/record/open_records.h"
 #include "asn1/record/quick_reader.h"
 #include "asn1/record/reader.h"
 #include "asn1/record/release.h"
 #include "asn1/record/shape.h"
-#include "asn1/record/work_list.h"
 
 namespace zr {
 
@@ -25,11 +25,6 @@ ZR_INLINE R* make_structure() {
     if (made != nullptr) std::memset(static_cast<void*>(made), 0, sizeof(R));
     return made;
 }
-
-// The type of a list's array elements.
-template <class Field>
-using array_element = std::conditional_t<Field::kind == field_kind::list_of_pointers, typename Field::value_type*,
-                                         typename Field::value_type>;
 
 // Makes the array of a list for `count` elements, of which there is one at least.
 template <class S, size_t I>
@@ -209,43 +204,36 @@ ZR_INLINE octet_position read_plain_record(octet_position at, octet_position end
     return read_fields(at, stop, out, std::make_index_sequence<field_count_of<S>>()) == stop ? stop : nullptr;
 }
 
-// A record that contains itself: each open level keeps its place on a work list. A level ends with its list.
+// A record that contains itself, to any depth: what is open is kept in the structures that are being read.
 template <class S>
 ZR_INLINE octet_position read_nested_records(octet_position at, octet_position end, S& root) {
     constexpr size_t own = field_count_of<S> - 1;
-    struct level {
-        S* node;
-        octet_position end;
-        size_t left;  // elements of the node's list that are still to be read
-    };
-    work_list<level> open;
-    for (S* node = &root;;) {
-        octet_position stop = nullptr;
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_sequence, stop);
+    if (at == nullptr) return nullptr;
+    for (open_records<S> open(root);;) {
+        // `at` is at the first field of the open record, which ends at `stop`, and its list with it.
         octet_position list_stop = nullptr;
-        at = quick_contents(at, end, id_sequence, stop);
-        if (at == nullptr) return nullptr;
-        at = read_fields(at, stop, *node, std::make_index_sequence<own>());
+        at = read_fields(at, stop, open.record(), std::make_index_sequence<own>());
         if (at == nullptr) return nullptr;
         at = quick_contents(at, stop, id_sequence, list_stop);
         if (at == nullptr || list_stop != stop) return nullptr;
         if (at != stop) {
             const size_t count = count_elements(at, stop);
             if (!is_plausible<S, own>(count, static_cast<size_t>(stop - at))) return nullptr;
-            make_array<S, own>(*node, count);
-            open.push({node, stop, count}, record<S>::module);
+            make_array<S, own>(open.record(), count);
             end = stop;
         } else {
-            // Nothing is below it. Close what ends with it, up to a list with another element.
-            for (;; open.pop()) {
-                if (open.empty()) return at;
-                if (open.top().left != 0) break;
-                if (open.top().end != at) return nullptr;
-            }
-            node = open.top().node;
-            end = open.top().end;
+            // Nothing is below it. What ends with it is complete, up to a list with another element.
+            do {
+                if (open.at_root()) return at;
+            } while (open.leave());
+            end = open.list_end();
         }
-        --open.top().left;
-        node = add_record<S, own>(*node);
+        at = quick_contents(at, end, id_sequence, stop);
+        if (at == nullptr) return nullptr;
+        S* element = add_record<S, own>(open.record());
+        open.enter(element, stop == end ? nullptr : end);
     }
 }
 

@@ -1,10 +1,13 @@
 // Releasing what a decode allocated inside a structure. Nothing here allocates or fails.
+//
+// Blocks are freed in the reverse of the order in which a decode allocates them: then the allocator hands them out
+// again in the order of their addresses, however many records have come and gone.
 #pragma once
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
+#include "asn1/record/open_records.h"
 #include "asn1/record/shape.h"
 
 namespace zr {
@@ -29,7 +32,7 @@ ZR_INLINE void release_list(S& structure) {
     if (array != nullptr) {
         if constexpr (F::kind != field_kind::list_of_integers) {
             const size_t count = member_at<C>(structure, field_count_offset<S, I>);
-            for (size_t i = 0; i < count; ++i) {
+            for (size_t i = count; i-- != 0;) {
                 if constexpr (F::kind == field_kind::list_of_texts) {
                     std::free(static_cast<char**>(array)[i]);
                 } else if constexpr (F::kind == field_kind::list_of_pointers) {
@@ -57,7 +60,7 @@ ZR_INLINE void release_field(S& structure) {
     if constexpr (F::kind == field_kind::nested) {
         release<Left>(member_at<T>(structure, offset));
     } else if constexpr (F::kind == field_kind::slots) {
-        for (uint32_t i = 0; i < field_size<S, I>; ++i) {
+        for (uint32_t i = field_size<S, I>; i-- != 0;) {
             T*& slot = (&member_at<T*>(structure, offset))[i];
             if (slot == nullptr) continue;
             release<leave::as_is>(*slot);
@@ -81,66 +84,52 @@ ZR_INLINE void release_field(S& structure) {
 
 template <leave Left, class S, size_t... I>
 ZR_INLINE void release_fields(S& structure, std::index_sequence<I...>) {
-    (release_field<Left, S, I>(structure), ...);
+    (release_field<Left, S, sizeof...(I) - 1 - I>(structure), ...);
 }
 
-// The list of S in a record S. No memory may be needed for this, so the way back up is kept in the structures that are
-// being released: each one's own blocks are gone before its list is entered.
-template <class S>
-void release_own_list(S& root) {
+// A record that contains itself: the last element of a list first, each before the record around it, and its own blocks
+// after all that is below it.
+template <leave Left, class S>
+void release_nested_records(S& root) {
     constexpr size_t own = field_count_of<S> - 1;
-    constexpr bool pointers = field_type<S, own>::kind == field_kind::list_of_pointers;
-    using element = std::conditional_t<pointers, S*, S>;
-    using C = typename field_type<S, own>::count_type;
-    struct link {
-        element* array;
-        size_t left;
-        link* up;
-    };
-    static_assert(sizeof(link) <= sizeof(S) && alignof(link) <= alignof(S), "a record of three words at least");
-
-    auto* array = member_at<element*>(root, field_offset<S, own>);
-    size_t left = array != nullptr ? member_at<C>(root, field_count_offset<S, own>) : 0;
-    member_at<void*>(root, field_offset<S, own>) = nullptr;
-    member_at<C>(root, field_count_offset<S, own>) = 0;
-    for (link* up = nullptr;;) {
-        if (left == 0) {
-            std::free(array);
-            if (up == nullptr) return;
-            link* done = up;
-            array = done->array;
-            left = done->left;
-            up = done->up;
-            if (pointers) std::free(done);
+    using F = field_type<S, own>;
+    for (open_records<S> open(root);;) {
+        S& record = open.record();
+        auto*& list = member_at<array_element<F>*>(record, field_offset<S, own>);
+        auto& count = member_at<typename F::count_type>(record, field_count_offset<S, own>);
+        if (list != nullptr && count != 0) {
+            S* last = nullptr;
+            if constexpr (F::kind == field_kind::list_of_pointers) {
+                last = list[count - 1];
+            } else {
+                last = &list[count - 1];
+            }
+            if (last != nullptr) {
+                open.enter(last);
+            } else {
+                --count;
+            }
             continue;
         }
-        --left;
-        S* node = nullptr;
-        if constexpr (pointers) {
-            node = array[left];
-            if (node == nullptr) continue;
-        } else {
-            node = &array[left];
+        std::free(list);
+        if (open.at_root()) {
+            list = nullptr;
+            count = 0;
+            return release_fields<Left>(root, std::make_index_sequence<own>());
         }
-        release_fields<leave::as_is>(*node, std::make_index_sequence<own>());
-        auto* inner = member_at<element*>(*node, field_offset<S, own>);
-        const size_t inner_count = member_at<C>(*node, field_count_offset<S, own>);
-        if (inner == nullptr || inner_count == 0) {
-            std::free(inner);
-            if (pointers) std::free(node);
-            continue;
-        }
-        up = new (static_cast<void*>(node)) link{array, left, up};
-        array = inner;
-        left = inner_count;
+        release_fields<leave::as_is>(record, std::make_index_sequence<own>());
+        open.leave();
+        S& around = open.record();
+        const size_t left = --member_at<typename F::count_type>(around, field_count_offset<S, own>);
+        if constexpr (F::kind == field_kind::list_of_pointers)
+            std::free(member_at<S**>(around, field_offset<S, own>)[left]);
     }
 }
 
 template <leave Left, class S>
 [[gnu::noinline]] void release_outlined(S& structure) {
     if constexpr (contains_itself<S>()) {
-        release_fields<Left>(structure, std::make_index_sequence<field_count_of<S> - 1>());
-        release_own_list(structure);
+        release_nested_records<Left>(structure);
     } else {
         release_fields<Left>(structure, std::make_index_sequence<field_count_of<S>>());
     }

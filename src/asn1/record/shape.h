@@ -38,6 +38,11 @@ constexpr bool is_list(field_kind kind) {
            kind == field_kind::list_of_texts || kind == field_kind::list_of_integers;
 }
 
+// The type of a list's array elements.
+template <class Field>
+using array_element = std::conditional_t<Field::kind == field_kind::list_of_pointers, typename Field::value_type*,
+                                         typename Field::value_type>;
+
 // Whether field I of S is a list of S itself.
 template <class S, size_t I>
 constexpr bool is_own_list =
