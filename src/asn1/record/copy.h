@@ -18,6 +18,15 @@ inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count
     std::memcpy(to + count - sizeof last, &last, sizeof last);
 }
 
+// Copies `Size` octets as one value, which the compiler can keep in registers.
+template <size_t Size>
+inline void copy_fixed(unsigned char* to, const unsigned char* from) {
+    struct [[gnu::may_alias]] value {
+        unsigned char octets[Size];
+    };
+    *reinterpret_cast<value*>(to) = *reinterpret_cast<const value*>(from);
+}
+
 // memcpy, always as a call: where there are no vectors gcc writes a string instruction in its place, which is slow to
 // start.
 void* called_memcpy(void* to, const void* from, size_t count) asm("memcpy");

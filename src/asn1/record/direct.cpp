@@ -10,9 +10,9 @@ namespace zr {
 
 namespace {
 
-// What is small enough for the stack, and for a block that is larger than needed.
+// What is small enough for the stack, and for a block of a guessed size.
 constexpr size_t stack_octets = 8192;
-constexpr size_t block_octets = 65536;
+constexpr size_t most_guessed = 65536;
 
 struct block_deleter {
     void operator()(unsigned char* block) const { std::free(block); }
@@ -54,16 +54,20 @@ bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& c
     return true;
 }
 
-bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
-    block room = allocate_encoding(block_octets);
-    const unsigned char* start = write_envelope(room.get(), block_octets, in, codec);
+// Writes into a block that is a quarter longer than the guess.
+bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& codec, size_t likely) {
+    const size_t octets = likely + likely / 4;
+    block room = allocate_encoding(octets);
+    const unsigned char* start = write_envelope(room.get(), octets, in, codec);
     if (start == nullptr) return false;
-    const auto length = static_cast<size_t>(room.get() + block_octets - start);
+    const auto length = static_cast<size_t>(room.get() + octets - start);
     std::memmove(room.get(), start, length);
-    // A block that cannot be cut stays as it is.
-    if (void* cut = std::realloc(room.get(), length)) {
-        static_cast<void>(room.release());
-        room.reset(static_cast<unsigned char*>(cut));
+    // What is too long by far is cut; a block that cannot be cut stays as it is.
+    if (octets - length > length / 2) {
+        if (void* cut = std::realloc(room.get(), length)) {
+            static_cast<void>(room.release());
+            room.reset(static_cast<unsigned char*>(cut));
+        }
     }
     hand_out(out, std::move(room), length);
     return true;
@@ -102,8 +106,11 @@ int read_structure(const record_type& type, input contents, void* made) {
 int record_type::encode(zr_asn_buffer_t& out, const void* in) const {
     return guarded([&] {
         const uint64_t likely = codec.likely_octets(in);
-        if (likely < stack_octets && encode_on_stack(out, in, codec)) return 0;
-        if (likely < block_octets && encode_in_block(out, in, codec)) return 0;
+        if (likely < stack_octets) {
+            if (encode_on_stack(out, in, codec)) return 0;
+        } else if (likely <= most_guessed) {
+            if (encode_in_block(out, in, codec, static_cast<size_t>(likely))) return 0;
+        }
         return encode_counted(out, in, codec);
     });
 }

@@ -77,7 +77,7 @@ ZR_INLINE void copy_flat(S& to, const S& from, std::index_sequence<I...>) {
             copy_flat(member_at<T>(to, offset), member_at<T>(from, offset),
                       std::make_index_sequence<field_count_of<T>>());
         } else if constexpr (F::kind == field_kind::fixed_octets) {
-            std::memcpy(&member_at<unsigned char>(to, offset), &member_at<unsigned char>(from, offset), F::size);
+            copy_fixed<F::size>(&member_at<unsigned char>(to, offset), &member_at<unsigned char>(from, offset));
         } else {
             member_at<T>(to, offset) = member_at<T>(from, offset);
         }

@@ -16,39 +16,130 @@ namespace zr {
 template <class Sink, class S>
 bool write_record(Sink& sink, const S& in);
 
-// The octets that a record's headers, integers and fixed byte strings take at most: what one test of the room covers.
+// Before octets are written the sink is asked for room: once for a run of plain fields, whose texts are measured first.
+// A record's header needs no room of its own when its first field is plain.
 template <class Field>
-constexpr size_t max_fixed_octets(uint32_t size) {
-    switch (Field::kind) {
-        case field_kind::integer:
-            return max_integer;
-        case field_kind::fixed_octets:
-            return max_header + size;
-        case field_kind::nested:
-        case field_kind::optional_nested:
-            return 0;
-        default:
-            return max_header;
-    }
+constexpr bool is_plain() {
+    if constexpr (Field::kind == field_kind::nested) return is_leaf<typename Field::value_type>();
+    return !is_list(Field::kind) && Field::kind != field_kind::slots && Field::kind != field_kind::optional_nested;
 }
-template <class S, size_t... I>
-constexpr size_t sum_fixed_octets(std::index_sequence<I...>) {
-    return (max_header + ... + max_fixed_octets<field_type<S, I>>(field_size<S, I>));
+template <class S, size_t I>
+constexpr bool is_plain_field = is_plain<field_type<S, I>>();
+
+// Field `last` of S and those before it, down to the first of the same run.
+template <class S, size_t Last>
+constexpr size_t first_of_run() {
+    if constexpr (Last != 0) {
+        if constexpr (is_plain_field<S, Last - 1>) return first_of_run<S, Last - 1>();
+    }
+    return Last;
+}
+// Whether a run of plain fields ends with field I.
+template <class S, size_t I, size_t Count>
+constexpr bool ends_run() {
+    if constexpr (I + 1 < Count) return is_plain_field<S, I> && !is_plain_field<S, I + 1>;
+    return is_plain_field<S, I>;
+}
+
+// How many texts and byte strings a plain field has; what it takes beyond their octets at most.
+template <class S>
+constexpr size_t strings_in_leaf();
+template <class S>
+constexpr size_t most_octets_in_leaf();
+template <class Field>
+constexpr size_t strings_in() {
+    if constexpr (Field::kind == field_kind::nested) return strings_in_leaf<typename Field::value_type>();
+    return Field::kind == field_kind::text || Field::kind == field_kind::octets ? 1 : 0;
+}
+template <class Field>
+constexpr size_t most_octets_in() {
+    if constexpr (Field::kind == field_kind::nested) return most_octets_in_leaf<typename Field::value_type>();
+    if constexpr (Field::kind == field_kind::integer) return max_integer;
+    return max_header + Field::size;
+}
+// The same of the fields from First on, as many as there are indices.
+template <class S, size_t First, size_t... I>
+constexpr size_t strings_in_run(std::index_sequence<I...>) {
+    return (size_t{0} + ... + strings_in<field_type<S, First + I>>());
+}
+template <class S, size_t First, size_t... I>
+constexpr size_t most_octets_in_run(std::index_sequence<I...>) {
+    return (size_t{First == 0 ? max_header : 0} + ... + most_octets_in<field_type<S, First + I>>());
 }
 template <class S>
-constexpr size_t fixed_octets_of = sum_fixed_octets<S>(std::make_index_sequence<field_count_of<S>>());
-
-template <class Sink>
-ZR_INLINE bool write_octets(Sink& sink, unsigned char identifier, const void* data, size_t length, size_t reserve) {
-    if (!sink.room(length, reserve)) return false;
-    sink.octets(data, length);
-    sink.header(identifier, length);
-    return true;
+constexpr size_t strings_in_leaf() {
+    return strings_in_run<S, 0>(std::make_index_sequence<field_count_of<S>>());
+}
+template <class S>
+constexpr size_t most_octets_in_leaf() {
+    return most_octets_in_run<S, 0>(std::make_index_sequence<field_count_of<S>>());
 }
 
-template <class Sink>
-ZR_INLINE bool write_text(Sink& sink, const char* text, size_t reserve) {
-    return write_octets(sink, id_utf8_string, text, text != nullptr ? std::strlen(text) : 0, reserve);
+inline size_t text_length(const char* text) { return text != nullptr ? std::strlen(text) : 0; }
+
+// Measures the texts and byte strings of a plain field, moves `length` on behind them, and returns the sum.
+template <class S, size_t First, size_t... I>
+ZR_INLINE uint64_t measure_run(const S& in, size_t*& length, std::index_sequence<I...>);
+template <class S, size_t I>
+ZR_INLINE uint64_t measure_field(const S& in, size_t*& length) {
+    using F = field_type<S, I>;
+    if constexpr (F::kind == field_kind::nested) {
+        using T = typename F::value_type;
+        return measure_run<T, 0>(member_at<T>(in, field_offset<S, I>), length,
+                                 std::make_index_sequence<field_count_of<T>>());
+    } else if constexpr (F::kind == field_kind::text) {
+        return *length++ = text_length(member_at<char*>(in, field_offset<S, I>));
+    } else if constexpr (F::kind == field_kind::octets) {
+        return *length++ = member_at<void*>(in, field_offset<S, I>) != nullptr
+                               ? member_at<uint32_t>(in, field_count_offset<S, I>)
+                               : 0;
+    } else {
+        return 0;
+    }
+}
+template <class S, size_t First, size_t... I>
+ZR_INLINE uint64_t measure_run(const S& in, size_t*& length, std::index_sequence<I...>) {
+    return (uint64_t{0} + ... + measure_field<S, First + I>(in, length));
+}
+
+// Writes a plain field that has room. `length` is behind its measured lengths and moves before them.
+template <class Sink, class S, size_t First, size_t... I>
+ZR_INLINE void write_run(Sink& sink, const S& in, const size_t*& length, std::index_sequence<I...>);
+template <class Sink, class S, size_t I>
+ZR_INLINE void write_plain_field(Sink& sink, const S& in, const size_t*& length) {
+    using F = field_type<S, I>;
+    using T = typename F::value_type;
+    constexpr size_t offset = field_offset<S, I>;
+    if constexpr (F::kind == field_kind::integer) {
+        sink.integer(static_cast<int32_t>(member_at<T>(in, offset)));
+    } else if constexpr (F::kind == field_kind::text) {
+        sink.string(id_utf8_string, member_at<char*>(in, offset), *--length);
+    } else if constexpr (F::kind == field_kind::octets) {
+        sink.string(id_octet_string, member_at<unsigned char*>(in, offset), *--length);
+    } else if constexpr (F::kind == field_kind::fixed_octets) {
+        sink.string(id_octet_string, &member_at<unsigned char>(in, offset), F::size);
+    } else {
+        const auto end = sink.position();
+        write_run<Sink, T, 0>(sink, member_at<T>(in, offset), length, std::make_index_sequence<field_count_of<T>>());
+        sink.header(id_sequence, sink.since(end));
+    }
+}
+template <class Sink, class S, size_t First, size_t... I>
+ZR_INLINE void write_run(Sink& sink, const S& in, const size_t*& length, std::index_sequence<I...>) {
+    (write_plain_field<Sink, S, First + sizeof...(I) - 1 - I>(sink, in, length), ...);
+}
+
+// The run of plain fields that ends with field Last.
+template <class Sink, class S, size_t Last>
+ZR_INLINE bool write_plain_fields(Sink& sink, const S& in) {
+    constexpr size_t first = first_of_run<S, Last>();
+    constexpr auto indices = std::make_index_sequence<Last + 1 - first>();
+    size_t lengths[strings_in_run<S, first>(indices) + 1];
+    size_t* behind = lengths;
+    if (!sink.room(measure_run<S, first>(in, behind, indices) + most_octets_in_run<S, first>(indices))) return false;
+    const size_t* length = behind;
+    write_run<Sink, S, first>(sink, in, length, indices);
+    return true;
 }
 
 // Element i of a list of records.
@@ -76,19 +167,22 @@ template <class Sink, class S, size_t I>
 ZR_INLINE bool write_list(Sink& sink, const S& in) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
-    constexpr size_t reserve = fixed_octets_of<S>;
     const auto end = sink.position();
-    for (uint32_t i = list_count<S, I>(in); i-- != 0;) {
-        if constexpr (F::kind == field_kind::list_of_texts) {
-            if (!write_text(sink, member_at<char**>(in, field_offset<S, I>)[i], reserve)) return false;
-        } else if constexpr (F::kind == field_kind::list_of_integers) {
-            if (!sink.room(max_integer)) return false;
-            sink.integer(static_cast<int32_t>(member_at<T*>(in, field_offset<S, I>)[i]));
-        } else {
-            if (!write_record(sink, list_element<S, I>(in, i))) return false;
+    const uint32_t count = list_count<S, I>(in);
+    if constexpr (F::kind == field_kind::list_of_texts) {
+        char* const* texts = member_at<char**>(in, field_offset<S, I>);
+        for (size_t i = count; i-- != 0;) {
+            const size_t length = text_length(texts[i]);
+            if (!sink.room(uint64_t{length} + max_header)) return false;
+            sink.string(id_utf8_string, texts[i], length);
         }
+    } else if constexpr (F::kind == field_kind::list_of_integers) {
+        if (!sink.integers(member_at<T*>(in, field_offset<S, I>), count)) return false;
+    } else {
+        for (uint32_t i = count; i-- != 0;)
+            if (!write_record(sink, list_element<S, I>(in, i))) return false;
     }
-    if (!sink.room(reserve)) return false;
+    if (!sink.room(max_header)) return false;
     sink.header(id_sequence, sink.since(end));
     return true;
 }
@@ -109,46 +203,40 @@ ZR_INLINE bool write_slots(Sink& sink, const S& in) {
             sink.octet_pair(id_null, 0);
         }
     }
-    if (!sink.room(fixed_octets_of<S>)) return false;
+    if (!sink.room(max_header)) return false;
     sink.header(id_sequence, sink.since(end));
     return true;
 }
 
-template <class Sink, class S, size_t I>
+// Writes field I, and with the last of a run of plain fields the run.
+template <class Sink, class S, size_t I, size_t Count>
 ZR_INLINE bool write_field(Sink& sink, const S& in) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
-    constexpr size_t offset = field_offset<S, I>;
-    constexpr size_t reserve = fixed_octets_of<S>;
-    if constexpr (F::kind == field_kind::integer) {
-        sink.integer(static_cast<int32_t>(member_at<T>(in, offset)));
-        return true;
-    } else if constexpr (F::kind == field_kind::text) {
-        return write_text(sink, member_at<char*>(in, offset), reserve);
-    } else if constexpr (F::kind == field_kind::octets) {
-        const unsigned char* data = member_at<unsigned char*>(in, offset);
-        const uint32_t length = data != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>) : 0;
-        return write_octets(sink, id_octet_string, data, length, reserve);
-    } else if constexpr (F::kind == field_kind::fixed_octets) {
-        sink.octets(&member_at<unsigned char>(in, offset), field_size<S, I>);
-        sink.header(id_octet_string, field_size<S, I>);
-        return true;
-    } else if constexpr (F::kind == field_kind::nested) {
-        return write_record(sink, member_at<T>(in, offset)) && sink.room(reserve);
+    if constexpr (ends_run<S, I, Count>()) {
+        return write_plain_fields<Sink, S, I>(sink, in);
     } else if constexpr (F::kind == field_kind::optional_nested) {
-        const T* nested = member_at<T*>(in, offset);
-        return nested == nullptr || (write_record(sink, *nested) && sink.room(reserve));
+        const T* nested = member_at<T*>(in, field_offset<S, I>);
+        return nested == nullptr || write_record(sink, *nested);
     } else if constexpr (F::kind == field_kind::slots) {
         return write_slots<Sink, S, I>(sink, in);
-    } else {
+    } else if constexpr (is_list(F::kind)) {
         return write_list<Sink, S, I>(sink, in);
+    } else if constexpr (!is_plain_field<S, I>) {
+        return write_record(sink, member_at<T>(in, field_offset<S, I>));
     }
+    return true;
 }
 
-// The first sizeof...(I) fields, backwards.
+// The first sizeof...(I) fields, backwards, and the record's header.
 template <class Sink, class S, size_t... I>
-ZR_INLINE bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) {
-    return (write_field<Sink, S, sizeof...(I) - 1 - I>(sink, in) && ...);
+ZR_INLINE bool write_fields(Sink& sink, const S& in, typename Sink::mark end, std::index_sequence<I...>) {
+    if (!(write_field<Sink, S, sizeof...(I) - 1 - I, sizeof...(I)>(sink, in) && ...)) return false;
+    if constexpr (!is_plain_field<S, 0>) {
+        if (!sink.room(max_header)) return false;
+    }
+    sink.header(id_sequence, sink.since(end));
+    return true;
 }
 
 // A record that contains itself: the last element of the list first, each with all that is below it.
@@ -170,10 +258,9 @@ ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
         } else {
             // Nothing below it: the node is written, and each that is complete with it.
             for (;;) {
-                if (!sink.room(fixed_octets_of<S>)) return;
+                if (!sink.room(max_header)) return;
                 sink.header(id_sequence, sink.since(end));
-                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return;
-                sink.header(id_sequence, sink.since(end));
+                if (!write_fields(sink, *node, end, std::make_index_sequence<own>())) return;
                 if (open.empty()) return;
                 if (open.top().left != 0) break;
                 node = open.top().node;
@@ -188,11 +275,7 @@ ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
 
 template <class Sink, class S>
 ZR_INLINE bool write_plain_record(Sink& sink, const S& in) {
-    if (!sink.room(fixed_octets_of<S>)) return false;
-    const auto end = sink.position();
-    if (!write_fields(sink, in, std::make_index_sequence<field_count_of<S>>())) return false;
-    sink.header(id_sequence, sink.since(end));
-    return true;
+    return write_fields(sink, in, sink.position(), std::make_index_sequence<field_count_of<S>>());
 }
 
 template <class Sink, class S>
@@ -212,61 +295,61 @@ ZR_INLINE bool write_record(Sink& sink, const S& in) {
     return !sink.failed();
 }
 
-// Lower bounds of what an encoding takes, from counts and lengths alone: no text is measured. known_octets asks the
-// structure itself, least_octets also the elements of its lists, until `enough` is reached.
-template <class S, size_t... I>
-uint64_t known_octets(const S& in, std::index_sequence<I...>);
-template <class S>
-uint64_t known_octets(const S& in) {
-    return min_octets<S>() + known_octets(in, std::make_index_sequence<field_count_of<S>>());
+// About how many octets an encoding takes: a guess that costs little, from which only the time depends. The middle
+// element of a list stands for all, and below `levels` lists of a record in itself nothing is looked at.
+constexpr unsigned int guess_levels = 4;
+template <unsigned int Levels, class S, size_t... I>
+uint64_t guess_octets(const S& in, std::index_sequence<I...>);
+template <class S, unsigned int Levels = guess_levels>
+ZR_INLINE uint64_t likely_octets(const S& in) {
+    return guess_octets<Levels>(in, std::make_index_sequence<field_count_of<S>>());
 }
 
-// What field I takes beyond its least.
-template <class S, size_t I>
-ZR_INLINE uint64_t known_field_octets(const S& in) {
+// Where guesses stop to grow, so that products do not overflow.
+inline uint64_t capped(uint64_t octets) { return octets < 1 << 20 ? octets : 1 << 20; }
+
+template <unsigned int Levels, class S, size_t I>
+ZR_INLINE uint64_t guess_list(const S& in) {
+    using F = field_type<S, I>;
+    const uint32_t count = list_count<S, I>(in);
+    if (count == 0) return 2;
+    uint64_t element = 4;
+    if constexpr (F::kind == field_kind::list_of_texts) {
+        element += text_length(member_at<char**>(in, field_offset<S, I>)[count / 2]);
+    } else if constexpr (is_own_list<S, I>) {
+        if constexpr (Levels != 0) element += likely_octets<S, Levels - 1>(list_element<S, I>(in, count / 2));
+    } else if constexpr (F::kind != field_kind::list_of_integers) {
+        element += likely_octets(list_element<S, I>(in, count / 2));
+    }
+    return capped(count * capped(element));
+}
+
+template <unsigned int Levels, class S, size_t I>
+ZR_INLINE uint64_t guess_field(const S& in) {
     using F = field_type<S, I>;
     using T = typename F::value_type;
-    if constexpr (F::kind == field_kind::octets) {
-        return member_at<void*>(in, field_offset<S, I>) != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>)
-                                                                   : 0;
+    constexpr size_t offset = field_offset<S, I>;
+    if constexpr (is_list(F::kind)) {
+        return guess_list<Levels, S, I>(in);
+    } else if constexpr (F::kind == field_kind::octets) {
+        return member_at<void*>(in, offset) != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>) : 2;
     } else if constexpr (F::kind == field_kind::nested) {
-        return known_octets(member_at<T>(in, field_offset<S, I>)) - min_octets<T>();
-    } else if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
-        return uint64_t{list_count<S, I>(in)} * min_octets<T>();
-    } else if constexpr (is_list(F::kind)) {
-        return uint64_t{list_count<S, I>(in)} * (F::kind == field_kind::list_of_integers ? 3 : 2);
-    }
-    return 0;
-}
-template <class S, size_t... I>
-uint64_t known_octets(const S& in, std::index_sequence<I...>) {
-    return (uint64_t{0} + ... + known_field_octets<S, I>(in));
-}
-
-template <class S, size_t I>
-ZR_INLINE uint64_t known_element_octets(const S& in, uint64_t enough) {
-    using F = field_type<S, I>;
-    uint64_t sum = 0;
-    if constexpr (F::kind == field_kind::list_of_records || F::kind == field_kind::list_of_pointers) {
-        const uint32_t count = list_count<S, I>(in);
-        for (uint32_t i = 0; i < count && sum < enough; ++i)
-            sum += known_octets(list_element<S, I>(in, i));
+        return likely_octets(member_at<T>(in, offset));
+    } else if constexpr (F::kind == field_kind::optional_nested) {
+        const T* nested = member_at<T*>(in, offset);
+        return nested != nullptr ? likely_octets(*nested) : 0;
+    } else if constexpr (F::kind == field_kind::slots) {
+        uint64_t octets = 0;
+        for (uint32_t i = 0; i < F::size; ++i)
+            if (const T* slot = (&member_at<T*>(in, offset))[i]) octets += likely_octets(*slot);
+        return octets;
     } else {
-        sum = known_field_octets<S, I>(in);
+        return F::kind == field_kind::integer ? 3 : F::kind == field_kind::text ? 16 : 2 + F::size;
     }
-    return sum;
 }
-template <class S, size_t... I>
-uint64_t least_octets(const S& in, uint64_t enough, std::index_sequence<I...>) {
-    return (uint64_t{0} + ... + known_element_octets<S, I>(in, enough));
-}
-template <class S>
-uint64_t least_octets(const S& in, uint64_t enough) {
-    return least_octets(in, enough, std::make_index_sequence<field_count_of<S>>());
+template <unsigned int Levels, class S, size_t... I>
+uint64_t guess_octets(const S& in, std::index_sequence<I...>) {
+    return (uint64_t{2} + ... + guess_field<Levels, S, I>(in));
 }
 
-template <class S>
-uint64_t likely_octets(const S& in) {
-    return least_octets(in, 65536);
-}
 }  // namespace zr

@@ -89,7 +89,7 @@ template <uint32_t Size>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
     static_assert(Size < 0x80);
     if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size) return nullptr;
-    std::memcpy(to, at + 2, Size);
+    copy_fixed<Size>(to, at + 2);
     return at + 2 + Size;
 }
 

@@ -15,17 +15,21 @@ namespace zr {
 constexpr size_t max_header = 6;
 constexpr size_t max_integer = 6;
 
+// The place of the highest bit that is set, of which there is one at least.
+inline size_t highest_bit(uint32_t bits) { return static_cast<size_t>(31 - __builtin_clz(bits)); }
+
 // How many contents octets an INTEGER has, 1 to 4: as few as hold the value and its sign.
-inline unsigned int integer_octets(int32_t value) {
+inline size_t integer_octets(int32_t value) {
     const auto magnitude = static_cast<uint32_t>(value ^ (value >> 31));
-    return (32u - static_cast<unsigned int>(__builtin_clz(magnitude | 1))) / 8 + 1;
+    size_t count = 1;
+    count += magnitude >= 0x80;
+    count += magnitude >= 0x8000;
+    count += magnitude >= 0x800000;
+    return count;
 }
 
-// How many length octets follow the first, 0 for the short form.
-inline unsigned int length_octets(uint64_t length) {
-    if (length < 0x80) return 0;
-    return length <= 0xFF ? 1 : length <= 0xFFFF ? 2 : length <= 0xFFFFFF ? 3 : 4;
-}
+// How many length octets follow the first of the long form, for a length of 1 to 2^32-1.
+inline size_t length_octets(uint32_t length) { return (highest_bit(length) + 8) / 8; }
 
 // writer fills a block from its end. Callers ask room() before they write; with a block of exactly the counted size
 // they may do without: `limit` 0 makes every room() hold.
@@ -33,10 +37,9 @@ class writer {
 public:
     writer(unsigned char* end, unsigned char* limit) : at_(end), limit_(reinterpret_cast<uintptr_t>(limit)) {}
 
-    // Whether `octets` and then `reserve` more fit.
-    bool room(size_t octets, size_t reserve = 0) {
-        const size_t left = reinterpret_cast<uintptr_t>(at_) - limit_;
-        if (left >= octets && left - octets >= reserve) return true;
+    // Whether so many more octets fit. Sums of lengths are 64 bits wide, lest they overflow.
+    bool room(uint64_t octets) {
+        if (has_room(octets)) return true;
         at_ = nullptr;
         limit_ = 0;
         return false;
@@ -61,6 +64,10 @@ public:
         at_ -= count;
         copy_octets(at_, from, count);
     }
+    void string(unsigned char identifier, const void* contents, size_t length) {
+        octets(contents, length);
+        header(identifier, length);
+    }
     void octet_pair(unsigned char first, unsigned char second) {
         const auto both = static_cast<uint16_t>(first | second << 8);
         std::memcpy(at_ -= 2, &both, 2);
@@ -72,18 +79,35 @@ public:
     // Stores four octets whatever the value takes: what lies before the contents is written later. At least the two
     // octets of a header always do.
     void integer(int32_t value) {
-        const unsigned int count = integer_octets(value);
+        const size_t count = integer_octets(value);
         const uint32_t stored = __builtin_bswap32(static_cast<uint32_t>(value));
         std::memcpy(at_ - 4, &stored, 4);
         at_ -= count;
         octet_pair(id_integer, static_cast<unsigned char>(count));
     }
 
+    // From the last of them to the first; false when they do not fit.
+    template <class T>
+    bool integers(const T* values, size_t count) {
+        if (has_room(uint64_t{count} * max_integer)) {
+            for (; count != 0; --count)
+                integer(static_cast<int32_t>(values[count - 1]));
+            return true;
+        }
+        for (; count != 0; --count) {
+            if (!room(max_integer)) return false;
+            integer(static_cast<int32_t>(values[count - 1]));
+        }
+        return true;
+    }
+
 private:
+    bool has_room(uint64_t octets) const { return reinterpret_cast<uintptr_t>(at_) - limit_ >= octets; }
+
     // As with integers, four octets are stored whatever the length takes: the identifier, the first length octet and,
     // at the least, the envelope's header still come before them.
     void long_header(unsigned char identifier, uint32_t length) {
-        const unsigned int count = 4 - static_cast<unsigned int>(__builtin_clz(length)) / 8;
+        const size_t count = length_octets(length);
         const uint32_t stored = __builtin_bswap32(length);
         std::memcpy(at_ - 4, &stored, 4);
         at_ -= count;
@@ -97,7 +121,7 @@ private:
 // counter has the writer's interface and tells how many octets it would write.
 class counter {
 public:
-    bool room(size_t, size_t = 0) const { return true; }
+    bool room(uint64_t) const { return true; }
     bool failed() const { return false; }
     using progress = uint64_t;
     progress done() const { return count_; }
@@ -107,10 +131,37 @@ public:
     uint64_t since(mark from) const { return count_ - from; }
     uint64_t count() const { return count_; }
 
-    void octets(const void*, size_t count) { count_ += count; }
+    void string(unsigned char identifier, const void*, size_t length) {
+        count_ += length;
+        header(identifier, length);
+    }
     void octet_pair(unsigned char, unsigned char) { count_ += 2; }
-    void header(unsigned char, uint64_t length) { count_ += 2 + length_octets(length); }
+    // A length that does not fit 32 bits makes the encoding too long, whatever is counted for it.
+    void header(unsigned char, uint64_t length) {
+        count_ += 2;
+        if (length >= 0x80) count_ += length_octets(static_cast<uint32_t>(length) | 0x80);
+    }
     void integer(int32_t value) { count_ += 2 + integer_octets(value); }
+    template <class T>
+    bool integers(const T* values, size_t count) {
+        static_assert(sizeof(T) == sizeof(int32_t));
+        count_ += 2 * uint64_t{count};
+#ifdef __SSE2__
+        // Four at a time: a comparison that holds is -1.
+        using four = int32_t __attribute__((vector_size(16)));
+        for (; count >= 4; count -= 4) {
+            four value{};
+            std::memcpy(&value, values + count - 4, sizeof value);
+            const four magnitude = value ^ (value >> 31);
+            const four extra = (magnitude > 0x7F) + (magnitude > 0x7FFF) + (magnitude > 0x7FFFFF);
+            const four all = 1 - extra;
+            count_ += static_cast<uint32_t>(all[0] + all[1] + all[2] + all[3]);
+        }
+#endif
+        for (; count != 0; --count)
+            count_ += integer_octets(static_cast<int32_t>(values[count - 1]));
+        return true;
+    }
 
 private:
     uint64_t count_ = 0;
