@@ -14,7 +14,7 @@ namespace zr {
 // what was read, and release_record releases it: counts are raised before their elements are read into, so that nothing
 // is out of reach.
 //
-// Everything is inlined into one function for each record with lists.
+// All but the strings is inlined into one function for each record with lists.
 template <class S>
 octet_position read_record(octet_position at, octet_position end, S& out);
 
@@ -175,8 +175,7 @@ ZR_INLINE octet_position read_field(octet_position at, octet_position end, S& ou
         return quick_text(at, end, member_at<char*>(out, offset));
     } else if constexpr (F::kind == field_kind::octets) {
         return quick_octets(at, end, member_at<unsigned char*>(out, offset),
-                            member_at<uint32_t>(out, field_count_offset<S, I>),
-                            [] { throw_memory_error(record<S>::module); });
+                            member_at<uint32_t>(out, field_count_offset<S, I>), record<S>::module);
     } else if constexpr (F::kind == field_kind::fixed_octets) {
         return quick_fixed_octets<field_size<S, I>>(at, end, &member_at<unsigned char>(out, offset));
     } else if constexpr (F::kind == field_kind::nested) {

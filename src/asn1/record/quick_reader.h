@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "asn1/record/copy.h"
@@ -55,35 +54,11 @@ ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, in
 }
 
 // The text gets a malloc block with a terminating zero; it is null when memory is out, and that is no failure.
-ZR_INLINE octet_position quick_text(octet_position at, octet_position end, char*& text) {
-    octet_position stop = nullptr;
-    at = quick_contents(at, end, id_utf8_string, stop);
-    if (at == nullptr) return nullptr;
-    const auto length = static_cast<size_t>(stop - at);
-    auto* block = static_cast<char*>(std::malloc(length + 1));
-    text = block;
-    if (__builtin_expect(block != nullptr, 1)) {
-        copy_octets(reinterpret_cast<unsigned char*>(block), at, length);
-        block[length] = 0;
-    }
-    return stop;
-}
+octet_position quick_text(octet_position at, octet_position end, char*& text);
 
-// No block is made for an empty byte string. `out_of_memory` must not return.
-template <class OutOfMemory>
-ZR_INLINE octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                                      OutOfMemory&& out_of_memory) {
-    octet_position stop = nullptr;
-    at = quick_contents(at, end, id_octet_string, stop);
-    if (at == nullptr || at == stop) return at;
-    const auto count = static_cast<size_t>(stop - at);
-    auto* block = static_cast<unsigned char*>(std::malloc(count));
-    if (__builtin_expect(block == nullptr, 0)) out_of_memory();
-    data = block;
-    length = static_cast<uint32_t>(count);
-    copy_octets(block, at, count);
-    return stop;
-}
+// No block is made for an empty byte string. Throws zr_asn_memexception for `file` when memory is out.
+octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
+                            const char* file);
 
 template <uint32_t Size>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
