@@ -1,6 +1,7 @@
 // The binding class of a record: one value object per field, derived from the list of fields.
 #pragma once
 
+#include <cstddef>
 #include <new>
 
 #include "asn1/asnbase/collections.h"
@@ -63,30 +64,27 @@ struct object_of<typed_field<field_kind::slots, T, void, N>> {
     using type = zr_asn_arrayof<binding<T>>;
 };
 
-// The value objects of a list of fields, made and destroyed in the list's order.
-template <class... Fields>
-struct field_objects {
-    template <class Visit>
-    void each(Visit&&) {}
-};
-template <class First, class... Rest>
-struct field_objects<First, Rest...> {
-    typename object_of<First>::type object{zr_normal};
-    field_objects<Rest...> rest;
+// Makes the value object of a field in room of its size.
+template <class Field>
+zr_asn_object* make_object_at(void* room) {
+    using object = typename object_of<Field>::type;
+    auto* made = new (room) object(zr_normal);
+    if constexpr (Field::kind == field_kind::slots) made->keep_positions(Field::size);
+    return made;
+}
 
-    template <class Visit>
-    void each(Visit&& visit) {
-        if constexpr (First::kind == field_kind::slots) object.keep_positions(First::size);
-        visit(First::kind, object);
-        rest.each(visit);
-    }
-};
-template <class Tuple>
-struct field_objects_of;
+// A binding's value objects lie one behind the other: where the one of field `index` begins, or with the number of
+// fields the room that they take.
 template <class... Fields>
-struct field_objects_of<const std::tuple<Fields...>> {
-    using type = field_objects<Fields...>;
-};
+constexpr size_t object_offset(const std::tuple<Fields...>&, size_t index) {
+    constexpr size_t step = alignof(std::max_align_t);
+    static_assert(((alignof(typename object_of<Fields>::type) <= step) && ...));
+    constexpr size_t sizes[] = {(sizeof(typename object_of<Fields>::type) + step - 1) / step * step...};
+    size_t sum = 0;
+    for (size_t i = 0; i < index; ++i)
+        sum += sizes[i];
+    return sum;
+}
 
 template <class Object>
 zr_asn_object* make_object(security_t mode) {
@@ -110,7 +108,8 @@ struct element_of<zr_asn_arrayof<T>> {
 // The run-time form of one typed field.
 template <field_kind Kind, class T, class C, uint32_t Size>
 constexpr field run_time_field(const typed_field<Kind, T, C, Size>& typed) {
-    using element = typename element_of<typename object_of<typed_field<Kind, T, C, Size>>::type>::type;
+    using typed_type = typed_field<Kind, T, C, Size>;
+    using element = typename element_of<typename object_of<typed_type>::type>::type;
     field made{};
     made.name = typed.name;
     made.count_name = typed.count_name;
@@ -118,6 +117,8 @@ constexpr field run_time_field(const typed_field<Kind, T, C, Size>& typed) {
     made.count_offset = static_cast<uint32_t>(typed.count_offset);
     made.size = Size;
     made.kind = Kind;
+    made.varies = varies<typed_type>();
+    made.make_object_at = &make_object_at<typed_type>;
     if constexpr (std::is_class_v<T>) made.nested = &record<T>::type;
     if constexpr (!std::is_void_v<element>) made.make_element = &make_object<element>;
     if constexpr (Kind == field_kind::integer || Kind == field_kind::list_of_integers)
@@ -134,7 +135,11 @@ struct field_table {
         field fields[count];
     };
     static constexpr table make() {
-        return std::apply([](const auto&... typed) { return table{{run_time_field(typed)...}}; }, record<S>::fields);
+        table made =
+            std::apply([](const auto&... typed) { return table{{run_time_field(typed)...}}; }, record<S>::fields);
+        for (size_t i = 0; i < count; ++i)
+            made.fields[i].object_offset = static_cast<uint32_t>(object_offset(record<S>::fields, i));
+        return made;
     }
     static constexpr table fields = make();
 };
@@ -145,10 +150,11 @@ struct field_table {
 template <class S>
 class binding : public zr_asnbase {
 public:
-    [[gnu::noinline]] explicit binding(security_t mode) : zr_asnbase(mode) {
+    explicit binding(security_t mode) : zr_asnbase(mode) {
         set_type_name(record<S>::binding_name + sizeof "asn_" - 1);
-        fields_.each([this](field_kind kind, zr_asn_object& object) { register_field(*this, kind, object); });
+        make_objects(*this, record<S>::type, objects_);
     }
+    ~binding() override { destroy_objects(record<S>::type, objects_); }
 
     // set_value copies every field of `in`; a null text counts as empty.
     int set_value(S& in) {
@@ -174,7 +180,7 @@ public:
     }
 
 private:
-    typename field_objects_of<decltype(record<S>::fields)>::type fields_;
+    alignas(std::max_align_t) unsigned char objects_[object_offset(record<S>::fields, field_count_of<S>)];
 };
 
 }  // namespace zr

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "asn1/record/inline.h"
+
 namespace zr {
 
 // Copies `count` octets, at least a Block's and at most two, as a first and a last Block that may overlap.
@@ -27,40 +29,31 @@ inline void copy_fixed(unsigned char* to, const unsigned char* from) {
     *reinterpret_cast<value*>(to) = *reinterpret_cast<const value*>(from);
 }
 
-// memcpy, always as a call: where there are no vectors gcc writes a string instruction in its place, which is slow to
-// start.
-void* called_memcpy(void* to, const void* from, size_t count) asm("memcpy");
+// Copies any number of octets, very few and many well: by a call.
+void copy_by_call(unsigned char* to, const unsigned char* from, size_t count);
 
-// The blocks do not overlap.
-inline void copy_octets(unsigned char* to, const void* source, size_t count) {
+// Copies what most texts and byte strings take without a call. The blocks do not overlap.
+ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) {
     const auto* from = static_cast<const unsigned char*>(source);
 #ifdef __SSE2__
     struct sixteen {
         uint64_t parts[2];
     };
-    struct thirty_two {
-        uint64_t parts[4];
-    };
-    if (count > 64) {
-        called_memcpy(to, from, count);
-    } else if (count > 32) {
-        copy_ends<thirty_two>(to, from, count);
-    } else if (count >= 16) {
+    if (count >= 16) {
+        if (count > 32) return copy_by_call(to, from, count);
         copy_ends<sixteen>(to, from, count);
 #else
     if (count > 16) {
-        called_memcpy(to, from, count);
+        copy_by_call(to, from, count);
 #endif
     } else if (count >= 8) {
         copy_ends<uint64_t>(to, from, count);
     } else if (count >= 4) {
         copy_ends<uint32_t>(to, from, count);
     } else if (count != 0) {
-        const unsigned char middle = from[count / 2];
-        const unsigned char last = from[count - 1];
         to[0] = from[0];
-        to[count / 2] = middle;
-        to[count - 1] = last;
+        to[count / 2] = from[count / 2];
+        to[count - 1] = from[count - 1];
     }
 }
 

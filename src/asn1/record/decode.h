@@ -236,19 +236,21 @@ ZR_INLINE octet_position read_nested_records(octet_position at, octet_position e
     }
 }
 
+// The record's one function, on an untyped structure.
 template <class S>
-[[gnu::noinline]] octet_position read_outlined_record(octet_position at, octet_position end, S& out) {
+[[gnu::noinline]] octet_position read_outlined_record(octet_position at, octet_position end, void* out) {
+    S& structure = *static_cast<S*>(out);
     if constexpr (contains_itself<S>()) {
-        return read_nested_records(at, end, out);
+        return read_nested_records(at, end, structure);
     } else {
-        return read_plain_record(at, end, out);
+        return read_plain_record(at, end, structure);
     }
 }
 
 template <class S>
 ZR_INLINE octet_position read_record(octet_position at, octet_position end, S& out) {
     if constexpr (is_leaf<S>()) return read_plain_record(at, end, out);
-    return read_outlined_record(at, end, out);
+    return read_outlined_record<S>(at, end, &out);
 }
 
 }  // namespace zr

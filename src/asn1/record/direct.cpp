@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "asn1/record/general_decoder.h"
+#include "asn1/record/guess.h"
 
 namespace zr {
 
@@ -40,7 +41,8 @@ int copy_out(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length)
 // Writes an envelope to the end of `room` octets and gives its start; null when it does not fit.
 unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const record_codec& codec) {
     writer sink(room + octets, room);
-    if (!codec.write(sink, in) || !sink.room(sizeof envelope_header)) return nullptr;
+    sink.go_on(codec.write(sink, in));
+    if (sink.failed() || !sink.room(sizeof envelope_header)) return nullptr;
     sink.octets(envelope_header, sizeof envelope_header);
     return sink.start();
 }
@@ -74,12 +76,10 @@ bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& c
 }
 
 int encode_counted(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
-    counter counted;
-    codec.count(counted, in);
-    const uint64_t length = counted.count() + sizeof envelope_header;
+    const uint64_t length = codec.count(counter(), in) + sizeof envelope_header;
     block encoding = allocate_encoding(length);
     writer sink(encoding.get() + length, nullptr);
-    codec.write(sink, in);
+    sink.go_on(codec.write(sink, in));
     sink.octets(envelope_header, sizeof envelope_header);
     return hand_out(out, std::move(encoding), length);
 }
@@ -105,7 +105,7 @@ int read_structure(const record_type& type, input contents, void* made) {
 
 int record_type::encode(zr_asn_buffer_t& out, const void* in) const {
     return guarded([&] {
-        const uint64_t likely = codec.likely_octets(in);
+        const uint64_t likely = is_leaf ? 0 : guess_octets(*this, in);
         if (likely < stack_octets) {
             if (encode_on_stack(out, in, codec)) return 0;
         } else if (likely <= most_guessed) {

@@ -16,12 +16,8 @@ constexpr size_t max_structure = 1024;
 
 template <class S>
 constexpr record_codec codec_of = {
-    [](const void* in) { return likely_octets(*static_cast<const S*>(in)); },
-    [](writer& sink, const void* in) { return write_record(sink, *static_cast<const S*>(in)); },
-    [](counter& sink, const void* in) { write_record(sink, *static_cast<const S*>(in)); },
-    [](octet_position at, octet_position end, void* out) { return read_record(at, end, *static_cast<S*>(out)); },
-    [](void* structure) { release_record(*static_cast<S*>(structure)); },
-    &make_object<binding<S>>,
+    &write_outlined_record<writer, S>,    &write_outlined_record<counter, S>, &read_outlined_record<S>,
+    &release_outlined<leave::cleared, S>, &make_object<binding<S>>,
 };
 
 template <class S>
@@ -34,6 +30,8 @@ constexpr record_type make_record_type() {
             static_cast<uint32_t>(field_table<S>::count),
             sizeof(S),
             static_cast<uint32_t>(min_octets<S>()),
+            typical_octets<S>(),
+            is_leaf<S>(),
             codec_of<S>};
 }
 

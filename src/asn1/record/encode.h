@@ -278,12 +278,14 @@ ZR_INLINE bool write_plain_record(Sink& sink, const S& in) {
     return write_fields(sink, in, sink.position(), std::make_index_sequence<field_count_of<S>>());
 }
 
+// The record's one function for a kind of sink, on an untyped structure.
 template <class Sink, class S>
-[[gnu::noinline]] typename Sink::progress write_outlined_record(Sink sink, const S& in) {
+[[gnu::noinline]] typename Sink::progress write_outlined_record(Sink sink, const void* in) {
+    const S& structure = *static_cast<const S*>(in);
     if constexpr (contains_itself<S>()) {
-        write_nested_records(sink, in);
+        write_nested_records(sink, structure);
     } else {
-        write_plain_record(sink, in);
+        write_plain_record(sink, structure);
     }
     return sink.done();
 }
@@ -291,65 +293,8 @@ template <class Sink, class S>
 template <class Sink, class S>
 ZR_INLINE bool write_record(Sink& sink, const S& in) {
     if constexpr (is_leaf<S>()) return write_plain_record(sink, in);
-    sink.go_on(write_outlined_record(sink, in));
+    sink.go_on(write_outlined_record<Sink, S>(sink, &in));
     return !sink.failed();
-}
-
-// About how many octets an encoding takes: a guess that costs little, from which only the time depends. The middle
-// element of a list stands for all, and below `levels` lists of a record in itself nothing is looked at.
-constexpr unsigned int guess_levels = 4;
-template <unsigned int Levels, class S, size_t... I>
-uint64_t guess_octets(const S& in, std::index_sequence<I...>);
-template <class S, unsigned int Levels = guess_levels>
-ZR_INLINE uint64_t likely_octets(const S& in) {
-    return guess_octets<Levels>(in, std::make_index_sequence<field_count_of<S>>());
-}
-
-// Where guesses stop to grow, so that products do not overflow.
-inline uint64_t capped(uint64_t octets) { return octets < 1 << 20 ? octets : 1 << 20; }
-
-template <unsigned int Levels, class S, size_t I>
-ZR_INLINE uint64_t guess_list(const S& in) {
-    using F = field_type<S, I>;
-    const uint32_t count = list_count<S, I>(in);
-    if (count == 0) return 2;
-    uint64_t element = 4;
-    if constexpr (F::kind == field_kind::list_of_texts) {
-        element += text_length(member_at<char**>(in, field_offset<S, I>)[count / 2]);
-    } else if constexpr (is_own_list<S, I>) {
-        if constexpr (Levels != 0) element += likely_octets<S, Levels - 1>(list_element<S, I>(in, count / 2));
-    } else if constexpr (F::kind != field_kind::list_of_integers) {
-        element += likely_octets(list_element<S, I>(in, count / 2));
-    }
-    return capped(count * capped(element));
-}
-
-template <unsigned int Levels, class S, size_t I>
-ZR_INLINE uint64_t guess_field(const S& in) {
-    using F = field_type<S, I>;
-    using T = typename F::value_type;
-    constexpr size_t offset = field_offset<S, I>;
-    if constexpr (is_list(F::kind)) {
-        return guess_list<Levels, S, I>(in);
-    } else if constexpr (F::kind == field_kind::octets) {
-        return member_at<void*>(in, offset) != nullptr ? member_at<uint32_t>(in, field_count_offset<S, I>) : 2;
-    } else if constexpr (F::kind == field_kind::nested) {
-        return likely_octets(member_at<T>(in, offset));
-    } else if constexpr (F::kind == field_kind::optional_nested) {
-        const T* nested = member_at<T*>(in, offset);
-        return nested != nullptr ? likely_octets(*nested) : 0;
-    } else if constexpr (F::kind == field_kind::slots) {
-        uint64_t octets = 0;
-        for (uint32_t i = 0; i < F::size; ++i)
-            if (const T* slot = (&member_at<T*>(in, offset))[i]) octets += likely_octets(*slot);
-        return octets;
-    } else {
-        return F::kind == field_kind::integer ? 3 : F::kind == field_kind::text ? 16 : 2 + F::size;
-    }
-}
-template <unsigned int Levels, class S, size_t... I>
-uint64_t guess_octets(const S& in, std::index_sequence<I...>) {
-    return (uint64_t{2} + ... + guess_field<Levels, S, I>(in));
 }
 
 }  // namespace zr

@@ -69,14 +69,17 @@ using object_maker = zr_asn_object* (*)(security_t mode);
 
 // One field at run time.
 struct field {
-    const char* name;           // of the member; of the pointer member where there is a count too
-    const char* count_name;     // of the member that counts elements or octets, or null
-    const record_type* nested;  // the record of nested fields, list elements and slots, or null
-    object_maker make_element;  // of lists and slots, or null
-    uint32_t offset;            // of the member
-    uint32_t count_offset;      // of the counting member
-    uint32_t size;              // fixed_octets: octets; slots: their number; else 0
+    const char* name;                              // of the member; of the pointer member where there is a count too
+    const char* count_name;                        // of the member that counts elements or octets, or null
+    const record_type* nested;                     // the record of nested fields, list elements and slots, or null
+    object_maker make_element;                     // of lists and slots, or null
+    zr_asn_object* (*make_object_at)(void* room);  // makes the value object of a binding in its room
+    uint32_t object_offset;                        // of that object in a binding's room
+    uint32_t offset;                               // of the member
+    uint32_t count_offset;                         // of the counting member
+    uint32_t size;                                 // fixed_octets: octets; slots: their number; else 0
     field_kind kind;
+    bool varies;           // has byte strings, lists, slots or optional records
     integer_type integer;  // integer and list_of_integers
     integer_type count;    // the counting member
 };
@@ -86,9 +89,8 @@ class counter;
 
 // A record's direct codec on an untyped structure (asn1/record/encode.h, decode.h, release.h), and its binding class.
 struct record_codec {
-    uint64_t (*likely_octets)(const void* in);
-    bool (*write)(writer& sink, const void* in);
-    void (*count)(counter& sink, const void* in);
+    unsigned char* (*write)(writer sink, const void* in);
+    uint64_t (*count)(counter sink, const void* in);
     const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
     void (*release)(void* structure);
     object_maker make_binding;
@@ -101,8 +103,10 @@ struct record_type {
     const char* module;   // of the schema module, such as "attrlist_asn"
     const field* fields;
     uint32_t field_count;
-    uint32_t size;        // of the structure in octets
-    uint32_t min_octets;  // the fewest that any encoding has
+    uint32_t size;            // of the structure in octets
+    uint32_t min_octets;      // the fewest that any encoding has
+    uint32_t typical_octets;  // about as many take the fields of which none varies
+    bool is_leaf;             // without lists, slots and optional records
     record_codec codec;
 
     const field* begin() const { return fields; }

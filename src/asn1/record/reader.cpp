@@ -46,9 +46,9 @@ int skip_end_of_contents(zr_r_buffer_t& cursor) {
     return 0;
 }
 
-// Where the contents of a string go, and how many of them at most.
-struct string_target final : segment_sink {
-    string_target(void* first, uint64_t most) : to(static_cast<unsigned char*>(first)), room(most) {}
+// Copies the contents of a string, as many as there is room for.
+struct string_copier final : segment_sink {
+    string_copier(void* first, uint64_t most) : to(static_cast<unsigned char*>(first)), room(most) {}
     int on_segment(const unsigned char* octets, unsigned int length) override {
         const size_t count = length < room ? length : static_cast<size_t>(room);
         if (count != 0) std::memcpy(to, octets, count);
@@ -70,25 +70,33 @@ struct segment_counter final : segment_sink {
     uint64_t octets = 0;
 };
 
-// Reads a string with a universal tag in any form. `place(length)` answers where its first octets go and how many of
-// them.
-template <class Place>
-int read_string(input& in, unsigned int tag, Place&& place) {
+// Where a string goes.
+class string_target {
+public:
+    // Called once with the length of the contents: where they go, null for nowhere.
+    virtual void* make_room(uint64_t length) = 0;
+
+protected:
+    ~string_target() = default;
+};
+
+// Reads a string with a universal tag in any form, at most `most` octets of it.
+int read_string(input& in, unsigned int tag, string_target& target, uint64_t most = UINT64_MAX) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
     if (int status = read_header(cursor, tag, primitive | constructed | indefinite, value)) return status;
+    const auto copy_to = [most](void* room) { return string_copier(room, room != nullptr ? most : 0); };
     if (value.is_constructed) {
         zr_r_buffer_t first(cursor);
         segment_counter counted;
         if (int status = walk_segments(first, value.is_indefinite, value.length, 4, counted)) return status;
-        string_target target = place(counted.octets);
-        if (int status = walk_segments(cursor, value.is_indefinite, value.length, 4, target)) return status;
+        string_copier copier = copy_to(target.make_room(counted.octets));
+        if (int status = walk_segments(cursor, value.is_indefinite, value.length, 4, copier)) return status;
     } else {
         unsigned char* octets = nullptr;
         if (!cursor.take(value.length, octets)) return zr_err_data_ends_early;
         if (value.is_indefinite && check_EOC(cursor) == 0) return zr_err_bad_contents;
-        string_target target = place(value.length);
-        target.on_segment(octets, value.length);
+        copy_to(target.make_room(value.length)).on_segment(octets, value.length);
     }
     if (value.is_indefinite) {
         if (int status = skip_end_of_contents(cursor)) return status;
@@ -96,6 +104,40 @@ int read_string(input& in, unsigned int tag, Place&& place) {
     in = input_of(cursor);
     return 0;
 }
+
+struct text_target final : string_target {
+    explicit text_target(char*& text) : made(text) {}
+    void* make_room(uint64_t length) override {
+        made = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
+        if (made != nullptr) made[length] = 0;
+        return made;
+    }
+
+    char*& made;
+};
+
+struct octets_target final : string_target {
+    octets_target(unsigned char*& data, uint32_t& length) : made(data), count(length) {}
+    void* make_room(uint64_t length) override {
+        if (length == 0) return nullptr;
+        made = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(length)));
+        failed = made == nullptr;
+        if (!failed) count = static_cast<uint32_t>(length);
+        return made;
+    }
+
+    unsigned char*& made;
+    uint32_t& count;
+    bool failed = false;
+};
+
+struct fixed_target final : string_target {
+    fixed_target(unsigned char* to, uint32_t octets) : room(to), size(octets) {}
+    void* make_room(uint64_t) override { return std::memset(room, 0, size); }
+
+    unsigned char* room;
+    uint32_t size;
+};
 
 // The value of an INTEGER's contents; 0 stands for one that does not fit (zr_asn_integer::update_int_val).
 int32_t integer_contents(const unsigned char* octets, unsigned int length) {
@@ -161,31 +203,19 @@ int read_integer(input& in, int32_t& value) {
 }
 
 int read_text(input& in, char*& text) {
-    return read_string(in, 12, [&](uint64_t length) -> string_target {
-        text = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
-        if (text == nullptr) return {nullptr, 0};
-        text[length] = 0;
-        return {text, length};
-    });
+    text_target target(text);
+    return read_string(in, 12, target);
 }
 
 int read_octets(input& in, unsigned char*& data, uint32_t& length) {
-    bool failed = false;
-    const int status = read_string(in, 4, [&](uint64_t octets) -> string_target {
-        if (octets == 0) return {nullptr, 0};
-        data = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(octets)));
-        failed = data == nullptr;
-        length = failed ? 0 : static_cast<uint32_t>(octets);
-        return {data, length};
-    });
-    return status == 0 && failed ? zr_err_out_of_memory : status;
+    octets_target target(data, length);
+    const int status = read_string(in, 4, target);
+    return status == 0 && target.failed ? zr_err_out_of_memory : status;
 }
 
 int read_fixed_octets(input& in, unsigned char* to, uint32_t size) {
-    return read_string(in, 4, [&](uint64_t) -> string_target {
-        std::memset(to, 0, size);
-        return {to, size};
-    });
+    fixed_target target(to, size);
+    return read_string(in, 4, target, size);
 }
 
 uint32_t count_elements(const unsigned char* at, const unsigned char* end) {

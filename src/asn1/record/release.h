@@ -126,12 +126,14 @@ void release_nested_records(S& root) {
     }
 }
 
+// The record's one function for a way of leaving it, on an untyped structure.
 template <leave Left, class S>
-[[gnu::noinline]] void release_outlined(S& structure) {
+[[gnu::noinline]] void release_outlined(void* structure) {
+    S& released = *static_cast<S*>(structure);
     if constexpr (contains_itself<S>()) {
-        release_nested_records<Left>(structure);
+        release_nested_records<Left>(released);
     } else {
-        release_fields<Left>(structure, std::make_index_sequence<field_count_of<S>>());
+        release_fields<Left>(released, std::make_index_sequence<field_count_of<S>>());
     }
 }
 
@@ -140,7 +142,7 @@ ZR_INLINE void release(S& structure) {
     if constexpr (is_leaf<S>()) {
         release_fields<Left>(structure, std::make_index_sequence<field_count_of<S>>());
     } else {
-        release_outlined<Left>(structure);
+        release_outlined<Left, S>(&structure);
     }
 }
 
@@ -148,17 +150,5 @@ template <class S>
 void release_record(S& structure) {
     release<leave::cleared>(structure);
 }
-
-// A zeroed structure whose contents are released at the end of its scope.
-template <class S>
-struct released {
-    released() { std::memset(static_cast<void*>(structure), 0, sizeof(S)); }
-    released(const released&) = delete;
-    released& operator=(const released&) = delete;
-    ~released() { release_record(*structure); }
-
-    alignas(S) unsigned char storage[sizeof(S)];
-    S* structure = reinterpret_cast<S*>(storage);
-};
 
 }  // namespace zr

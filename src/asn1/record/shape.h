@@ -4,9 +4,7 @@
 #include <utility>
 
 #include "asn1/record/field.h"
-
-// For the small parts that a codec function is made of.
-#define ZR_INLINE [[gnu::always_inline]] inline
+#include "asn1/record/inline.h"
 
 namespace zr {
 
@@ -122,6 +120,40 @@ constexpr size_t min_element_octets() {
     using T = typename field_type<S, I>::value_type;
     if constexpr (std::is_class_v<T>) return min_octets<T>();
     return 2;
+}
+
+// Whether the encodings of a field differ much in length: texts are taken to be short.
+template <class S, size_t... I>
+constexpr bool any_field_varies(std::index_sequence<I...>);
+template <class Field>
+constexpr bool varies() {
+    using T = typename Field::value_type;
+    if constexpr (Field::kind == field_kind::nested)
+        return any_field_varies<T>(std::make_index_sequence<field_count_of<T>>());
+    return Field::kind != field_kind::integer && Field::kind != field_kind::text &&
+           Field::kind != field_kind::fixed_octets;
+}
+template <class S, size_t... I>
+constexpr bool any_field_varies(std::index_sequence<I...>) {
+    return (varies<field_type<S, I>>() || ...);
+}
+
+// About as many octets take the fields of S that do not vary, and its header.
+template <class S>
+constexpr uint32_t typical_octets();
+template <class Field>
+constexpr uint32_t typical_field_octets() {
+    if constexpr (varies<Field>()) return 0;
+    if constexpr (Field::kind == field_kind::nested) return typical_octets<typename Field::value_type>();
+    return Field::kind == field_kind::integer ? 4 : Field::kind == field_kind::text ? 16 : 2 + Field::size;
+}
+template <class S, size_t... I>
+constexpr uint32_t sum_typical_octets(std::index_sequence<I...>) {
+    return (2 + ... + typical_field_octets<field_type<S, I>>());
+}
+template <class S>
+constexpr uint32_t typical_octets() {
+    return sum_typical_octets<S>(std::make_index_sequence<field_count_of<S>>());
 }
 
 }  // namespace zr

@@ -250,8 +250,7 @@ void free_list(const field& field, void* structure) {
     store_integer(&place<unsigned char>(structure, field.count_offset), field.count, 0);
 }
 
-}  // namespace
-
+// Prepares the object of a field of `kind` and registers it with the binding.
 void register_field(zr_asnbase& binding, field_kind kind, zr_asn_object& object) {
     switch (kind) {
         case field_kind::list_of_records:
@@ -276,6 +275,32 @@ void register_field(zr_asnbase& binding, field_kind kind, zr_asn_object& object)
             break;
     }
     binding.register_child(&object);
+}
+
+// The value objects have one base class each, at their beginning.
+void destroy_first_objects(const record_type& type, uint32_t count, unsigned char* room) {
+    while (count-- != 0)
+        reinterpret_cast<zr_asn_object*>(room + type.fields[count].object_offset)->~zr_asn_object();
+}
+
+}  // namespace
+
+void make_objects(zr_asnbase& binding, const record_type& type, unsigned char* room) {
+    uint32_t made = 0;
+    try {
+        for (const field& field : type) {
+            zr_asn_object* object = field.make_object_at(room + field.object_offset);
+            ++made;
+            register_field(binding, field.kind, *object);
+        }
+    } catch (...) {
+        destroy_first_objects(type, made, room);
+        throw;
+    }
+}
+
+void destroy_objects(const record_type& type, unsigned char* room) {
+    destroy_first_objects(type, type.field_count, room);
 }
 
 void set_fields(zr_asnbase& binding, const record_type& type, void* structure) {

@@ -9,8 +9,10 @@ namespace zr {
 // The version that the entry points write and accept.
 constexpr unsigned char envelope_version = 2;
 
-// register_field prepares `object` as a field of `kind` and registers it with the binding.
-ZR_API void register_field(zr_asnbase& binding, field_kind kind, zr_asn_object& object);
+// make_objects makes the value objects of a binding's fields in `room`, registered in the list's order;
+// when one cannot be made none is left. destroy_objects destroys them.
+ZR_API void make_objects(zr_asnbase& binding, const record_type& type, unsigned char* room);
+ZR_API void destroy_objects(const record_type& type, unsigned char* room);
 
 // set_fields copies a structure into the value objects of its binding, get_fields copies them into a structure, which
 // it clears first. Both throw zr_asn_memexception, set_fields also when the structure nests deeper than the tree

@@ -60,25 +60,25 @@ public:
     size_t since(mark from) const { return static_cast<size_t>(from - at_); }
     unsigned char* start() const { return at_; }
 
-    void octets(const void* from, size_t count) {
+    ZR_INLINE void octets(const void* from, size_t count) {
         at_ -= count;
         copy_octets(at_, from, count);
     }
-    void string(unsigned char identifier, const void* contents, size_t length) {
+    ZR_INLINE void string(unsigned char identifier, const void* contents, size_t length) {
         octets(contents, length);
         header(identifier, length);
     }
-    void octet_pair(unsigned char first, unsigned char second) {
+    ZR_INLINE void octet_pair(unsigned char first, unsigned char second) {
         const auto both = static_cast<uint16_t>(first | second << 8);
         std::memcpy(at_ -= 2, &both, 2);
     }
-    void header(unsigned char identifier, size_t length) {
+    ZR_INLINE void header(unsigned char identifier, size_t length) {
         if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
         long_header(identifier, static_cast<uint32_t>(length));
     }
     // Stores four octets whatever the value takes: what lies before the contents is written later. At least the two
     // octets of a header always do.
-    void integer(int32_t value) {
+    ZR_INLINE void integer(int32_t value) {
         const size_t count = integer_octets(value);
         const uint32_t stored = __builtin_bswap32(static_cast<uint32_t>(value));
         std::memcpy(at_ - 4, &stored, 4);
@@ -106,7 +106,7 @@ private:
 
     // As with integers, four octets are stored whatever the length takes: the identifier, the first length octet and,
     // at the least, the envelope's header still come before them.
-    void long_header(unsigned char identifier, uint32_t length) {
+    ZR_INLINE void long_header(unsigned char identifier, uint32_t length) {
         const size_t count = length_octets(length);
         const uint32_t stored = __builtin_bswap32(length);
         std::memcpy(at_ - 4, &stored, 4);
@@ -129,19 +129,18 @@ public:
     using mark = uint64_t;
     mark position() const { return count_; }
     uint64_t since(mark from) const { return count_ - from; }
-    uint64_t count() const { return count_; }
 
-    void string(unsigned char identifier, const void*, size_t length) {
+    ZR_INLINE void string(unsigned char identifier, const void*, size_t length) {
         count_ += length;
         header(identifier, length);
     }
-    void octet_pair(unsigned char, unsigned char) { count_ += 2; }
+    ZR_INLINE void octet_pair(unsigned char, unsigned char) { count_ += 2; }
     // A length that does not fit 32 bits makes the encoding too long, whatever is counted for it.
-    void header(unsigned char, uint64_t length) {
+    ZR_INLINE void header(unsigned char, uint64_t length) {
         count_ += 2;
         if (length >= 0x80) count_ += length_octets(static_cast<uint32_t>(length) | 0x80);
     }
-    void integer(int32_t value) { count_ += 2 + integer_octets(value); }
+    ZR_INLINE void integer(int32_t value) { count_ += 2 + integer_octets(value); }
     template <class T>
     bool integers(const T* values, size_t count) {
         static_assert(sizeof(T) == sizeof(int32_t));
