@@ -228,10 +228,15 @@ ZR_INLINE bool write_field(Sink& sink, const S& in) {
     return true;
 }
 
-// The first sizeof...(I) fields, backwards, and the record's header.
+// The first sizeof...(I) fields, backwards.
 template <class Sink, class S, size_t... I>
-ZR_INLINE bool write_fields(Sink& sink, const S& in, typename Sink::mark end, std::index_sequence<I...>) {
-    if (!(write_field<Sink, S, sizeof...(I) - 1 - I, sizeof...(I)>(sink, in) && ...)) return false;
+ZR_INLINE bool write_fields(Sink& sink, const S& in, std::index_sequence<I...>) {
+    return (write_field<Sink, S, sizeof...(I) - 1 - I, sizeof...(I)>(sink, in) && ...);
+}
+
+// The header of a record that ends at `end`.
+template <class S, class Sink>
+ZR_INLINE bool write_record_header(Sink& sink, typename Sink::mark end) {
     if constexpr (!is_plain_field<S, 0>) {
         if (!sink.room(max_header)) return false;
     }
@@ -239,14 +244,46 @@ ZR_INLINE bool write_fields(Sink& sink, const S& in, typename Sink::mark end, st
     return true;
 }
 
+// The octets of a record that contains itself. Each is measured when it is come to, while its list is on the way from
+// memory; going back needs only what is on the work list.
+template <class S>
+ZR_INLINE uint64_t count_nested_records(const S& root) {
+    constexpr size_t own = field_count_of<S> - 1;
+    struct entry {
+        const S* node;
+        uint64_t fields;  // octets of the fields before the list
+        uint64_t list;    // octets of the elements that have been counted
+        uint32_t left;    // elements that are still to be counted
+    };
+    work_list<entry> open;
+    for (const S* node = &root;;) {
+        counter fields;
+        write_fields(fields, *node, std::make_index_sequence<own>());
+        const uint32_t count = list_count<S, own>(*node);
+        if (count != 0) {
+            open.push({node, fields.done(), 0, count}, record<S>::module);
+        } else {
+            // Nothing below it: the node is complete, and each whose last element it is.
+            uint64_t octets = with_header(with_header(0) + fields.done());
+            for (;; open.pop()) {
+                if (open.empty()) return octets;
+                open.top().list += octets;
+                if (open.top().left != 0) break;
+                octets = with_header(with_header(open.top().list) + open.top().fields);
+            }
+        }
+        node = &list_element<S, own>(*open.top().node, --open.top().left);
+    }
+}
+
 // A record that contains itself: the last element of the list first, each with all that is below it.
-template <class Sink, class S>
-ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
+template <class S>
+ZR_INLINE void write_nested_records(writer& sink, const S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct entry {
         const S* node;
         uint32_t left;  // elements of the node's list that are still to be written
-        typename Sink::mark end;
+        writer::mark end;
     };
     work_list<entry> open;
     const S* node = &root;
@@ -260,7 +297,8 @@ ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
             for (;;) {
                 if (!sink.room(max_header)) return;
                 sink.header(id_sequence, sink.since(end));
-                if (!write_fields(sink, *node, end, std::make_index_sequence<own>())) return;
+                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return;
+                if (!write_record_header<S>(sink, end)) return;
                 if (open.empty()) return;
                 if (open.top().left != 0) break;
                 node = open.top().node;
@@ -275,17 +313,20 @@ ZR_INLINE void write_nested_records(Sink& sink, const S& root) {
 
 template <class Sink, class S>
 ZR_INLINE bool write_plain_record(Sink& sink, const S& in) {
-    return write_fields(sink, in, sink.position(), std::make_index_sequence<field_count_of<S>>());
+    const auto end = sink.position();
+    return write_fields(sink, in, std::make_index_sequence<field_count_of<S>>()) && write_record_header<S>(sink, end);
 }
 
 // The record's one function for a kind of sink, on an untyped structure.
 template <class Sink, class S>
 [[gnu::noinline]] typename Sink::progress write_outlined_record(Sink sink, const void* in) {
     const S& structure = *static_cast<const S*>(in);
-    if constexpr (contains_itself<S>()) {
-        write_nested_records(sink, structure);
-    } else {
+    if constexpr (!contains_itself<S>()) {
         write_plain_record(sink, structure);
+    } else if constexpr (std::is_same_v<Sink, counter>) {
+        return sink.done() + count_nested_records(structure);
+    } else {
+        write_nested_records(sink, structure);
     }
     return sink.done();
 }

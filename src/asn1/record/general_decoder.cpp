@@ -4,8 +4,8 @@
 #include <cstring>
 #include <memory>
 
-#include "asn1/record/identifiers.h"
 #include "asn1/record/integers.h"
+#include "asn1/record/quick_reader.h"
 #include "asn1/record/work_list.h"
 
 namespace zr {
@@ -21,6 +21,25 @@ size_t array_element_octets(const field& field) {
         default:
             return sizeof(void*);
     }
+}
+
+// Values in the library's own form are many among others too.
+bool step(input& in, octet_position behind) {
+    if (behind == nullptr) return false;
+    in.at = behind;
+    return true;
+}
+int read_any_integer(input& in, int32_t& value) {
+    return step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value);
+}
+int read_any_text(input& in, char*& text) {
+    return step(in, quick_text(in.at, in.end, text)) ? 0 : read_text(in, text);
+}
+int read_any_octets(input& in, unsigned char*& data, uint32_t& length, const char* file) {
+    if (step(in, quick_octets(in.at, in.end, data, length, file))) return 0;
+    const int status = read_octets(in, data, length);
+    if (status == zr_err_out_of_memory) throw_memory_error(file);
+    return status;
 }
 
 void* make_zeroed(const record_type& type) { return std::calloc(1, type.size); }
@@ -92,9 +111,9 @@ int read_element(const field& field, input& in, list_reader& list) {
     }
     unsigned char* element = list.add();
     if (element == nullptr) return beyond_structure;
-    if (field.kind == field_kind::list_of_texts) return read_text(in, place<char*>(element, 0));
+    if (field.kind == field_kind::list_of_texts) return read_any_text(in, place<char*>(element, 0));
     int32_t value = 0;
-    const int status = read_integer(in, value);
+    const int status = read_any_integer(in, value);
     store_integer(element, field.integer, value);
     return status;
 }
@@ -143,18 +162,15 @@ int read_field(const record_type& type, const field& field, input& in, void* out
     switch (field.kind) {
         case field_kind::integer: {
             int32_t value = 0;
-            const int status = read_integer(in, value);
+            const int status = read_any_integer(in, value);
             store_integer(member, field.integer, value);
             return status;
         }
         case field_kind::text:
-            return read_text(in, place<char*>(member, 0));
-        case field_kind::octets: {
-            const int status =
-                read_octets(in, place<unsigned char*>(member, 0), place<uint32_t>(out, field.count_offset));
-            if (status == zr_err_out_of_memory) throw_memory_error(type.module);
-            return status;
-        }
+            return read_any_text(in, place<char*>(member, 0));
+        case field_kind::octets:
+            return read_any_octets(in, place<unsigned char*>(member, 0), place<uint32_t>(out, field.count_offset),
+                                   type.module);
         case field_kind::fixed_octets:
             return read_fixed_octets(in, member, field.size);
         case field_kind::nested:
@@ -213,6 +229,11 @@ int read_nested_records(const record_type& type, input& in, void* root) {
 
 // Recurses only as deep as the records' descriptions nest.
 int read_record(const record_type& type, input& in, void* out) {
+    if (type.is_leaf) {
+        if (step(in, type.codec.read(in.at, in.end, out))) return 0;
+        type.codec.release(out);
+        std::memset(out, 0, type.size);
+    }
     if (type.contains_itself()) return read_nested_records(type, in, out);
     scope entered{};
     if (int status = enter_sequence(in, entered)) return status;

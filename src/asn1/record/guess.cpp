@@ -29,18 +29,26 @@ uint64_t guess_pointed(const record_type& type, const void* in, unsigned int lev
     return in != nullptr ? guess_record(type, in, levels) : 0;
 }
 
-uint64_t guess_element(const record_type& type, const field& field, const unsigned char* elements, size_t index,
-                       unsigned int levels) {
+// The middle element of a list stands for all.
+uint64_t guess_list(const record_type& type, const field& field, const void* in, unsigned int levels) {
+    const auto* elements = load<const unsigned char*>(in, field.offset);
+    const auto count =
+        static_cast<uint32_t>(load_integer(static_cast<const unsigned char*>(in) + field.count_offset, field.count));
+    if (elements == nullptr || count == 0) return 2;
+    uint64_t element = 4;
+    const size_t middle = count / 2;
     if (field.kind == field_kind::list_of_texts) {
-        const char* text = load<const char*>(elements, index * sizeof text);
-        return text != nullptr ? std::strlen(text) : 0;
+        const char* text = load<const char*>(elements, middle * sizeof text);
+        if (text != nullptr) element += std::strlen(text);
+    } else if (field.nested == &type && (count == 1 || levels-- == 0)) {
+        // A chain has as many levels as it has: one is as good a guess as another.
+        element += type.typical_octets;
+    } else if (field.kind == field_kind::list_of_pointers) {
+        element += guess_pointed(*field.nested, load<const void*>(elements, middle * sizeof(void*)), levels);
+    } else if (field.kind == field_kind::list_of_records) {
+        element += guess_record(*field.nested, elements + middle * field.nested->size, levels);
     }
-    if (field.nested == &type && levels-- == 0) return 0;
-    if (field.kind == field_kind::list_of_pointers)
-        return guess_pointed(*field.nested, load<const void*>(elements, index * sizeof(void*)), levels);
-    if (field.kind == field_kind::list_of_records)
-        return guess_record(*field.nested, elements + index * field.nested->size, levels);
-    return 0;
+    return capped(count * capped(element));
 }
 
 uint64_t guess_field(const record_type& type, const field& field, const void* in, unsigned int levels) {
@@ -58,14 +66,8 @@ uint64_t guess_field(const record_type& type, const field& field, const void* in
                 octets += guess_pointed(*field.nested, load<const void*>(member, i * sizeof(void*)), levels);
             return octets;
         }
-        default: {
-            const auto* elements = load<const unsigned char*>(member, 0);
-            if (elements == nullptr) return 2;
-            const auto count = static_cast<uint32_t>(
-                load_integer(static_cast<const unsigned char*>(in) + field.count_offset, field.count));
-            if (count == 0) return 2;
-            return capped(count * capped(4 + guess_element(type, field, elements, count / 2, levels)));
-        }
+        default:
+            return guess_list(type, field, in, levels);
     }
 }
 

@@ -118,6 +118,12 @@ private:
     uintptr_t limit_;
 };
 
+// The octets of a value whose contents take so many. Contents that do not fit 32 bits make the encoding too long,
+// whatever is counted for their header.
+inline uint64_t with_header(uint64_t contents) {
+    return contents + 2 + (contents < 0x80 ? 0 : length_octets(static_cast<uint32_t>(contents) | 0x80));
+}
+
 // counter has the writer's interface and tells how many octets it would write.
 class counter {
 public:
@@ -135,11 +141,7 @@ public:
         header(identifier, length);
     }
     ZR_INLINE void octet_pair(unsigned char, unsigned char) { count_ += 2; }
-    // A length that does not fit 32 bits makes the encoding too long, whatever is counted for it.
-    ZR_INLINE void header(unsigned char, uint64_t length) {
-        count_ += 2;
-        if (length >= 0x80) count_ += length_octets(static_cast<uint32_t>(length) | 0x80);
-    }
+    ZR_INLINE void header(unsigned char, uint64_t length) { count_ += with_header(length) - length; }
     ZR_INLINE void integer(int32_t value) { count_ += 2 + integer_octets(value); }
     template <class T>
     bool integers(const T* values, size_t count) {
