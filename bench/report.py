@@ -135,12 +135,13 @@ def scaling_tables(results):
     return text
 
 
-def stripped_text(library):
+def library_size(library):
     with tempfile.TemporaryDirectory() as directory:
         copy = Path(directory) / "lib.so"
         shutil.copy(library.resolve(), copy)
         run("strip", str(copy))
-        return int(output("size", str(copy)).splitlines()[1].split()[0]), copy.stat().st_size
+        sections = dict(line.split()[:2] for line in output("size", "-A", str(copy)).splitlines()[2:] if line)
+        return int(sections[".text"]), int(output("size", str(copy)).splitlines()[1].split()[0]), copy.stat().st_size
 
 
 def machine():
@@ -204,7 +205,7 @@ def chart(results):
 
 
 def document(build, native, narrow, growth, heap):
-    text, whole = stripped_text(build / "src" / "libzrasn.so")
+    code, text, whole = library_size(build / "src" / "libzrasn.so")
     return f"""# Performance
 
 What the library takes to turn records into octets and back, beside other encoders on the same machine in the same run.
@@ -253,7 +254,8 @@ The same figures of the 32-bit build (`-m32`), against the hand-written code of 
 {ratios_table(narrow, "decode")}
 ## Size
 
-The shared library with all records: {text:,} octets of code and constants, {whole:,} octets as a stripped file.
+The shared library with all records: {code:,} octets of code, {text:,} with constants, unwinding tables and exported
+names, {whole:,} octets as a stripped file.
 """
 
 

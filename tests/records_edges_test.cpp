@@ -9,6 +9,7 @@
 #include "base_idls/ejauditidl_asn.h"
 #include "base_idls/namevalue_asn.h"
 #include "base_idls/principal_asn.h"
+#include "base_idls/yvobj_asn.h"
 #include "support/allocations.h"
 #include "support/caught_stderr.h"
 #include "support/hex.h"
@@ -67,6 +68,57 @@ TEST(records, lengths_around_powers_of_two) {
                 ASSERT_EQ(decode(way, expected, copy), 0);
                 ASSERT_EQ(difference(original.type(), original.get(), copy.get()), "") << way.name << ", " << length;
             }
+        }
+    }
+}
+
+// Where an encoding is written hangs on a guess from the middle element of each list: however good it is the octets are
+// the same, nothing is lost, and no block is handed out that is much too long.
+TEST(records, encodings_of_any_size_and_guess) {
+    const struct {
+        size_t count, middle, others;  // texts, and their lengths
+        size_t made;                   // requests of the allocator
+    } rows[] = {
+        {10, 20, 20, 1},      // short
+        {1000, 20, 20, 1},    // a block of the guessed size
+        {1000, 10, 14, 1},    //
+        {100000, 20, 20, 1},  // counted first
+        {1000, 0, 60, 1},     // long, though it looked short
+        {1000, 10, 60, 2},    // longer than guessed
+        {1000, 16, 6, 2},     // far shorter than guessed: the block is cut
+        {100, 600, 0, 2},
+    };
+    for (const auto& row : rows) {
+        structure original(*zr::find_record("yvobj_name_list_s_t"));
+        auto& list = original.as<yvobj_name_list_s_t>();
+        list.count = static_cast<uint32_t>(row.count);
+        list.names = static_cast<char**>(zeroed(row.count * sizeof(char*)));
+        for (size_t i = 0; i < row.count; ++i)
+            list.names[i] = copy_text(std::string(i == row.count / 2 ? row.middle : row.others, 'n'));
+        const octets expected = encode(object_tree, original).ber;
+        for (size_t failing = 0; failing <= row.made; ++failing) {
+            SCOPED_TRACE(std::to_string(expected.size()) + " octets, failing " + std::to_string(failing));
+            caught_stderr printed;
+            allocations watched;
+            watched.fail_allocation(failing);
+            zr_asn_buffer_t out{0, nullptr};
+            const int status = original.type().encode(out, original.get());
+            watched.fail_allocation(0);
+            const size_t made = watched.made();
+            size_t held = 0;
+            const bool same = status != 0 || octets(out.data + 4, out.data + out.length) == expected;
+            watched.on_release([](void* size, const void*, size_t all) { *static_cast<size_t*>(size) = all; }, &held);
+            if (status == 0) zr_asn_buffer_free(out);
+            watched.on_release(nullptr, nullptr);
+            const size_t lost = watched.live();
+            // A block that cannot be cut is handed out as it is.
+            const bool uncut = failing == 2 && row.others < row.middle;
+            EXPECT_EQ(status, failing == 0 || uncut ? 0 : zr_err_out_of_memory);
+            EXPECT_TRUE(same);
+            EXPECT_EQ(lost, 0u);
+            if (failing != 0) continue;
+            EXPECT_EQ(made, row.made);
+            EXPECT_LE(held, expected.size() * 3 / 2 + 4);
         }
     }
 }
@@ -255,11 +307,19 @@ void* run_deep(void*) {
     if (zrAsnEncodeObj(out, original) != 0) return answer("encoding failed");
     zrAsnFreeObj(original);
     S copy{};
-    if (zrAsnDecodeObj(out, copy) != 0) return answer("decoding failed");
+    // The innermost record as it is, with a string in the constructed form, and ending too early.
+    unsigned char* const innermost = out.data + out.length - 6;
+    for (const bool odd : {false, true}) {
+        if (odd) innermost[0] |= 0x20;
+        if (zrAsnDecodeObj(out, copy) != 0) return answer("decoding failed");
+        if (levels_of(copy) != levels) return answer("levels are missing");
+        zrAsnFreeObj(copy);
+        if (levels_of(copy) != 1) return answer("levels are left");
+    }
+    innermost[5] = 1;
+    const int status = zrAsnDecodeObj(out, copy);
     zr_asn_buffer_free(out);
-    if (levels_of(copy) != levels) return answer("levels are missing");
-    zrAsnFreeObj(copy);
-    return answer(levels_of(copy) == 1 ? "" : "levels are left");
+    return answer(status == zr_err_data_ends_early && levels_of(copy) == 1 ? "" : "a bad octet is accepted");
 }
 
 TYPED_TEST(deep_records, a_million_levels_on_a_small_stack) {
