@@ -117,7 +117,6 @@ constexpr field run_time_field(const typed_field<Kind, T, C, Size>& typed) {
     made.count_offset = static_cast<uint32_t>(typed.count_offset);
     made.size = Size;
     made.kind = Kind;
-    made.varies = varies<typed_type>();
     made.make_object_at = &make_object_at<typed_type>;
     if constexpr (std::is_class_v<T>) made.nested = &record<T>::type;
     if constexpr (!std::is_void_v<element>) made.make_element = &make_object<element>;
@@ -139,6 +138,54 @@ struct field_table {
             std::apply([](const auto&... typed) { return table{{run_time_field(typed)...}}; }, record<S>::fields);
         for (size_t i = 0; i < count; ++i)
             made.fields[i].object_offset = static_cast<uint32_t>(object_offset(record<S>::fields, i));
+        return made;
+    }
+    static constexpr table fields = make();
+};
+
+// The table of the fields of S that vary in length, those in embedded records among them.
+template <class S, size_t... I>
+constexpr size_t count_varying(std::index_sequence<I...>);
+template <class S>
+constexpr size_t count_varying() {
+    return count_varying<S>(std::make_index_sequence<field_count_of<S>>());
+}
+template <class Field>
+constexpr size_t varying_in() {
+    if constexpr (Field::kind == field_kind::nested) return count_varying<typename Field::value_type>();
+    return Field::kind == field_kind::octets || !is_leaf_field<Field>() ? 1 : 0;
+}
+template <class S, size_t... I>
+constexpr size_t count_varying(std::index_sequence<I...>) {
+    return (size_t{0} + ... + varying_in<field_type<S, I>>());
+}
+
+template <class S, size_t... I>
+constexpr void add_varying(varying_field*& next, size_t offset, std::index_sequence<I...>);
+template <class S, size_t I>
+constexpr void add_varying_field(varying_field*& next, size_t offset) {
+    using F = field_type<S, I>;
+    if constexpr (F::kind == field_kind::nested) {
+        using T = typename F::value_type;
+        add_varying<T>(next, offset + field_offset<S, I>, std::make_index_sequence<field_count_of<T>>());
+    } else if constexpr (varying_in<F>() != 0) {
+        *next++ = {&field_table<S>::fields.fields[I], static_cast<uint32_t>(offset), is_own_list<S, I>};
+    }
+}
+template <class S, size_t... I>
+constexpr void add_varying(varying_field*& next, size_t offset, std::index_sequence<I...>) {
+    (add_varying_field<S, I>(next, offset), ...);
+}
+
+template <class S>
+struct varying_table {
+    struct table {
+        varying_field fields[count_varying<S>() + 1];
+    };
+    static constexpr table make() {
+        table made{};
+        varying_field* next = made.fields;
+        add_varying<S>(next, 0, std::make_index_sequence<field_count_of<S>>());
         return made;
     }
     static constexpr table fields = make();

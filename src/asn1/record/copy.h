@@ -29,8 +29,12 @@ inline void copy_fixed(unsigned char* to, const unsigned char* from) {
     *reinterpret_cast<value*>(to) = *reinterpret_cast<const value*>(from);
 }
 
-// Copies any number of octets, very few and many well: by a call.
-void copy_by_call(unsigned char* to, const unsigned char* from, size_t count);
+// memcpy, always as a call: where there are no vectors gcc writes a string instruction in its place, which is slow to
+// start.
+void* called_memcpy(void* to, const void* from, size_t count) asm("memcpy");
+
+// Copies more than 32 octets.
+void copy_many(unsigned char* to, const unsigned char* from, size_t count);
 
 // Copies what most texts and byte strings take without a call. The blocks do not overlap.
 ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) {
@@ -40,11 +44,11 @@ ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) 
         uint64_t parts[2];
     };
     if (count >= 16) {
-        if (count > 32) return copy_by_call(to, from, count);
+        if (count > 32) return copy_many(to, from, count);
         copy_ends<sixteen>(to, from, count);
 #else
     if (count > 16) {
-        copy_by_call(to, from, count);
+        called_memcpy(to, from, count);
 #endif
     } else if (count >= 8) {
         copy_ends<uint64_t>(to, from, count);

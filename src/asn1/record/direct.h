@@ -31,6 +31,8 @@ constexpr record_type make_record_type() {
             sizeof(S),
             static_cast<uint32_t>(min_octets<S>()),
             typical_octets<S>(),
+            varying_table<S>::fields.fields,
+            static_cast<uint32_t>(count_varying<S>()),
             is_leaf<S>(),
             codec_of<S>};
 }

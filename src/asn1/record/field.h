@@ -79,9 +79,15 @@ struct field {
     uint32_t count_offset;                         // of the counting member
     uint32_t size;                                 // fixed_octets: octets; slots: their number; else 0
     field_kind kind;
-    bool varies;           // has byte strings, lists, slots or optional records
     integer_type integer;  // integer and list_of_integers
     integer_type count;    // the counting member
+};
+
+// A field whose encodings differ much in length, in a record or in what it embeds: texts are taken to be short.
+struct varying_field {
+    const field* what;
+    uint32_t offset;  // of the structure with the field
+    bool own_list;    // a list of just that record
 };
 
 class writer;
@@ -105,8 +111,10 @@ struct record_type {
     uint32_t field_count;
     uint32_t size;            // of the structure in octets
     uint32_t min_octets;      // the fewest that any encoding has
-    uint32_t typical_octets;  // about as many take the fields of which none varies
-    bool is_leaf;             // without lists, slots and optional records
+    uint32_t typical_octets;  // about as many take the fields that do not vary
+    const varying_field* varying;
+    uint32_t varying_count;
+    bool is_leaf;  // without lists, slots and optional records
     record_codec codec;
 
     const field* begin() const { return fields; }

@@ -122,29 +122,13 @@ constexpr size_t min_element_octets() {
     return 2;
 }
 
-// Whether the encodings of a field differ much in length: texts are taken to be short.
-template <class S, size_t... I>
-constexpr bool any_field_varies(std::index_sequence<I...>);
-template <class Field>
-constexpr bool varies() {
-    using T = typename Field::value_type;
-    if constexpr (Field::kind == field_kind::nested)
-        return any_field_varies<T>(std::make_index_sequence<field_count_of<T>>());
-    return Field::kind != field_kind::integer && Field::kind != field_kind::text &&
-           Field::kind != field_kind::fixed_octets;
-}
-template <class S, size_t... I>
-constexpr bool any_field_varies(std::index_sequence<I...>) {
-    return (varies<field_type<S, I>>() || ...);
-}
-
-// About as many octets take the fields of S that do not vary, and its header.
+// About as many octets take the fields of S that do not vary in length, and all headers.
 template <class S>
 constexpr uint32_t typical_octets();
 template <class Field>
 constexpr uint32_t typical_field_octets() {
-    if constexpr (varies<Field>()) return 0;
     if constexpr (Field::kind == field_kind::nested) return typical_octets<typename Field::value_type>();
+    if constexpr (Field::kind == field_kind::slots) return 2;
     return Field::kind == field_kind::integer ? 4 : Field::kind == field_kind::text ? 16 : 2 + Field::size;
 }
 template <class S, size_t... I>
