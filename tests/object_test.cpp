@@ -11,7 +11,6 @@ namespace {
 
 using zr_test::hex;
 using zr_test::input;
-using zr_test::read;
 using zr_test::written;
 
 // A type that takes any contents, and tells how it was asked.

@@ -10,7 +10,6 @@ namespace {
 
 using zr_test::bytes;
 using zr_test::contents;
-using zr_test::hex;
 using zr_test::input;
 using zr_test::read;
 using zr_test::written;

@@ -27,7 +27,7 @@ zr_asn_buffer_t over(std::vector<unsigned char>& octets) {
 std::string encoded(unsigned int type, void* value, int version = 2) {
     zr_asn_buffer_t out{};
     const int status = zrasn_encode_obj(version, value, type, out);
-    const std::string text = status != 0 ? std::to_string(status) : hex(out.data, out.length);
+    std::string text = status != 0 ? std::to_string(status) : hex(out.data, out.length);
     zr_asn_buffer_free(out);
     return text;
 }

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "asn1/record/integers.h"
+#include "asn1/record/shape.h"
 
 namespace zr_test {
 
@@ -20,17 +21,7 @@ void* zeroed(size_t octets) {
     return block;
 }
 
-size_t element_octets(const field& field) {
-    if (field.kind == field_kind::list_of_records) return field.nested->size;
-    return field.kind == field_kind::list_of_integers ? field.integer.octets : sizeof(void*);
-}
-
 namespace {
-
-bool is_list(field_kind kind) {
-    return kind == field_kind::list_of_records || kind == field_kind::list_of_pointers ||
-           kind == field_kind::list_of_texts || kind == field_kind::list_of_integers;
-}
 
 uint32_t stored_count(const field& field, void* contents) {
     return static_cast<uint32_t>(zr::load_integer(&place<char>(contents, field.count_offset), field.count));
@@ -61,7 +52,7 @@ void visit_nested(const field& field, void* contents, Visit&& visit) {
         case field_kind::list_of_records:
         case field_kind::list_of_pointers:
             for (size_t i = 0; i < count_of(field, contents); ++i) {
-                void* element = place<char*>(member, 0) + i * element_octets(field);
+                void* element = place<char*>(member, 0) + i * field.element_octets();
                 if (field.kind == field_kind::list_of_pointers) element = place<void*>(element, 0);
                 if (element != nullptr) visit(*field.nested, element);
             }
@@ -97,8 +88,8 @@ void release(const record_type& type, void* contents) {
         if (field.kind == field_kind::list_of_texts)
             for (size_t i = 0; i < count_of(field, contents); ++i)
                 std::free(place<char**>(member, 0)[i]);
-        if (is_list(field.kind) || field.kind == field_kind::octets) store_count(field, contents, 0);
-        if (is_list(field.kind) || field.kind == field_kind::octets || field.kind == field_kind::text)
+        if (zr::is_list(field.kind) || field.kind == field_kind::octets) store_count(field, contents, 0);
+        if (zr::is_list(field.kind) || field.kind == field_kind::octets || field.kind == field_kind::text)
             free_block(place<void*>(member, 0));
         if (field.kind == field_kind::optional_nested || field.kind == field_kind::slots)
             std::memset(member, 0, std::max(field.size, 1u) * sizeof(void*));
@@ -225,9 +216,9 @@ private:
             if (below(4) == 0) store_count(field, contents, 3);  // without an array
             return;
         }
-        auto* elements = static_cast<char*>(zeroed(count * element_octets(field)));
+        auto* elements = static_cast<char*>(zeroed(count * field.element_octets()));
         place<char*>(contents, field.offset) = elements;
-        for (size_t i = 0; i < count; ++i, elements += element_octets(field)) {
+        for (size_t i = 0; i < count; ++i, elements += field.element_octets()) {
             spend(2);
             if (field.kind == field_kind::list_of_texts) place<char*>(elements, 0) = text();
             if (field.kind == field_kind::list_of_integers) zr::store_integer(elements, field.integer, number());
@@ -292,7 +283,7 @@ private:
     }
 
     bool equal_elements(const field& field, size_t count, char* left, char* right) {
-        const size_t octets = element_octets(field);
+        const size_t octets = field.element_octets();
         for (size_t i = 0; i < count; ++i, left += octets, right += octets) {
             bool same = false;
             if (field.kind == field_kind::list_of_texts) {

@@ -64,7 +64,4 @@ std::vector<char**> texts_of(const zr::record_type& type, void* contents);
 void* zeroed(size_t octets);
 char* copy_text(const std::string& text);
 
-// The octets of one element in the array of a list.
-size_t element_octets(const zr::field& list);
-
 }  // namespace zr_test

@@ -40,14 +40,14 @@ void fill_list(const field& field, void* contents, const json& value) {
     require(value.is_array(), field.name + std::string(" is not an array"));
     zr::store_integer(&place<char>(contents, field.count_offset), field.count, static_cast<int32_t>(value.size()));
     if (value.empty()) return;
-    auto* element = static_cast<char*>(zeroed(value.size() * element_octets(field)));
+    auto* element = static_cast<char*>(zeroed(value.size() * field.element_octets()));
     place<char*>(contents, field.offset) = element;
     for (const json& item : value) {
         if (field.kind == field_kind::list_of_texts) place<char*>(element, 0) = copy_text(item.get<std::string>());
         if (field.kind == field_kind::list_of_integers) store_number(element, field.integer, item);
         if (field.kind == field_kind::list_of_records) fill_from_json(*field.nested, element, item);
         if (field.kind == field_kind::list_of_pointers) place<void*>(element, 0) = made(*field.nested, item);
-        element += element_octets(field);
+        element += field.element_octets();
     }
 }
 

@@ -62,11 +62,6 @@ char* copy_text(std::string_view text) {
     return copy;
 }
 
-size_t element_size(const field& field) {
-    if (field.kind == field_kind::list_of_records) return field.nested->size;
-    return field.kind == field_kind::list_of_integers ? field.integer.octets : sizeof(void*);
-}
-
 // A value in a message: enough of it to be found again.
 std::string shown(std::string_view value) {
     constexpr size_t longest = 40;
@@ -312,7 +307,7 @@ private:
     // A zeroed element at the end of the list, counted at once so that it is released in any case.
     void* new_element(frame& top) {
         const field& field = *top.current;
-        const size_t size = element_size(field);
+        const size_t size = field.element_octets();
         char*& elements = place<char*>(top.contents, field.offset);
         if (top.element == top.capacity) {
             const size_t wanted = top.capacity == 0 ? 1 : size_t{top.capacity} * 2;

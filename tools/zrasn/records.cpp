@@ -14,7 +14,7 @@ std::string c_integer(integer_type type) {
 
 // The kind in words that stand behind the name, such as "list of sec_id_t".
 std::string kind_in_words(const field& field) {
-    const std::string nested = field.nested != nullptr ? field.nested->name : "";
+    std::string nested = field.nested != nullptr ? field.nested->name : "";
     switch (field.kind) {
         case field_kind::integer:
             return c_integer(field.integer);

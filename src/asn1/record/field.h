@@ -81,6 +81,9 @@ struct field {
     field_kind kind;
     integer_type integer;  // integer and list_of_integers
     integer_type count;    // the counting member
+
+    // The octets of one element of a list's array.
+    size_t element_octets() const;
 };
 
 // A field whose encodings differ much in length, in a record or in what it embeds: texts are taken to be short.
@@ -129,6 +132,17 @@ struct record_type {
     ZR_API int decode_lcs(zr_asn_buffer_t& in, void* out) const;
     void free(void* structure) const { codec.release(structure); }
 };
+
+inline size_t field::element_octets() const {
+    switch (kind) {
+        case field_kind::list_of_records:
+            return nested->size;
+        case field_kind::list_of_integers:
+            return integer.octets;
+        default:
+            return sizeof(void*);
+    }
+}
 
 // One field at compile time: T is the member's type (the element's for lists and slots), C the counting member's.
 // Size is what field::size tells.

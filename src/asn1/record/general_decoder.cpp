@@ -12,17 +12,6 @@ namespace zr {
 
 namespace {
 
-size_t array_element_octets(const field& field) {
-    switch (field.kind) {
-        case field_kind::list_of_records:
-            return field.nested->size;
-        case field_kind::list_of_integers:
-            return field.integer.octets;
-        default:
-            return sizeof(void*);
-    }
-}
-
 // Values in the library's own form are many among others too.
 bool step(input& in, octet_position behind) {
     if (behind == nullptr) return false;
@@ -62,7 +51,7 @@ public:
         const size_t count = size();
         if (count == (field_->count.octets == 2 ? UINT16_MAX : UINT32_MAX)) return nullptr;
         if (count == capacity_) resize(capacity_ < 4 ? 8 : capacity_ * 2);
-        const size_t octets = array_element_octets(*field_);
+        const size_t octets = field_->element_octets();
         unsigned char* element = array() + count * octets;
         std::memset(element, 0, octets);
         store_integer(count_member(), field_->count, static_cast<int32_t>(count + 1));
@@ -79,7 +68,7 @@ public:
     // Gives back what growing has left over.
     void finish() {
         if (size() == capacity_) return;
-        void* shrunk = std::realloc(array(), size() * array_element_octets(*field_));
+        void* shrunk = std::realloc(array(), size() * field_->element_octets());
         if (shrunk != nullptr) array() = static_cast<unsigned char*>(shrunk);
     }
 
@@ -89,7 +78,7 @@ private:
     size_t size() const { return static_cast<uint32_t>(load_integer(count_member(), field_->count)); }
 
     void resize(size_t capacity) {
-        const size_t octets = array_element_octets(*field_);
+        const size_t octets = field_->element_octets();
         void* block = capacity <= SIZE_MAX / octets ? std::realloc(array(), capacity * octets) : nullptr;
         if (block == nullptr) throw_memory_error(owner_->module);
         array() = static_cast<unsigned char*>(block);

@@ -172,23 +172,12 @@ void get_allocated(zr_asn_object* object, const record_type& type, void*& slot, 
     }
 }
 
-size_t element_octets(const field& field) {
-    switch (field.kind) {
-        case field_kind::list_of_records:
-            return field.nested->size;
-        case field_kind::list_of_integers:
-            return field.integer.octets;
-        default:
-            return sizeof(void*);
-    }
-}
-
 // The count is raised behind each complete element, so that it always tells how many are there.
 void get_list(const zr_asn_composite& list, const record_type& type, const field& field, void* structure) {
     const unsigned int count = list.get_child_count();
     if (count == 0) return;
     if (field.count.octets == 2 && count > UINT16_MAX) throw_out_of_memory(memory_error, type.module);
-    const size_t octets = element_octets(field);
+    const size_t octets = field.element_octets();
     auto* elements = static_cast<unsigned char*>(allocate(count, octets, memory_error, type));
     place<unsigned char*>(structure, field.offset) = elements;
     for (unsigned int i = 0; i < count; ++i, elements += octets) {
@@ -239,7 +228,7 @@ void free_list(const field& field, void* structure) {
     auto* elements = place<unsigned char*>(structure, field.offset);
     const auto count =
         static_cast<uint32_t>(load_integer(&place<unsigned char>(structure, field.count_offset), field.count));
-    const size_t octets = element_octets(field);
+    const size_t octets = field.element_octets();
     for (size_t i = 0; elements != nullptr && i < count; ++i) {
         unsigned char* element = elements + i * octets;
         if (field.kind == field_kind::list_of_texts) free_block(place<void*>(element, 0));
