@@ -117,6 +117,9 @@ ZR_INLINE bool write_record_header(Sink& sink, typename Sink::mark end) {
     return true;
 }
 
+// Sums stop where an encoding is too long whatever else it holds.
+inline uint32_t capped(uint64_t octets) { return octets < UINT32_MAX ? static_cast<uint32_t>(octets) : UINT32_MAX; }
+
 // The octets of a record that contains itself. Each is measured when it is come to, while its list is on the way from
 // memory; going back needs only what is on the work list.
 template <class S>
@@ -124,9 +127,9 @@ ZR_INLINE uint64_t count_nested_records(const S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct entry {
         const S* node;
-        uint64_t fields;  // octets of the fields before the list
-        uint64_t list;    // octets of the elements that have been counted
         uint32_t left;    // elements that are still to be counted
+        uint32_t fields;  // octets of the fields before the list, capped
+        uint32_t list;    // octets of the elements that have been counted, capped
     };
     work_list<entry> open;
     for (const S* node = &root;;) {
@@ -134,16 +137,18 @@ ZR_INLINE uint64_t count_nested_records(const S& root) {
         write_fields(fields, *node, std::make_index_sequence<own>());
         const uint32_t count = list_count<S, own>(*node);
         if (count != 0) {
-            open.push({node, fields.done(), 0, count}, record<S>::module);
-        } else {
-            // Nothing below it: the node is complete, and each whose last element it is.
-            uint64_t octets = with_header(with_header(0) + fields.done());
-            for (;; open.pop()) {
-                if (open.empty()) return octets;
-                open.top().list += octets;
-                if (open.top().left != 0) break;
-                octets = with_header(with_header(open.top().list) + open.top().fields);
-            }
+            open.push({node, count - 1, capped(fields.done()), 0}, record<S>::module);
+            node = &list_element<S, own>(*node, count - 1);
+            continue;
+        }
+        // Nothing below it: the node is complete, and each whose last element it is.
+        uint64_t octets = with_header(with_header(0) + fields.done());
+        for (;; open.pop()) {
+            if (open.empty()) return octets;
+            entry& top = open.top();
+            top.list = capped(top.list + octets);
+            if (top.left != 0) break;
+            octets = with_header(with_header(top.list) + top.fields);
         }
         node = &list_element<S, own>(*open.top().node, --open.top().left);
     }
@@ -155,32 +160,31 @@ ZR_INLINE void write_nested_records(writer& sink, const S& root) {
     constexpr size_t own = field_count_of<S> - 1;
     struct entry {
         const S* node;
-        uint32_t left;  // elements of the node's list that are still to be written
-        writer::mark end;
+        uint32_t left;    // elements of the node's list that are still to be written
+        uint32_t behind;  // octets behind the node
     };
+    const auto root_end = sink.position();
     work_list<entry> open;
-    const S* node = &root;
-    for (;;) {
+    for (const S* node = &root;;) {
         const uint32_t count = list_count<S, own>(*node);
-        auto end = sink.position();
         if (count != 0) {
-            open.push({node, count, end}, record<S>::module);
-        } else {
-            // Nothing below it: the node is written, and each that is complete with it.
-            for (;;) {
-                if (!sink.room(max_header)) return;
-                sink.header(id_sequence, sink.since(end));
-                if (!write_fields(sink, *node, std::make_index_sequence<own>())) return;
-                if (!write_record_header<S>(sink, end)) return;
-                if (open.empty()) return;
-                if (open.top().left != 0) break;
-                node = open.top().node;
-                end = open.top().end;
-                open.pop();
-            }
+            open.push({node, count - 1, static_cast<uint32_t>(sink.since(root_end))}, record<S>::module);
+            node = &list_element<S, own>(*node, count - 1);
+            continue;
         }
-        entry& top = open.top();
-        node = &list_element<S, own>(*top.node, --top.left);
+        // Nothing below it: the node is written, and each that is complete with it.
+        for (auto end = sink.position();;) {
+            if (!sink.room(max_header)) return;
+            sink.header(id_sequence, sink.since(end));
+            if (!write_fields(sink, *node, std::make_index_sequence<own>())) return;
+            if (!write_record_header<S>(sink, end)) return;
+            if (open.empty()) return;
+            if (open.top().left != 0) break;
+            node = open.top().node;
+            end = root_end - open.top().behind;
+            open.pop();
+        }
+        node = &list_element<S, own>(*open.top().node, --open.top().left);
     }
 }
 

@@ -37,13 +37,14 @@ private:
 
     void grow(const char* file) {
         const bool on_heap = entries_ != inline_entries();
-        void* grown = capacity_ > SIZE_MAX / 2 / sizeof(Entry)
+        const size_t capacity = capacity_ + capacity_ / 2;
+        void* grown = capacity > SIZE_MAX / 2 / sizeof(Entry)
                           ? nullptr
-                          : std::realloc(on_heap ? entries_ : nullptr, capacity_ * 2 * sizeof(Entry));
+                          : std::realloc(on_heap ? entries_ : nullptr, capacity * sizeof(Entry));
         if (grown == nullptr) throw_out_of_memory("ASN: Memory error", file);
         if (!on_heap) std::memcpy(grown, entries_, count_ * sizeof(Entry));
         entries_ = static_cast<Entry*>(grown);
-        capacity_ *= 2;
+        capacity_ = capacity;
     }
 
     alignas(Entry) unsigned char storage_[Inline * sizeof(Entry)];
