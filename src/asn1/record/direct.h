@@ -1,9 +1,9 @@
 // The entry points' way from a structure to its octets and back: without an object tree.
 #pragma once
 
-#include "asn1/record/binding.h"
 #include "asn1/record/decode.h"
 #include "asn1/record/encode.h"
+#include "asn1/record/tables.h"
 #include "asn1/record/tree.h"
 #include "asn1/zr_asn_buffer.h"
 
