@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 
 #include "asn1/asnbase/status.h"
 #include "support/allocations.h"
@@ -15,11 +14,22 @@ namespace {
 using zr_test::bytes;
 using zr_test::hex;
 
-// Octets of exactly their size, so that a sanitizer sees the first one read beyond.
-std::vector<unsigned char> exact(const char* text) {
-    const auto octets = bytes(text);
-    return {octets.begin(), octets.end()};
-}
+// What the readers move over: octets of exactly their size, so that a sanitizer sees the first one read beyond.
+struct source {
+    explicit source(const char* text) : octets(bytes(text)) {
+        octets.shrink_to_fit();
+        rewind();
+    }
+    void rewind() {
+        cursor = octets.data();
+        remaining = static_cast<unsigned int>(octets.size());
+    }
+    long moved() const { return static_cast<long>(cursor - octets.data()); }
+
+    std::vector<unsigned char> octets;
+    unsigned char* cursor;
+    unsigned int remaining;
+};
 
 TEST(raw_readers, identifiers) {
     // clang-format off
@@ -43,17 +53,16 @@ TEST(raw_readers, identifiers) {
     // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
-        auto octets = exact(row.octets);
-        unsigned char* slots[2] = {octets.data(), nullptr};
-        auto remaining = static_cast<unsigned int>(octets.size());
+        source in(row.octets);
+        unsigned char* slots[2] = {in.cursor, nullptr};
         unsigned int tag = 9, constructed = 9, cls = 9;
-        EXPECT_EQ(zrAsnGetType(slots, &remaining, &tag, &constructed, &cls), row.status);
+        EXPECT_EQ(zrAsnGetType(slots, &in.remaining, &tag, &constructed, &cls), row.status);
         EXPECT_EQ(tag, row.tag);
         EXPECT_EQ(constructed, row.constructed);
         EXPECT_EQ(cls, row.cls);
-        EXPECT_EQ(slots[0] - octets.data(), row.moved);
-        EXPECT_EQ(remaining, row.remaining);
-        EXPECT_EQ(slots[1] == nullptr ? -1 : slots[1] - octets.data(), row.slot);
+        EXPECT_EQ(slots[0] - in.cursor, row.moved);
+        EXPECT_EQ(in.remaining, row.remaining);
+        EXPECT_EQ(slots[1] == nullptr ? -1 : slots[1] - in.cursor, row.slot);
     }
 }
 
@@ -71,24 +80,22 @@ TEST(raw_readers, lengths) {
     // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
-        auto octets = exact(row.octets);
-        unsigned char* cursor = octets.data();
-        auto remaining = static_cast<unsigned int>(octets.size());
+        source in(row.octets);
         unsigned int definite = 9, length = 9;
-        EXPECT_EQ(zrAsnGetLength(&cursor, &remaining, &definite, &length), row.status);
+        EXPECT_EQ(zrAsnGetLength(&in.cursor, &in.remaining, &definite, &length), row.status);
         EXPECT_EQ(definite, row.definite);
         EXPECT_EQ(length, row.length);
-        EXPECT_EQ(cursor - octets.data(), row.moved);
-        EXPECT_EQ(remaining, octets.size() - static_cast<size_t>(row.moved));
+        EXPECT_EQ(in.moved(), row.moved);
+        EXPECT_EQ(in.remaining, in.octets.size() - static_cast<size_t>(row.moved));
     }
-    auto all = exact("ff");
-    all.resize(128, 0xAA);
-    all.back() = 0x55;
-    unsigned char* cursor = all.data();
-    unsigned int remaining = 128, definite = 9, length = 9;
-    EXPECT_EQ(zrAsnGetLength(&cursor, &remaining, &definite, &length), 0);
+    source all("ff");
+    all.octets.resize(127, 0xAA);
+    all.octets.push_back(0x55);
+    all.rewind();
+    unsigned int definite = 9, length = 9;
+    EXPECT_EQ(zrAsnGetLength(&all.cursor, &all.remaining, &definite, &length), 0);
     EXPECT_EQ(length, 0xAAAAAA55);
-    EXPECT_EQ(remaining, 0u);
+    EXPECT_EQ(all.remaining, 0u);
 }
 
 // What a value reader gives. `block` is where its block starts, wherever the reader left the caller's pointer.
@@ -98,89 +105,86 @@ struct outputs {
     unsigned int count = 77;
 };
 
-struct value_reader {
-    const char* name;
-    int (*call)(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out);
-    bool limited;                      // to four octets
-    bool value_required;               // an empty content is refused
-    bool block;                        // hands out a block
-    long (*behind)(unsigned int len);  // how far behind the block's start the pointer is left
-    unsigned int (*count)(unsigned int len);
-};
+using reader_function = int (*)(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out);
 
-unsigned int same(unsigned int len) { return len; }
+template <int (*Read)(unsigned char**, unsigned int*, unsigned int, unsigned char**, unsigned int*)>
+constexpr reader_function block =
+    [](auto** c, auto* r, auto len, outputs& o) { return Read(c, r, len, &o.pointer, &o.count); };
+template <int Flag>
+constexpr reader_function flagged =
+    [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.pointer, &o.count, Flag); };
+int integer(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out) {
+    return zrAsnGetIntegerValue(cursor, remaining, len, &out.value);
+}
+int oid(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out) {
+    zr_asn_buffer_t value{out.count, out.pointer};
+    const int status = zrAsnGetOIDValue(cursor, remaining, len, &value);
+    out.count = value.length;
+    out.pointer = value.data;
+    return status;
+}
+int text(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs&) {
+    return zrAsnGetCharstringValue(cursor, remaining, len, nullptr);
+}
+
+// How far behind its block's start a reader leaves the pointer, and what it counts.
 long start(unsigned int) { return 0; }
 long end(unsigned int len) { return len; }
+long last(unsigned int len) { return static_cast<long>(len) - 1; }
+long before(unsigned int len) { return len == 1 ? -1 : 0; }
+long far_before(unsigned int len) { return -static_cast<long>(len); }
+unsigned int same(unsigned int len) { return len; }
+unsigned int bits(unsigned int len) { return (len - 1) * 8; }
+unsigned int none(unsigned int) { return 77; }
 
-const value_reader readers[] = {
-    {"integer", [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.value); }, true,
-     false, false, start, [](unsigned int) { return 77u; }},
-    {"block",
-     [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.pointer, &o.count, 0); },
-     true, true, true, end, same},
-    {"block, flag 1",
-     [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.pointer, &o.count, 1); },
-     true, true, true, [](unsigned int len) { return len == 1 ? -1L : 0L; }, same},
-    {"block, flag -1",
-     [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.pointer, &o.count, -1); },
-     true, true, true, [](unsigned int len) { return -static_cast<long>(len); }, same},
-    {"big-endian",
-     [](auto** c, auto* r, auto len, outputs& o) {
-         return zrAsnGetLongIntegerValueBigEndian(c, r, len, &o.pointer, &o.count);
-     },
-     true, true, true, end, same},
-    {"little-endian",
-     [](auto** c, auto* r, auto len, outputs& o) {
-         return zrAsnGetLongIntegerValueLittleEndian(c, r, len, &o.pointer, &o.count);
-     },
-     true, true, true, [](unsigned int len) { return len == 1 ? -1L : 0L; }, same},
-    {"bit string",
-     [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetBitstringValue(c, r, len, &o.pointer, &o.count); },
-     true, true, true, [](unsigned int len) { return static_cast<long>(len) - 1; },
-     [](unsigned int len) { return (len - 1) * 8; }},
-    {"oid",
-     [](auto** c, auto* r, auto len, outputs& o) {
-         zr_asn_buffer_t out{o.count, o.pointer};
-         const int status = zrAsnGetOIDValue(c, r, len, &out);
-         o.count = out.length;
-         o.pointer = out.data;
-         return status;
-     },
-     false, true, true, start, same},
-    {"octet string",
-     [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetOctetstringValue(c, r, len, &o.pointer, &o.count); },
-     false, true, true, start, same},
-    {"text", [](auto** c, auto* r, auto len, outputs&) { return zrAsnGetCharstringValue(c, r, len, nullptr); }, false,
-     true, false, start, [](unsigned int) { return 77u; }},
+void* block_of(unsigned char* pointer, long behind) {
+    return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(pointer) - static_cast<uintptr_t>(behind));
+}
+
+const struct value_reader {
+    const char* name;
+    reader_function call;
+    bool limited;         // to four octets
+    bool value_required;  // an empty content is refused
+    bool block;           // hands out a block
+    long (*behind)(unsigned int len);
+    unsigned int (*count)(unsigned int len);
+} readers[] = {
+    {"integer", integer, true, false, false, start, none},
+    {"block", flagged<0>, true, true, true, end, same},
+    {"block, flag 1", flagged<1>, true, true, true, before, same},
+    {"block, flag -1", flagged<-1>, true, true, true, far_before, same},
+    {"big-endian", block<zrAsnGetLongIntegerValueBigEndian>, true, true, true, end, same},
+    {"little-endian", block<zrAsnGetLongIntegerValueLittleEndian>, true, true, true, before, same},
+    {"bit string", block<zrAsnGetBitstringValue>, true, true, true, last, bits},
+    {"oid", oid, false, true, true, start, same},
+    {"octet string", block<zrAsnGetOctetstringValue>, false, true, true, start, same},
+    {"text", text, false, true, false, start, none},
 };
 
 // Every reader with every length of content and of input, and with the memory gone: one rule for all.
 TEST(raw_readers, refusals_touch_nothing_and_successes_consume_the_length) {
     const unsigned int lengths[] = {0, 1, 2, 3, 4, 5, 6, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF};
     for (const value_reader& reader : readers) {
-        const bool text = std::strcmp(reader.name, "text") == 0;
+        const bool is_text = reader.call == text;
         for (const unsigned int len : lengths) {
             for (unsigned int left = 0; left <= 6; ++left) {
                 SCOPED_TRACE(testing::Message() << reader.name << ", len " << len << " of " << left);
                 int expected = left < len ? zr_err_data_ends_early : 0;
                 if (len == 0 && reader.value_required) expected = zr_err_empty_contents;
                 if (len > 4 && reader.limited) expected = zr_err_integer_too_long;
-                const bool fails = expected == 0 && (reader.block || text);
+                const bool fails = expected == 0 && (reader.block || is_text);
                 for (int out_of_memory = 0; out_of_memory <= (fails ? 1 : 0); ++out_of_memory) {
                     std::vector<unsigned char> octets(left);
-                    if (text) octets.push_back(0x41);  // where its NUL goes
+                    if (is_text) octets.push_back(0x41);  // where its NUL goes
                     const auto before = octets;
                     unsigned char* cursor = octets.data();
                     unsigned int remaining = left;
                     outputs out;
-                    int status = 0;
-                    size_t live = 0;
-                    {
-                        zr_test::allocations watch;
-                        if (out_of_memory != 0) watch.fail_allocation(1);
-                        status = reader.call(&cursor, &remaining, len, out);
-                        live = watch.live();
-                    }
+                    zr_test::allocations watch;
+                    if (out_of_memory != 0) watch.fail_allocation(1);
+                    const int status = reader.call(&cursor, &remaining, len, out);
+                    const size_t live = watch.live();
                     ASSERT_EQ(status, out_of_memory != 0 ? zr_err_out_of_memory : expected);
                     const unsigned int consumed = status == 0 ? len : 0;
                     ASSERT_EQ(cursor - octets.data(), static_cast<long>(consumed));
@@ -192,8 +196,7 @@ TEST(raw_readers, refusals_touch_nothing_and_successes_consume_the_length) {
                         ASSERT_EQ(out.value, 77);
                         ASSERT_EQ(out.pointer, nullptr);
                     } else if (reader.block) {
-                        std::free(reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(out.pointer) -
-                                                          static_cast<uintptr_t>(reader.behind(len))));
+                        std::free(block_of(out.pointer, reader.behind(len)));
                     }
                 }
             }
@@ -211,34 +214,32 @@ TEST(raw_readers, integers) {
     // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
-        auto octets = exact(row.octets);
-        unsigned char* cursor = octets.data();
-        auto remaining = static_cast<unsigned int>(octets.size());
+        source in(row.octets);
         long value = 77;
-        EXPECT_EQ(zrAsnGetIntegerValue(&cursor, &remaining, row.len, &value), 0);
+        EXPECT_EQ(zrAsnGetIntegerValue(&in.cursor, &in.remaining, row.len, &value), 0);
         EXPECT_EQ(value, row.value);
     }
 }
 
 // What the block readers store: all octets in order, the first only, or none. The rest of the block is zero.
 TEST(raw_readers, blocks) {
-    static const struct {
+    const struct {
         int flag;
-        const char* stored;
-    } table[] = {{0, "a1 b2 c3"}, {1, "00 00 00"}, {2, "a1 00 00"}, {-1, "a1 00 00"}};
+        long (*behind)(unsigned int len);
+        const char* stored[3];  // of 1, 2 and 3 octets
+    } table[] = {{0, end, {"a1", "a1 b2", "a1 b2 c3"}},
+                 {1, before, {"a1", "00 00", "00 00 00"}},
+                 {2, far_before, {"a1", "a1 00", "a1 00 00"}},
+                 {-1, far_before, {"a1", "a1 00", "a1 00 00"}}};
     for (const auto& row : table) {
         for (unsigned int len = 1; len <= 3; ++len) {
             SCOPED_TRACE(testing::Message() << "flag " << row.flag << " len " << len);
-            auto octets = exact("a1 b2 c3");
-            unsigned char* cursor = octets.data();
-            unsigned int remaining = 3, count = 0;
+            source in("a1 b2 c3");
+            unsigned int count = 0;
             unsigned char* out = nullptr;
-            ASSERT_EQ(zrAsnGetIntegerValue(&cursor, &remaining, len, &out, &count, row.flag), 0);
-            const long moved = row.flag == 0 ? len : row.flag != 1 ? -static_cast<long>(len) : len == 1 ? -1 : 0;
-            auto* block =
-                reinterpret_cast<unsigned char*>(reinterpret_cast<uintptr_t>(out) - static_cast<uintptr_t>(moved));
-            const std::string expected = row.flag == 1 && len == 1 ? "a1" : row.stored;
-            EXPECT_EQ(hex(block, len), expected.substr(0, len * 3 - 1));
+            ASSERT_EQ(zrAsnGetIntegerValue(&in.cursor, &in.remaining, len, &out, &count, row.flag), 0);
+            void* block = block_of(out, row.behind(len));
+            EXPECT_EQ(hex(block, len), row.stored[len - 1]);
             std::free(block);
         }
     }
@@ -261,15 +262,13 @@ TEST(raw_readers, bit_strings) {
     // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(row.octets);
-        auto octets = exact(row.octets);
-        unsigned char* cursor = octets.data();
-        auto remaining = static_cast<unsigned int>(octets.size());
-        const unsigned int data = remaining - 1;
+        source in(row.octets);
+        const unsigned int data = in.remaining - 1;
         unsigned char* out = nullptr;
         unsigned int bits = 77;
-        ASSERT_EQ(zrAsnGetBitstringValue(&cursor, &remaining, remaining, &out, &bits), row.status);
+        ASSERT_EQ(zrAsnGetBitstringValue(&in.cursor, &in.remaining, in.remaining, &out, &bits), row.status);
         EXPECT_EQ(bits, row.bits);
-        EXPECT_EQ(hex(octets), row.input);
+        EXPECT_EQ(hex(in.octets), row.input);
         if (row.status != 0) continue;
         EXPECT_EQ(hex(out - data, data), row.copy);
         std::free(out - data);
@@ -277,26 +276,23 @@ TEST(raw_readers, bit_strings) {
 }
 
 TEST(raw_readers, copies_text_and_null) {
-    auto octets = exact("41 42 43 02");
-    unsigned char* cursor = octets.data();
-    unsigned int remaining = 4, count = 0;
+    source in("41 42 43 02");
+    unsigned int count = 0;
     unsigned char* out = nullptr;
-    ASSERT_EQ(zrAsnGetOctetstringValue(&cursor, &remaining, 3, &out, &count), 0);
+    ASSERT_EQ(zrAsnGetOctetstringValue(&in.cursor, &in.remaining, 3, &out, &count), 0);
     EXPECT_EQ(hex(out, count), "41 42 43");
     std::free(out);
 
     zr_asn_buffer_t oid{0, nullptr};
-    cursor = octets.data();
-    remaining = 4;
-    EXPECT_EQ(zrAsnGetOIDValue(&cursor, &remaining, 0, nullptr), zr_err_bad_argument);
-    ASSERT_EQ(zrAsnGetOIDValue(&cursor, &remaining, 4, &oid), 0);
+    in.rewind();
+    EXPECT_EQ(zrAsnGetOIDValue(&in.cursor, &in.remaining, 0, nullptr), zr_err_bad_argument);
+    ASSERT_EQ(zrAsnGetOIDValue(&in.cursor, &in.remaining, 4, &oid), 0);
     EXPECT_EQ(hex(oid.data, oid.length), "41 42 43 02");
     std::free(oid.data);
 
-    cursor = octets.data();
-    remaining = 4;
-    ASSERT_EQ(zrAsnGetCharstringValue(&cursor, &remaining, 3, nullptr), 0);
-    EXPECT_EQ(hex(octets), "41 42 43 00");  // the next identifier is gone
+    in.rewind();
+    ASSERT_EQ(zrAsnGetCharstringValue(&in.cursor, &in.remaining, 3, nullptr), 0);
+    EXPECT_EQ(hex(in.octets), "41 42 43 00");  // the next identifier is gone
 
     EXPECT_EQ(zrAsnGetNullValue(nullptr, nullptr, 7), 0);
 }
