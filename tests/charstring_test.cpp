@@ -44,7 +44,6 @@ struct getter {
     int (zr_asn_charstring::*in_place)();
     int (zr_asn_charstring::*set)(zr_r_buffer_t&);
 };
-int set_ia5_unchecked(zr_asn_charstring& object, zr_r_buffer_t& text) { return object.set_value_IA5(text, 0); }
 
 using string = zr_asn_charstring;
 const getter operations[] = {
@@ -60,7 +59,7 @@ const getter operations[] = {
 
 int set(zr_asn_charstring& object, const getter& operation, std::string_view octets) {
     input cursor(octets);
-    return operation.set != nullptr ? (object.*operation.set)(cursor) : set_ia5_unchecked(object, cursor);
+    return operation.set != nullptr ? (object.*operation.set)(cursor) : object.set_value_IA5(cursor, 0);
 }
 
 // Some texts as each code set has them, in the order of `code_sets`; null where it has not.
@@ -94,22 +93,21 @@ void each_conversion(Check&& check) {
                 if (text.octets[from] == nullptr) continue;
                 SCOPED_TRACE(std::string(text.what) + " from " + std::to_string(code_sets[from]) + " to " +
                              std::to_string(code_sets[to]));
-                check(text, from, to);
+                directory_string object;
+                object.hold(code_sets[from], text.octets[from]);
+                check(object, text, from, to);
             }
 }
 
 TEST(charstring, every_code_set_into_every_other) {
-    each_conversion([](const text_forms& text, size_t from, size_t to) {
-        directory_string object;
-        object.hold(code_sets[from], text.octets[from]);
+    each_conversion([](directory_string& object, const text_forms& text, size_t from, size_t to) {
         const char* expected = converted(text, from, to);
         for (const auto read : {operations[to].get, operations[to].convert}) {
             zr_buffer_t out(zr_normal);
             out.append("x");
             EXPECT_EQ((object.*read)(out), expected != nullptr ? 0 : not_representable);
-            if (expected != nullptr) {
-                EXPECT_EQ(hex(out), *expected != 0 ? "78 " + std::string(expected) : "78");
-            }
+            if (expected == nullptr) continue;
+            EXPECT_EQ(hex(out), *expected != 0 ? "78 " + std::string(expected) : "78");
         }
         EXPECT_EQ(object.text(), text.octets[from]);
         EXPECT_EQ(object.get_codeset(), code_sets[from]);
@@ -117,9 +115,7 @@ TEST(charstring, every_code_set_into_every_other) {
 }
 
 TEST(charstring, every_code_set_into_every_other_in_place) {
-    each_conversion([](const text_forms& text, size_t from, size_t to) {
-        directory_string object;
-        object.hold(code_sets[from], text.octets[from]);
+    each_conversion([](directory_string& object, const text_forms& text, size_t from, size_t to) {
         const char* expected = converted(text, from, to);
         unsigned int named = code_sets[to];
         std::string octets = expected != nullptr ? expected : "";
@@ -150,29 +146,23 @@ TEST(charstring, every_code_set_into_every_other_in_place) {
     });
 }
 
-struct class_case {
-    const char* type_name;
-    std::unique_ptr<zr_asn_charstring> (*make)();
-    unsigned int code_set;  // the only one it accepts; 0: see the tests
-};
+using maker = std::unique_ptr<zr_asn_charstring> (*)();
 template <class T>
 std::unique_ptr<zr_asn_charstring> make() {
     return std::make_unique<T>(zr_normal);
 }
-const class_case classes[] = {
-    {"IA5string", make<zr_asn_ia5String>, 22},
-    {"PRINTABLEstring", make<zr_asn_printableString>, 19},
-    {"VISIBLEstring", make<zr_asn_visibleString>, 26},
-    {"TELETEXstring", make<zr_asn_teletexString>, 20},
-    {"BMPstring", make<zr_asn_bmpString>, 30},
-    {"UNIVERSALstring", make<zr_asn_universalString>, 28},
-    {"UTF8string", make<zr_asn_UTF8String>, 12},
-    {"CHARstring", make<zr_asn_charstring>, 0},
-    {"DIRECTORYstring", make<zr_asn_directoryString>, 19},
-};
 
 TEST(charstring, every_class_against_every_code_set) {
-    for (const class_case& c : classes) {
+    // clang-format off
+    const struct { const char* type_name; maker make; unsigned int code_set; } classes[] = {
+        {"IA5string", make<zr_asn_ia5String>, 22}, {"PRINTABLEstring", make<zr_asn_printableString>, 19},
+        {"VISIBLEstring", make<zr_asn_visibleString>, 26}, {"TELETEXstring", make<zr_asn_teletexString>, 20},
+        {"BMPstring", make<zr_asn_bmpString>, 30}, {"UNIVERSALstring", make<zr_asn_universalString>, 28},
+        {"UTF8string", make<zr_asn_UTF8String>, 12}, {"CHARstring", make<zr_asn_charstring>, 0},  // accepts none
+        {"DIRECTORYstring", make<zr_asn_directoryString>, 19}  // accepts all
+    };
+    // clang-format on
+    for (const auto& c : classes) {
         SCOPED_TRACE(c.type_name);
         const std::string name = c.type_name;
         const bool any = name == "DIRECTORYstring";
@@ -181,29 +171,24 @@ TEST(charstring, every_class_against_every_code_set) {
         EXPECT_EQ(fresh->get_codeset(), c.code_set);
         EXPECT_EQ(fresh->get_class(), 0);
         EXPECT_EQ(fresh->is_polymorphic(), any || c.code_set == 0 ? 1 : 0);
-        if (c.code_set != 0) {
-            EXPECT_EQ(fresh->get_tag(), c.code_set);
-        }
+        EXPECT_TRUE(c.code_set == 0 || fresh->get_tag() == c.code_set);
         for (unsigned int code_set = 0; code_set < 40; ++code_set) {
             const bool known = std::find(std::begin(code_sets), std::end(code_sets), code_set) != std::end(code_sets);
             const bool accepts = any ? known : code_set == c.code_set && known;
             const bool prefers = accepts && !(any && (code_set == 22 || code_set == 26 || code_set == 30));
-            auto object = c.make();
-            EXPECT_EQ(object->check_accepted_codeset(code_set), accepts ? 1 : 0) << code_set;
-            EXPECT_EQ(object->check_preferred_codeset(code_set), prefers ? 1 : 0) << code_set;
+            EXPECT_EQ(fresh->check_accepted_codeset(code_set), accepts ? 1 : 0) << code_set;
+            EXPECT_EQ(fresh->check_preferred_codeset(code_set), prefers ? 1 : 0) << code_set;
             for (const bool by_tag : {true, false}) {
-                object = c.make();
+                auto object = c.make();
                 EXPECT_EQ(by_tag ? object->set_tag(code_set) : object->set_codeset(code_set),
                           accepts ? 0 : not_accepted);
                 EXPECT_EQ(object->get_codeset(), accepts ? code_set : c.code_set);
-                if (accepts) {
-                    EXPECT_EQ(object->get_tag(), code_set);
-                }
+                EXPECT_TRUE(!accepts || object->get_tag() == code_set);
             }
             // A directory string knows no VisibleString on input.
-            EXPECT_EQ(c.make()->check_type(code_set, 0),
+            EXPECT_EQ(fresh->check_type(code_set, 0),
                       (accepts && !(any && code_set == 26)) || (c.code_set == 0 && code_set == 4) ? 1 : 0);
-            EXPECT_EQ(c.make()->check_type(code_set, 2), 0);
+            EXPECT_EQ(fresh->check_type(code_set, 2), 0);
         }
         for (const getter& operation : operations) {
             auto object = c.make();
@@ -213,34 +198,26 @@ TEST(charstring, every_class_against_every_code_set) {
             EXPECT_EQ((*object.*operation.get)(out), absent);
             EXPECT_EQ(set(*object, operation, "ff 01"), accepts ? 0 : not_accepted) << operation.code_set;
             EXPECT_EQ(object->is_present(), accepts ? 1 : 0);
-            if (accepts) {
-                EXPECT_EQ(object->get_codeset(), operation.code_set);
-            }
+            EXPECT_EQ(object->get_codeset(), accepts ? operation.code_set : c.code_set);
             object->set_value_uninterpreted("A", 1);
-            if (!accepts) {
-                EXPECT_EQ((*object.*operation.in_place)(), not_accepted) << operation.code_set;
-            }
+            if (accepts) continue;
+            EXPECT_EQ((*object.*operation.in_place)(), not_accepted) << operation.code_set;
         }
     }
 }
 
-// The choice of a code set for a plain text. set_value_C and set_value_IA5 differ in their orders and their failures.
-struct choice_case {
-    const char* what;
-    std::unique_ptr<zr_asn_charstring> (*make)();
-    const char* text;
-    int status_c, status_ia5;
-    unsigned int code_set;
-};
-class no_single_octets : public zr_asn_charstring {
-public:
-    explicit no_single_octets(security_t secure) : zr_asn_charstring(secure) {}
+struct no_single_octets : zr_asn_charstring {
+    using zr_asn_charstring::zr_asn_charstring;
     int check_accepted_codeset(unsigned int code_set) const override { return code_set != 22 ? 1 : 0; }
     int check_preferred_codeset(unsigned int) const override { return 0; }
 };
 
+// The choice of a code set for a plain text. set_value_C and set_value_IA5 differ in their orders and their failures.
 TEST(charstring, choice_of_a_code_set) {
-    const choice_case cases[] = {
+    // clang-format off
+    const struct {
+        const char* what; maker make; const char* text; int status_c, status_ia5; unsigned int code_set;
+    } cases[] = {
         {"printable first", make<zr_asn_directoryString>, "Hello", 0, 0, 19},
         {"no equals sign there", make<zr_asn_directoryString>, "a=b", 0, 0, 20},
         {"a control octet that T.61 has not", make<zr_asn_directoryString>, "a\001", 0, 0, 12},
@@ -252,17 +229,17 @@ TEST(charstring, choice_of_a_code_set) {
         {"nothing accepted", make<zr_asn_charstring>, "ab", not_representable, not_accepted, 0},
         {"accepted, though not preferred", make<no_single_octets>, "ab", 0, 0, 19},
     };
-    for (const choice_case& c : cases) {
-        SCOPED_TRACE(c.what);
-        std::string text = c.text;
-        auto object = c.make();
-        EXPECT_EQ(object->set_value_C(text.data()), c.status_c);
-        EXPECT_EQ(object->get_codeset(), c.code_set);
-        EXPECT_EQ(object->is_present(), c.status_c == 0 ? 1 : 0);
-        object = c.make();
-        EXPECT_EQ(object->set_value_IA5(text.data(), 1), c.status_ia5);
-        EXPECT_EQ(object->get_codeset(), c.code_set);
-        EXPECT_EQ(object->is_present(), c.status_ia5 == 0 ? 1 : 0);
+    // clang-format on
+    for (const auto& c : cases) {
+        for (const bool ia5 : {false, true}) {
+            SCOPED_TRACE(std::string(c.what) + (ia5 ? ", IA5" : ", C"));
+            std::string text = c.text;
+            auto object = c.make();
+            const int status = ia5 ? object->set_value_IA5(text.data(), 1) : object->set_value_C(text.data());
+            EXPECT_EQ(status, ia5 ? c.status_ia5 : c.status_c);
+            EXPECT_EQ(object->get_codeset(), c.code_set);
+            EXPECT_EQ(object->is_present(), status == 0 ? 1 : 0);
+        }
     }
 
     // Where T.61 fails and none is preferred, BMP comes before UTF-8 for C strings and behind it for IA5.
@@ -281,46 +258,33 @@ TEST(charstring, choice_of_a_code_set) {
 }
 
 TEST(charstring, preferred_code_set_of_plain_texts) {
-    struct {
-        int preferred;
-        const char* text;
-        unsigned int code_set_c;
-        const char* octets_c;
-        unsigned int code_set_ia5;
-        const char* octets_ia5;
-    } const cases[] = {
-        {12, "a=", 12, "61 3d", 12, "61 3d"}, {19, "ab", 19, "61 62", 19, "61 62"},
-        {19, "a=", 20, "61 3d", 19, "61 3d"},  // IA5: unchecked
-        {20, "a#", 20, "61 a6", 20, "61 a6"}, {20, "\001", 12, "01", 12, "01"},
-        {22, "ab", 22, "61 62", 22, "61 62"}, {26, "ab", 26, "61 62", 19, "61 62"},  // IA5: named printable
-        {26, "a=", 20, "61 3d", 19, "61 3d"}, {28, "a", 28, "00 00 00 61", 28, "00 00 00 61"},
-        {30, "a", 30, "00 61", 30, "00 61"},  {17, "a=", 20, "61 3d", 20, "61 3d"},  // no code set
+    // clang-format off
+    const struct { int preferred; const char* text; unsigned int named_c, named_ia5; const char* octets; } cases[] = {
+        {12, "a=", 12, 12, "61 3d"}, {19, "ab", 19, 19, "61 62"}, {20, "a#", 20, 20, "61 a6"},
+        {20, "\001", 12, 12, "01"}, {22, "ab", 22, 22, "61 62"}, {28, "a", 28, 28, "00 00 00 61"},
+        {30, "a", 30, 30, "00 61"}, {17, "a=", 20, 20, "61 3d"},  // 17 is no code set
+        {19, "a=", 20, 19, "61 3d"}, {26, "a=", 20, 19, "61 3d"}, {26, "ab", 26, 19, "61 62"}  // IA5: unchecked
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.preferred) + " for " + c.text);
         std::string text = c.text;
         directory_string object(c.preferred);
         EXPECT_EQ(object.set_value_C(text.data()), 0);
-        EXPECT_EQ(object.get_codeset(), c.code_set_c);
-        EXPECT_EQ(object.text(), c.octets_c);
+        EXPECT_EQ(object.get_codeset(), c.named_c);
+        EXPECT_EQ(object.text(), c.octets);
         EXPECT_EQ(object.set_value_IA5(text.data(), 1), 0);
-        EXPECT_EQ(object.get_codeset(), c.code_set_ia5);
-        EXPECT_EQ(object.text(), c.octets_ia5);
+        EXPECT_EQ(object.get_codeset(), c.named_ia5);
+        EXPECT_EQ(object.text(), c.octets);
     }
 }
 
 TEST(charstring, set_preferred_codeset_and_normalize) {
-    struct {
-        const char* what;
-        unsigned int code_set;
-        const char* text;
-        unsigned int asked;
-        int status;
-        int recorded;
-        unsigned int named;
-        const char* octets;
-        unsigned int normal;  // the code set after normalize
-    } const cases[] = {
+    // clang-format off
+    const struct {
+        const char* what; unsigned int code_set; const char* text; unsigned int asked;
+        int status, recorded; unsigned int named; const char* octets; unsigned int normalized;
+    } cases[] = {
         {"printable texts stay so, nothing is recorded", 30, "00 41", 30, 0, 0, 19, "41", 19},
         {"to BMP", 22, "3d", 30, 0, 30, 30, "00 3d", 30},
         {"to UTF-8, named universal; normalize names it again", 30, "00 e9", 12, 0, 12, 28, "c3 a9", 28},
@@ -330,6 +294,7 @@ TEST(charstring, set_preferred_codeset_and_normalize) {
         {"code sets that cannot be preferred", 30, "00 e9", 22, -1, 0, 30, "00 e9", 20},
         {"code sets that cannot be preferred", 30, "00 e9", 26, -1, 0, 30, "00 e9", 20},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         directory_string object;
@@ -339,7 +304,7 @@ TEST(charstring, set_preferred_codeset_and_normalize) {
         EXPECT_EQ(object.get_codeset(), c.named);
         EXPECT_EQ(object.text(), c.octets);
         EXPECT_EQ(object.normalize(), 0);
-        EXPECT_EQ(object.get_codeset(), c.normal);
+        EXPECT_EQ(object.get_codeset(), c.normalized);
     }
     directory_string object;
     EXPECT_EQ(object.normalize(), absent);
@@ -369,31 +334,23 @@ TEST(charstring, array_forms_and_null) {
     char text[] = "a=";
     unsigned short units[] = {0x4142, 0x0043, 0};
     unsigned int characters[] = {0x41, 0};
-    struct {
-        int status;
-        unsigned int code_set;
-        std::string octets;
-    } const stored[] = {
-        {object.set_value_printable(text), object.get_codeset(), object.text()},
-        {object.set_value_visible(text), object.get_codeset(), object.text()},
-        {object.set_value_T61(text), object.get_codeset(), object.text()},
-        {object.set_value_UTF8(text), object.get_codeset(), object.text()},
-        {object.set_value_BMP(units), object.get_codeset(), object.text()},
-        {object.set_value_Univ(characters), object.get_codeset(), object.text()},
+    const auto expect = [&](int status, unsigned int code_set, const std::string& octets) {
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(object.get_codeset(), code_set);
+        EXPECT_EQ(object.text(), octets);
     };
-    const unsigned int named[] = {19, 26, 20, 12, 30, 28};
-    for (size_t i = 0; i < 6; ++i) {
-        EXPECT_EQ(stored[i].status, 0);
-        EXPECT_EQ(stored[i].code_set, named[i]);
-        EXPECT_EQ(stored[i].octets, i < 4 ? "61 3d" : i == 4 ? hex(units, 4) : "");
-    }
+    expect(object.set_value_printable(text), 19, "61 3d");
+    expect(object.set_value_visible(text), 26, "61 3d");
+    expect(object.set_value_T61(text), 20, "61 3d");
+    expect(object.set_value_UTF8(text), 12, "61 3d");
+    expect(object.set_value_BMP(units), 30, hex(units, 4));
+    expect(object.set_value_Univ(characters), 28, "");
     char* const none = nullptr;
-    EXPECT_EQ(object.set_value_printable(none), 0);
-    EXPECT_EQ(object.set_value_C(none), 0);
-    EXPECT_EQ(object.set_value_IA5(none, 1), 0);
-    EXPECT_EQ(object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 0);
-    EXPECT_EQ(object.set_value_uninterpreted(nullptr, 5), 0);
-    EXPECT_EQ(object.text(), "");
+    expect(object.set_value_printable(none), 19, "");
+    expect(object.set_value_C(none), 19, "");
+    expect(object.set_value_IA5(none, 1), 19, "");
+    expect(object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 30, "");
+    expect(object.set_value_uninterpreted(nullptr, 5), 30, "");
     EXPECT_EQ(object.is_present(), 1);
 }
 
