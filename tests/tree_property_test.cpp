@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 
 #include "support/random_tree.h"
 
@@ -58,32 +57,36 @@ struct counting : zr_asn_boolean {
         ++encoded;
         return zr_asn_boolean::encode_value(output);
     }
-    static int encoded;
+    static inline int encoded = 0;
 };
-int counting::encoded = 0;
 
 TEST(trees, unchanged_parts_are_copied) {
     zr_asn_sequence root(zr_normal);
-    zr_asn_sequenceof<counting> lists[2] = {zr_asn_sequenceof<counting>(zr_normal),
-                                            zr_asn_sequenceof<counting>(zr_normal)};
-    for (auto& list : lists) {
-        root.register_child(&list);
+    zr_asn_sequenceof<counting> first(zr_normal), second(zr_normal);
+    for (auto* list : {&first, &second}) {
+        root.register_child(list);
         for (int i = 0; i < 10; ++i)
-            list.add_child()->set_value(1);
+            list->add_child()->set_value(1);
     }
-    const std::string first = written(root);
+    const std::string octets = written(root);
     EXPECT_EQ(counting::encoded, 20);
-    EXPECT_EQ(written(root), first);
+    EXPECT_EQ(written(root), octets);
     EXPECT_EQ(counting::encoded, 20);
     EXPECT_EQ(root.check_encode_flags(1), 1);
-    lists[1][3]->set_value(0);
-    EXPECT_EQ(lists[0].is_encoding_valid(), 1);
-    EXPECT_NE(written(root), first);
+    second[3]->set_value(0);
+    EXPECT_EQ(first.is_encoding_valid(), 1);
+    EXPECT_NE(written(root), octets);
     EXPECT_EQ(counting::encoded, 21);
 }
 
-// One line for each element: where it stands, how deep, its length, form and identifier, as `openssl asn1parse` names
-// them. It is taken from the objects, not from their encoding.
+// The line for an element: where it stands, how deep, its length, form and identifier, as `openssl asn1parse` names it.
+std::string described(long offset, int depth, long header, long length, const std::string& form,
+                      const std::string& name) {
+    return std::to_string(offset) + " d=" + std::to_string(depth) + " hl=" + std::to_string(header) +
+           " l=" + std::to_string(length) + " " + form + " " + name + "\n";
+}
+
+// The lines as the objects tell them, not their encoding.
 class lister {
 public:
     std::string list(const shape& form, zr_asn_object& object) {
@@ -92,25 +95,18 @@ public:
     }
 
 private:
-    static unsigned int size(const zr_asn_object& object) {
-        zr_buffer_t output(zr_normal);
-        return object.asnwrite(output) == 0 ? output.length() : 0;
-    }
-
     void line(int depth, unsigned int header, unsigned int length, bool constructed, int cls, unsigned int tag) {
-        static const std::map<unsigned int, const char*> names = {
-            {1, "BOOLEAN"}, {2, "INTEGER"}, {3, "BIT STRING"}, {4, "OCTET STRING"}, {5, "NULL"}, {16, "SEQUENCE"}};
+        static const char* const names[] = {"", "BOOLEAN", "INTEGER", "BIT STRING", "OCTET STRING", "NULL"};
         static const char* const classes[] = {"", "appl", "cont", "priv"};
-        const std::string name =
-            cls == 0 ? names.at(tag) : std::string(classes[cls]) + " [ " + std::to_string(tag) + " ]";
-        text_ += std::to_string(offset_) + " d=" + std::to_string(depth) + " hl=" + std::to_string(header) +
-                 " l=" + std::to_string(length) + (constructed ? " cons " : " prim ") + name + "\n";
+        const std::string universal = tag == 16 ? "SEQUENCE" : tag < std::size(names) ? names[tag] : "";
+        const std::string name = cls == 0 ? universal : classes[cls] + (" [ " + std::to_string(tag) + " ]");
+        text_ += described(offset_, depth, header, length, constructed ? "cons" : "prim", name);
         offset_ += header;
     }
 
     void visit(const shape& form, zr_asn_object& object, int depth) {
-        const unsigned int whole = size(object);
-        if (whole == 0) return;
+        zr_buffer_t whole(zr_normal);
+        if (object.asnwrite(whole) != 0 || whole.length() == 0) return;
         if (form.type == kind::choice) {
             const auto& choice = static_cast<zr_asn_choice&>(object);
             const auto at = static_cast<unsigned int>(choice.selected());
@@ -121,24 +117,19 @@ private:
         ASSERT_EQ(shown.get_encoding(contents), 0);
         const unsigned int length = contents.length();
         const bool constructed = shown.should_generate_constructed() != 0;
-        line(depth, whole - length, length, constructed, shown.get_class(), shown.get_tag());
+        line(depth, whole.length() - length, length, constructed, shown.get_class(), shown.get_tag());
         if (zr_test::is_leaf(form.type)) {
-            if (!constructed) {
-                offset_ += length;
-            } else {
-                line(depth + 1, 2, length - 2, false, 3, 5);  // the one element inside an ANY
-                offset_ += length - 2;
-            }
+            if (constructed) line(depth + 1, 2, length - 2, false, 3, 5);  // the one element inside an ANY
+            offset_ += constructed ? length - 2 : length;
             return;
         }
         auto& composite = zr_test::children(object, form.type);
         for (unsigned int i = 0; composite.get_child(i) != nullptr; ++i)
-            visit(zr_test::is_list(form.type) ? zr_test::element_shape(form.type) : form.members[i],
-                  *composite.get_child(i), depth + 1);
+            visit(zr_test::member_shape(form, i), *composite.get_child(i), depth + 1);
     }
 
     std::string text_;
-    unsigned long offset_ = 0;
+    long offset_ = 0;
 };
 
 // The same lines from openssl; empty when it refuses the file.
@@ -156,8 +147,7 @@ std::string parsed_by_openssl(const std::string& path) {
             continue;
         std::string trimmed(name);
         trimmed.erase(std::min(trimmed.find("  "), trimmed.size()));  // what follows is its contents
-        text += std::to_string(offset) + " d=" + std::to_string(depth) + " hl=" + std::to_string(header) +
-                " l=" + std::to_string(length) + " " + form + " " + trimmed + "\n";
+        text += described(offset, depth, header, length, form, trimmed);
     }
     return pclose(pipe) == 0 ? text : "";
 }

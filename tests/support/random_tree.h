@@ -65,6 +65,10 @@ inline const shape& element_shape(kind list) {
     return list == kind::integers ? integer : list == kind::array ? place : one;
 }
 
+inline const shape& member_shape(const shape& form, size_t at) {
+    return is_list(form.type) ? element_shape(form.type) : form.members[at];
+}
+
 // What stands behind an object: an array's list for the array.
 inline zr_asn_composite& children(zr_asn_object& object, kind type) {
     return type == kind::array ? static_cast<integer_array&>(object).inner_list()
@@ -81,10 +85,7 @@ auto with_list(zr_asn_object& object, kind type, Use&& use) {
 
 class random_tree {
 public:
-    explicit random_tree(unsigned int seed) : random_(seed) {
-        next_tag_ = 0;
-        form_ = make_sequence(0, true);
-    }
+    explicit random_tree(unsigned int seed) : random_(seed), form_(make_sequence(0, true)) {}
 
     const shape& form() const { return form_; }
     size_t below(size_t n) { return random_() % n; }
@@ -143,31 +144,28 @@ private:
             if (what < 3) {
                 made.members.push_back(make_leaf(false));
             } else if (what < 5 && lists) {
-                shape list{static_cast<kind>(static_cast<int>(kind::integers) + static_cast<int>(below(3)))};
+                shape list{static_cast<kind>(static_cast<size_t>(kind::integers) + below(3))};
                 if (list.type != kind::array) tag(list);
                 made.members.push_back(list);
             } else {
                 const bool optional = below(3) == 0;
-                shape inner = what == 7 ? make_choice(depth + 1) : make_sequence(depth + 1, lists && !optional);
-                if (inner.type == kind::sequence) tag(inner);
-                inner.optional = optional;
-                made.members.push_back(inner);
+                made.members.push_back(what == 7 ? make_choice(depth + 1)
+                                                 : make_sequence(depth + 1, lists && !optional));
+                made.members.back().optional = optional;
             }
         }
         if (made.members.empty()) made.members.push_back(first);
+        if (depth != 0) tag(made);
         return made;
     }
 
     shape make_choice(int depth) {
         shape made{kind::choice};
         for (size_t count = 1 + below(4); count != 0; --count) {
-            if (depth < 3 && below(3) == 0) {
-                shape inner = below(2) == 0 ? make_choice(depth + 1) : make_sequence(depth + 1, false);
-                if (inner.type == kind::sequence) tag(inner);
-                made.members.push_back(inner);
-            } else {
-                made.members.push_back(make_leaf(true));
-            }
+            const size_t what = depth < 3 ? below(6) : 2;
+            made.members.push_back(what == 0   ? make_choice(depth + 1)
+                                   : what == 1 ? make_sequence(depth + 1, false)
+                                               : make_leaf(true));
         }
         return made;
     }
@@ -212,37 +210,18 @@ private:
         return held;
     }
 
-    zr_asn_object* make_one(const shape& form) {
-        switch (form.type) {
-            case kind::boolean:
-                return new zr_asn_boolean(zr_normal);
-            case kind::integer:
-                return new zr_asn_integer(zr_normal);
-            case kind::octets:
-                return new zr_asn_octetstring(zr_normal);
-            case kind::null:
-                return new zr_asn_null(zr_normal);
-            case kind::bits:
-                return new zr_asn_bitstring(zr_normal);
-            case kind::named:
-                return new zr_asn_namedbits(zr_normal);
-            case kind::any:
-                return new zr_asn_any(zr_normal);
-            case kind::sequence:
-                return new zr_asn_sequence(zr_normal);
-            case kind::choice:
-                return new zr_asn_choice(zr_normal);
-            case kind::integers:
-                return new integer_list(zr_normal);
-            case kind::records:
-                return new record_list(zr_normal);
-            default:
-                return new integer_array(zr_normal);
-        }
+    template <class T>
+    static zr_asn_object* make() {
+        return new T(zr_normal);
     }
 
     zr_asn_object* make_objects(const shape& form) {
-        zr_asn_object* made = make_one(form);
+        static constexpr zr_asn_object* (*makers[])() = {
+            // in the order of `kind`
+            make<zr_asn_boolean>,   make<zr_asn_integer>,   make<zr_asn_octetstring>, make<zr_asn_null>,
+            make<zr_asn_bitstring>, make<zr_asn_namedbits>, make<zr_asn_any>,         make<zr_asn_sequence>,
+            make<zr_asn_choice>,    make<integer_list>,     make<record_list>,        make<integer_array>};
+        zr_asn_object* made = makers[static_cast<size_t>(form.type)]();
         pool_.emplace_back(made);
         if (form.cls != 0) {
             made->set_class(form.cls);
@@ -261,15 +240,9 @@ private:
             if (held.present) set_leaf(form, held, object);
             return;
         }
-        for (size_t i = 0; i < held.members.size(); ++i) {
-            if (is_list(form.type)) {
-                zr_asn_object* element =
-                    with_list(object, form.type, [](auto& list) -> zr_asn_object* { return list.add_child(); });
-                assign(element_shape(form.type), held.members[i], *element);
-            } else {
-                assign(form.members[i], held.members[i],
-                       *static_cast<zr_asn_composite&>(object).get_child(static_cast<unsigned int>(i)));
-            }
+        for (unsigned int i = 0; i < held.members.size(); ++i) {
+            if (is_list(form.type)) with_list(object, form.type, [](auto& list) { list.add_child(); });
+            assign(member_shape(form, i), held.members[i], *children(object, form.type).get_child(i));
         }
         if (held.selected >= 0) static_cast<zr_asn_choice&>(object).select(static_cast<unsigned int>(held.selected));
     }
@@ -277,39 +250,24 @@ private:
     // Setters that do not tell the enclosing caches are followed by that.
     static void set_leaf(const shape& form, const value& held, zr_asn_object& object) {
         const auto length = static_cast<unsigned int>(held.octets.size());
-        switch (form.type) {
-            case kind::boolean:
-                static_cast<zr_asn_boolean&>(object).set_value(static_cast<int>(held.number));
-                return;
-            case kind::integer:
-                static_cast<zr_asn_integer&>(object).set_value(held.number);
-                break;
-            case kind::octets:
-                static_cast<zr_asn_octetstring&>(object).set_value(held.octets.data(), length);
-                break;
-            case kind::bits:
-                static_cast<zr_asn_bitstring&>(object).set_value(held.octets.data(), held.bits);
-                return;
-            case kind::named:
-                static_cast<zr_asn_namedbits&>(object).set_bit(0, 0);
-                for (unsigned int n = 0; n < 8 * length; ++n)
-                    static_cast<zr_asn_namedbits&>(object).set_bit(n, held.octets[n / 8] >> (7 - n % 8) & 1);
-                return;
-            case kind::any: {
-                input octets(held.octets);
-                object.asnread(octets);
-                return;
-            }
-            default:
-                return;
+        if (form.type == kind::boolean) static_cast<zr_asn_boolean&>(object).set_value(static_cast<int>(held.number));
+        if (form.type == kind::integer) static_cast<zr_asn_integer&>(object).set_value(held.number);
+        if (form.type == kind::octets) static_cast<zr_asn_octetstring&>(object).set_value(held.octets.data(), length);
+        if (form.type == kind::bits) static_cast<zr_asn_bitstring&>(object).set_value(held.octets.data(), held.bits);
+        if (form.type == kind::any) read_from(object, held.octets);
+        if (form.type == kind::named) {
+            static_cast<zr_asn_namedbits&>(object).set_bit(0, 0);
+            for (unsigned int n = 0; n < 8 * length; ++n)
+                static_cast<zr_asn_namedbits&>(object).set_bit(n, held.octets[n / 8] >> (7 - n % 8) & 1);
         }
-        if (object.get_parent() != nullptr) object.get_parent()->invalidate_encoding();
+        const bool tells = form.type != kind::integer && form.type != kind::octets;
+        if (!tells && object.get_parent() != nullptr) object.get_parent()->invalidate_encoding();
     }
 
     static void forget(const shape& form, value& held) {
         held.present = false;
         for (size_t i = 0; i < held.members.size(); ++i)
-            forget(is_list(form.type) ? element_shape(form.type) : form.members[i], held.members[i]);
+            forget(member_shape(form, i), held.members[i]);
     }
 
     // A CHOICE that was tried in vain has nothing selected.
@@ -324,9 +282,9 @@ private:
     static bool is_written(const shape& form, const value& held) {
         if (is_list(form.type) || form.type == kind::null) return true;
         if (is_leaf(form.type)) return held.present && !(form.defaulted && held.number == 1);
+        const auto selected = static_cast<size_t>(held.selected);
         if (form.type == kind::choice)
-            return held.selected >= 0 && is_written(form.members[static_cast<size_t>(held.selected)],
-                                                    held.members[static_cast<size_t>(held.selected)]);
+            return held.selected >= 0 && is_written(form.members[selected], held.members[selected]);
         for (size_t i = 0; i < form.members.size(); ++i) {
             const shape& member = form.members[i];
             if (!member.optional && !member.defaulted && !is_written(member, held.members[i])) return false;
@@ -371,9 +329,8 @@ private:
             return "select " + std::to_string(held.selected);
         }
         const auto at = static_cast<unsigned int>(below(count));
-        const shape& member = is_list(form.type) ? element_shape(form.type) : form.members[at];
-        return std::to_string(at) + "." +
-               change(member, held.members[at], *children(object, form.type).get_child(at), depth + 1);
+        zr_asn_object& member = *children(object, form.type).get_child(at);
+        return std::to_string(at) + "." + change(member_shape(form, at), held.members[at], member, depth + 1);
     }
 
     std::string change_leaf(const shape& form, value& held, zr_asn_object& object) {
@@ -385,12 +342,12 @@ private:
         }
         if (form.type == kind::named && held.present && below(2) == 0) {
             const size_t n = below(8 * held.octets.size() + 1);
-            const int bit = static_cast<int>(below(2));
-            static_cast<zr_asn_namedbits&>(object).set_bit(static_cast<unsigned int>(n), bit);
+            const bool bit = below(2) != 0;
+            static_cast<zr_asn_namedbits&>(object).set_bit(static_cast<unsigned int>(n), bit ? 1 : 0);
             if (n / 8 >= held.octets.size()) held.octets.resize(n / 8 + 1);
-            const auto mask = static_cast<unsigned char>(0x80 >> n % 8);
-            held.octets[n / 8] =
-                static_cast<unsigned char>(bit != 0 ? held.octets[n / 8] | mask : held.octets[n / 8] & ~mask);
+            unsigned char& octet = held.octets[n / 8];
+            const int mask = 0x80 >> n % 8;
+            octet = static_cast<unsigned char>(bit ? octet | mask : octet & ~mask);
             return "bit " + std::to_string(n);
         }
         fill_leaf(form, held);
@@ -400,7 +357,6 @@ private:
     }
 
     std::string change_list(const shape& form, value& held, zr_asn_object& object, int depth) {
-        const shape& element = element_shape(form.type);
         const size_t count = held.members.size();
         const size_t what = count == 0 ? 0 : below(count < 6 ? 6 : 4);
         if (what == 1) {
@@ -415,17 +371,16 @@ private:
             return "deleted " + std::to_string(at);
         }
         const bool first = what == 4;
-        const value added = make_value(element, false, depth + 1);
-        zr_asn_object* made = with_list(object, form.type, [&](auto& list) -> zr_asn_object* {
-            return first ? list.add_child_before() : list.add_child();
+        const value added = make_value(element_shape(form.type), false, depth + 1);
+        with_list(object, form.type, [&](auto& list) {
+            assign(element_shape(form.type), added, first ? *list.add_child_before() : *list.add_child());
         });
-        assign(element, added, *made);
         held.members.insert(first ? held.members.begin() : held.members.end(), added);
         return first ? "added first" : "added";
     }
 
     std::mt19937 random_;
-    unsigned int next_tag_;
+    unsigned int next_tag_ = 0;
     shape form_;
     std::vector<std::unique_ptr<zr_asn_object>> pool_;
 };

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "asn1/record/integers.h"
 #include "asn1/record/shape.h"
@@ -36,35 +37,33 @@ uint32_t count_of(const field& field, void* contents) {
     return place<void*>(contents, field.offset) != nullptr ? stored_count(field, contents) : 0;
 }
 
+// Whether the structures that a field holds are blocks of their own.
+bool holds_pointers(field_kind kind) {
+    return kind == field_kind::optional_nested || kind == field_kind::slots || kind == field_kind::list_of_pointers;
+}
+
 // visit_nested calls visit(record, structure) for each structure that a field of `contents` holds.
 template <class Visit>
 void visit_nested(const field& field, void* contents, Visit&& visit) {
-    void* member = &place<char>(contents, field.offset);
-    switch (field.kind) {
-        case field_kind::nested:
-            visit(*field.nested, member);
-            break;
-        case field_kind::optional_nested:
-        case field_kind::slots:
-            for (uint32_t i = 0; i < std::max(field.size, 1u); ++i)
-                if (void* nested = place<void*>(member, i * sizeof(void*))) visit(*field.nested, nested);
-            break;
-        case field_kind::list_of_records:
-        case field_kind::list_of_pointers:
-            for (size_t i = 0; i < count_of(field, contents); ++i) {
-                void* element = place<char*>(member, 0) + i * field.element_octets();
-                if (field.kind == field_kind::list_of_pointers) element = place<void*>(element, 0);
-                if (element != nullptr) visit(*field.nested, element);
-            }
-            break;
-        default:
-            break;
+    if (field.nested == nullptr) return;
+    char* member = &place<char>(contents, field.offset);
+    size_t count = field.kind == field_kind::slots ? field.size : 1;
+    if (zr::is_list(field.kind)) {
+        count = count_of(field, contents);
+        member = place<char*>(member, 0);
+    }
+    for (size_t i = 0; i < count; ++i) {
+        void* element = member + i * field.element_octets();
+        if (holds_pointers(field.kind)) element = place<void*>(element, 0);
+        if (element != nullptr) visit(*field.nested, element);
     }
 }
 
-void free_block(void*& block) {
-    std::free(block);
-    block = nullptr;
+// What the elements of a list are as members of their own.
+field_kind element_kind(field_kind list) {
+    if (list == field_kind::list_of_texts) return field_kind::text;
+    if (list == field_kind::list_of_integers) return field_kind::integer;
+    return list == field_kind::list_of_records ? field_kind::nested : field_kind::optional_nested;
 }
 
 }  // namespace
@@ -78,19 +77,17 @@ std::vector<const record_type*> all_records() {
 
 void release(const record_type& type, void* contents) {
     for (const field& field : type) {
-        const bool separate = field.kind == field_kind::optional_nested || field.kind == field_kind::slots ||
-                              field.kind == field_kind::list_of_pointers;
         visit_nested(field, contents, [&](const record_type& nested, void* structure) {
             release(nested, structure);
-            if (separate) std::free(structure);
+            if (holds_pointers(field.kind)) std::free(structure);
         });
         void* member = &place<char>(contents, field.offset);
         if (field.kind == field_kind::list_of_texts)
             for (size_t i = 0; i < count_of(field, contents); ++i)
                 std::free(place<char**>(member, 0)[i]);
-        if (zr::is_list(field.kind) || field.kind == field_kind::octets) store_count(field, contents, 0);
-        if (zr::is_list(field.kind) || field.kind == field_kind::octets || field.kind == field_kind::text)
-            free_block(place<void*>(member, 0));
+        const bool counted = zr::is_list(field.kind) || field.kind == field_kind::octets;
+        if (counted) store_count(field, contents, 0);
+        if (counted || field.kind == field_kind::text) std::free(std::exchange(place<void*>(member, 0), nullptr));
         if (field.kind == field_kind::optional_nested || field.kind == field_kind::slots)
             std::memset(member, 0, std::max(field.size, 1u) * sizeof(void*));
     }
@@ -119,37 +116,28 @@ public:
         for (const field& field : type) {
             void* member = &place<char>(contents, field.offset);
             spend(2);
-            switch (field.kind) {
-                case field_kind::integer:
-                    zr::store_integer(member, field.integer, number());
-                    break;
-                case field_kind::text:
-                    place<char*>(member, 0) = text();
-                    break;
-                case field_kind::octets:
-                    place<char*>(member, 0) = octets(field, contents);
-                    break;
-                case field_kind::fixed_octets:
-                    for (uint32_t i = 0; i < field.size; ++i)
-                        place<unsigned char>(member, i) = octet();
-                    break;
-                case field_kind::nested:
-                    fill(*field.nested, member, depth);
-                    break;
-                case field_kind::optional_nested:
-                    if (below(2) != 0) place<void*>(member, 0) = made(*field.nested, depth);
-                    break;
-                case field_kind::slots:
-                    fill_slots(field, member, depth);
-                    break;
-                default:
-                    fill_list(type, field, contents, depth);
-                    break;
+            if (zr::is_list(field.kind)) {
+                fill_list(type, field, contents, depth);
+            } else if (field.kind == field_kind::octets) {
+                place<char*>(member, 0) = octets(field, contents);
+            } else if (field.kind == field_kind::slots) {
+                fill_slots(field, member, depth);
+            } else if (field.kind != field_kind::optional_nested || below(2) != 0) {
+                fill_one(field, field.kind, member, depth);
             }
         }
     }
 
 private:
+    void fill_one(const field& field, field_kind kind, void* member, unsigned depth) {
+        if (kind == field_kind::integer) zr::store_integer(member, field.integer, number());
+        if (kind == field_kind::text) place<char*>(member, 0) = text();
+        if (kind == field_kind::nested) fill(*field.nested, member, depth);
+        if (kind == field_kind::optional_nested) place<void*>(member, 0) = made(*field.nested, depth);
+        for (uint32_t i = 0; kind == field_kind::fixed_octets && i < field.size; ++i)
+            place<unsigned char>(member, i) = octet();
+    }
+
     uint32_t below(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
     unsigned char octet() { return static_cast<unsigned char>(random_()); }
     void spend(size_t octets) { left_ -= std::min(left_, octets); }
@@ -220,10 +208,7 @@ private:
         place<char*>(contents, field.offset) = elements;
         for (size_t i = 0; i < count; ++i, elements += field.element_octets()) {
             spend(2);
-            if (field.kind == field_kind::list_of_texts) place<char*>(elements, 0) = text();
-            if (field.kind == field_kind::list_of_integers) zr::store_integer(elements, field.integer, number());
-            if (field.kind == field_kind::list_of_records) fill(*field.nested, elements, depth);
-            if (field.kind == field_kind::list_of_pointers) place<void*>(elements, 0) = made(*field.nested, depth);
+            fill_one(field, element_kind(field.kind), elements, depth);
         }
     }
 
@@ -254,48 +239,31 @@ private:
     bool equal(const field& field, void* left, void* right) {
         void* member = &place<char>(left, field.offset);
         void* other = &place<char>(right, field.offset);
-        switch (field.kind) {
-            case field_kind::integer:
-                return std::memcmp(member, other, field.integer.octets) == 0;
-            case field_kind::text:
-                return std::strcmp(text_at(member), text_at(other)) == 0;
-            case field_kind::fixed_octets:
-                return std::memcmp(member, other, field.size) == 0;
-            case field_kind::nested:
-                return equal(*field.nested, member, other);
-            case field_kind::optional_nested:
-                return equal_pointers(*field.nested, place<void*>(member, 0), place<void*>(other, 0));
-            case field_kind::octets: {
-                const uint32_t count = count_of(field, left);
-                return count == count_of(field, right) &&
-                       (count == 0 || std::memcmp(place<void*>(member, 0), place<void*>(other, 0), count) == 0);
-            }
-            case field_kind::slots:
-                return equal_elements(field, field.size, static_cast<char*>(member), static_cast<char*>(other));
-            default:
-                return count_of(field, left) == count_of(field, right) &&
-                       equal_elements(field, count_of(field, left), place<char*>(member, 0), place<char*>(other, 0));
-        }
+        if (field.kind == field_kind::slots)
+            return equal_elements(field, field.size, static_cast<char*>(member), static_cast<char*>(other));
+        if (!zr::is_list(field.kind) && field.kind != field_kind::octets)
+            return equal_one(field, field.kind, member, other);
+        const uint32_t count = count_of(field, left);
+        if (count != count_of(field, right)) return false;
+        if (zr::is_list(field.kind))
+            return equal_elements(field, count, place<char*>(member, 0), place<char*>(other, 0));
+        return count == 0 || std::memcmp(place<void*>(member, 0), place<void*>(other, 0), count) == 0;
     }
 
-    bool equal_pointers(const record_type& type, void* left, void* right) {
-        return left == nullptr || right == nullptr ? left == right : equal(type, left, right);
+    bool equal_one(const field& field, field_kind kind, void* left, void* right) {
+        if (kind == field_kind::integer) return std::memcmp(left, right, field.integer.octets) == 0;
+        if (kind == field_kind::fixed_octets) return std::memcmp(left, right, field.size) == 0;
+        if (kind == field_kind::text) return std::strcmp(text_at(left), text_at(right)) == 0;
+        if (kind == field_kind::nested) return equal(*field.nested, left, right);
+        void* inside = place<void*>(left, 0);
+        void* other = place<void*>(right, 0);
+        return inside == nullptr || other == nullptr ? inside == other : equal(*field.nested, inside, other);
     }
 
     bool equal_elements(const field& field, size_t count, char* left, char* right) {
-        const size_t octets = field.element_octets();
-        for (size_t i = 0; i < count; ++i, left += octets, right += octets) {
-            bool same = false;
-            if (field.kind == field_kind::list_of_texts) {
-                same = std::strcmp(text_at(left), text_at(right)) == 0;
-            } else if (field.kind == field_kind::list_of_integers) {
-                same = std::memcmp(left, right, octets) == 0;
-            } else if (field.kind == field_kind::list_of_records) {
-                same = equal(*field.nested, left, right);
-            } else {
-                same = equal_pointers(*field.nested, place<void*>(left, 0), place<void*>(right, 0));
-            }
-            if (same) continue;
+        for (size_t i = 0; i < count; ++i) {
+            const size_t at = i * field.element_octets();
+            if (equal_one(field, element_kind(field.kind), left + at, right + at)) continue;
             way_ = "[" + std::to_string(i) + "]" + (way_.empty() ? "" : "." + way_);
             return false;
         }
