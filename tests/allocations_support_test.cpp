@@ -10,20 +10,15 @@
 
 namespace {
 
-using make = void* (*)();
-using drop = void (*)(void*);
-
-struct way {
+const struct way {
     const char* name;
-    make allocate;
-    drop release;
+    void* (*allocate)();
+    void (*release)(void*);
     bool throws;
-};
-
-const way ways[] = {
-    {"malloc", [] { return std::malloc(40); }, [](void* p) { std::free(p); }, false},
-    {"calloc", [] { return std::calloc(4, 10); }, [](void* p) { std::free(p); }, false},
-    {"realloc", [] { return std::realloc(nullptr, 40); }, [](void* p) { std::free(p); }, false},
+} ways[] = {
+    {"malloc", [] { return std::malloc(40); }, std::free, false},
+    {"calloc", [] { return std::calloc(4, 10); }, std::free, false},
+    {"realloc", [] { return std::realloc(nullptr, 40); }, std::free, false},
     {"new", [] { return ::operator new(40); }, [](void* p) { ::operator delete(p); }, true},
     {"new[]", [] { return ::operator new[](40); }, [](void* p) { ::operator delete[](p); }, true},
     {"nothrow new", [] { return ::operator new(40, std::nothrow); }, [](void* p) { ::operator delete(p); }, false},
@@ -36,59 +31,42 @@ const way ways[] = {
 TEST(allocations, every_way_is_counted_and_can_fail) {
     for (const way& w : ways) {
         SCOPED_TRACE(w.name);
-        size_t live_with = 0, live_after = 0;
-        void* failing = nullptr;
-        bool failed = false, thrown = false;
-        {
-            zr_test::allocations watch;
-            void* block = w.allocate();
-            live_with = watch.live();
-            w.release(block);
-            live_after = watch.live();
-            watch.fail_allocation(1);
-            try {
-                failing = w.allocate();
-            } catch (const std::bad_alloc&) {
-                thrown = true;
-            }
-            failed = watch.failed();
+        zr_test::allocations watch;
+        void* block = w.allocate();
+        EXPECT_GE(watch.live(), 1U);
+        w.release(block);
+        EXPECT_EQ(watch.live(), 0U);
+        watch.fail_allocation(1);
+        bool thrown = false;
+        try {
+            EXPECT_EQ(w.allocate(), nullptr);
+        } catch (const std::bad_alloc&) {
+            thrown = true;
         }
-        EXPECT_GE(live_with, 1U);
-        EXPECT_EQ(live_after, 0U);
-        EXPECT_TRUE(failed);
-        EXPECT_EQ(failing, nullptr);
+        EXPECT_TRUE(watch.failed());
         EXPECT_EQ(thrown, w.throws);
     }
 }
 
 TEST(allocations, the_request_asked_for_fails_and_no_other) {
-    void* blocks[4];
-    {
-        zr_test::allocations watch;
-        watch.fail_allocation(3);
-        for (void*& block : blocks)
-            block = std::malloc(8);
-    }
-    for (int i = 0; i < 4; i++)
-        EXPECT_EQ(blocks[i] == nullptr, i == 2) << i;
-    for (void* block : blocks)
+    zr_test::allocations watch;
+    watch.fail_allocation(3);
+    for (int i = 0; i < 4; i++) {
+        void* volatile block = std::malloc(8);
+        EXPECT_EQ(block == nullptr, i == 2) << i;
         std::free(block);
+    }
 }
 
 TEST(allocations, released_blocks_are_shown_with_their_contents) {
-    struct seen {
-        int count = 0;
-        int with_secret = 0;
-    } seen;
+    int released[2] = {0, 0};  // without and with the secret
     {
         zr_test::allocations watch;
         watch.on_release(
             [](void* context, const void* block, size_t size) {
-                auto* s = static_cast<struct seen*>(context);
-                s->count++;
-                if (memmem(block, size, "secret", 6) != nullptr) s->with_secret++;
+                ++static_cast<int*>(context)[memmem(block, size, "secret", 6) != nullptr ? 1 : 0];
             },
-            &seen);
+            released);
         for (const char* text : {"secret", "public"}) {
             char* volatile block = static_cast<char*>(std::malloc(16));
             std::memset(block, '.', 16);
@@ -97,24 +75,19 @@ TEST(allocations, released_blocks_are_shown_with_their_contents) {
             std::free(block);
         }
     }
-    EXPECT_EQ(seen.count, 4);
-    EXPECT_EQ(seen.with_secret, 2);
+    EXPECT_EQ(released[0], 2);
+    EXPECT_EQ(released[1], 2);
 }
 
 TEST(allocations, ten_thousand_blocks_in_any_order) {
     static void* blocks[10000];
-    size_t live = 0, left = 0;
-    {
-        zr_test::allocations watch;
-        for (void*& block : blocks)
-            block = std::malloc(24);
-        live = watch.live();
-        for (size_t i = 0; i < 10000; i++)
-            std::free(blocks[i * 7919 % 10000]);
-        left = watch.live();
-    }
-    EXPECT_EQ(live, 10000U);
-    EXPECT_EQ(left, 0U);
+    zr_test::allocations watch;
+    for (void*& block : blocks)
+        block = std::malloc(24);
+    EXPECT_EQ(watch.live(), 10000U);
+    for (size_t i = 0; i < 10000; i++)
+        std::free(blocks[i * 7919 % 10000]);
+    EXPECT_EQ(watch.live(), 0U);
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "asn1/zrasnutf8.h"
 #include "support/allocations.h"
 #include "support/ber.h"
-#include "support/slots.h"
 #include "zrz/zrz.h"
 
 // The C library loses the search path that newlocale makes of LOCPATH.
@@ -27,7 +26,6 @@ namespace {
 using zr_test::bytes;
 using zr_test::contents;
 using zr_test::hex;
-using zr_test::slot;
 using zr_test::written;
 
 constexpr unsigned int out_of_memory = 275062885;
@@ -83,32 +81,22 @@ std::string get(zrasnUTF8String& object) {
     }
 }
 
-struct pair_case {
-    const char* what;
-    const char* locale;
-    const char* local;  // null: the UTF-8 text has no form there
-    const char* utf8;   // null: the local text is malformed
-};
-
+// Null: no such text, the other one is refused.
 TEST(local_code_set, texts_in_both_directions) {
-    const pair_case cases[] = {
-        {"empty", "latin1", "", ""},
-        {"ASCII", "latin1", "41 5c 7e", "41 5c 7e"},
+    // clang-format off
+    const struct { const char *what, *locale, *local, *utf8; } cases[] = {
+        {"empty", "latin1", "", ""}, {"ASCII", "latin1", "41 5c 7e", "41 5c 7e"},
         {"every kind of letter", "latin1", "41 e9 ff a0", "41 c3 a9 c3 bf c2 a0"},
-        {"controls above 7F", "latin1", "80", "c2 80"},
-        {"the euro does not fit", "latin1", nullptr, "41 e2 82 ac"},
+        {"controls above 7F", "latin1", "80", "c2 80"}, {"the euro does not fit", "latin1", nullptr, "41 e2 82 ac"},
         {"nor does what only resembles a letter", "latin1", nullptr, "c5 93"},
-        {"cut UTF-8", "latin1", nullptr, "41 c3"},
-        {"overlong UTF-8", "latin1", nullptr, "c1 81"},
-        {"no UTF-8", "latin1", nullptr, "e9 41"},
-        {"a surrogate", "latin1", nullptr, "ed a0 80"},
+        {"cut UTF-8", "latin1", nullptr, "41 c3"}, {"overlong UTF-8", "latin1", nullptr, "c1 81"},
+        {"no UTF-8", "latin1", nullptr, "e9 41"}, {"a surrogate", "latin1", nullptr, "ed a0 80"},
         {"tag characters are not left out", "latin1", nullptr, "41 f3 a0 81 81"},
         {"a letter like a tag's lead octet", "latin1", "f3 41", "c3 b3 41"},
         {"ASCII", "euc_jp", "41 5c 7e", "41 5c 7e"},
         {"kanji and kana", "euc_jp", "c6 fc cb dc 41 8e b1", "e6 97 a5 e6 9c ac 41 ef bd b1"},
         {"three octets a character", "euc_jp", "8f b0 a1", "e4 b8 82"},
-        {"cut in the middle", "euc_jp", "41 c6", nullptr},
-        {"a second octet that is none", "euc_jp", "c6 41", nullptr},
+        {"cut in the middle", "euc_jp", "41 c6", nullptr}, {"a second octet that is none", "euc_jp", "c6 41", nullptr},
         {"hangul does not fit", "euc_jp", nullptr, "ea b0 80"},
         {"tag characters are not left out", "euc_jp", nullptr, "e6 97 a5 f3 a0 80 81"},
         {"second octets that look like ASCII", "sjis", "83 5c 41", "e3 82 bd 41"},
@@ -116,12 +104,11 @@ TEST(local_code_set, texts_in_both_directions) {
         {"one that could go on, at the end", "jisx0213", "a4 ab", "e3 81 8b"},
         {"a code set with all of Unicode", "gb18030", "c8 d5 94 39 fc 36", "e6 97 a5 f0 9f 98 80"},
         {"tag characters that fit", "gb18030", "c8 d5 a1 a1 d3 36 9c 33", "e6 97 a5 e3 80 80 f3 a0 81 81"},
-        {"UTF-8 is not touched", "utf8", "41 c3 a9 ff", "41 c3 a9 ff"},
-        {"ASCII", nullptr, "41", "41"},
-        {"beyond ASCII", nullptr, nullptr, "c3 a9"},
-        {"beyond ASCII", nullptr, "e9", nullptr},
+        {"UTF-8 is not touched", "utf8", "41 c3 a9 ff", "41 c3 a9 ff"}, {"ASCII", nullptr, "41", "41"},
+        {"beyond ASCII", nullptr, nullptr, "c3 a9"}, {"beyond ASCII", nullptr, "e9", nullptr}
     };
-    for (const pair_case& c : cases) {
+    // clang-format on
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.locale != nullptr ? c.locale : "C") + ": " + c.what);
         const thread_locale in_use(c.locale);
         zrasnUTF8String object(zr_local_code_set);
@@ -142,9 +129,9 @@ TEST(local_code_set, every_character_comes_back) {
     for (const char* name : {"latin1", "euc_jp"}) {
         const thread_locale in_use(name);
         std::vector<unsigned char> all;
-        for (unsigned int lead = 0xA1; lead <= 0xFE; ++lead)
-            for (unsigned int trail = 0xA1; trail <= 0xFE; ++trail) {
-                std::vector<unsigned char> one = {static_cast<unsigned char>(lead), static_cast<unsigned char>(trail)};
+        for (unsigned char lead = 0xA1; lead <= 0xFE; ++lead)
+            for (unsigned char trail = 0xA1; trail <= 0xFE; ++trail) {
+                const std::vector<unsigned char> one = {lead, trail};
                 zrasnUTF8String object(zr_local_code_set);
                 if (set(object, one) == to_utf8_message) continue;
                 EXPECT_EQ(get(object), hex(one));
@@ -195,20 +182,18 @@ TEST(local_code_set, a_refused_text_leaves_the_value) {
 // The n-th allocation fails, for every n: the failure is reported as it should be and nothing is lost.
 TEST(local_code_set, memory_runs_out) {
     const thread_locale in_use("euc_jp");
-    // Long enough that the block of the result has to grow.
-    std::vector<unsigned char> text;
-    while (text.size() < 4000)
-        text.insert(text.end(), {0xC6, 0xFC});
+    std::vector<unsigned char> text(4000, 0xC6);  // so long that the block of the result has to grow
     text.push_back(0);
     for (const bool setting : {true, false}) {
         zr_test::allocations watched;
-        for (size_t n = 1;; ++n) {
+        size_t n = 0;
+        do {
             {
                 zrasnUTF8String object(zr_local_code_set);
                 if (!setting) object.set_value(text.data());
                 unsigned char* out = nullptr;
                 unsigned int status = 0;
-                watched.fail_allocation(n);
+                watched.fail_allocation(++n);
                 try {
                     status = static_cast<unsigned int>(setting ? object.set_value(text.data()) : object.get_value(out));
                 } catch (const zr_asn_memexception& exception) {
@@ -220,11 +205,8 @@ TEST(local_code_set, memory_runs_out) {
                 std::free(out);
             }
             EXPECT_EQ(watched.live(), 0u);
-            if (!watched.failed()) {
-                EXPECT_GT(n, 2u);
-                break;
-            }
-        }
+        } while (watched.failed());
+        EXPECT_GT(n, 2u);
     }
 }
 
@@ -248,9 +230,9 @@ TEST(utf8_string, texts) {
     EXPECT_EQ(set(object, bytes("41 42")), "41 42");
     EXPECT_EQ(written(object), "0c 02 41 42");
     EXPECT_EQ(set(object, bytes("ff c0")), "ff c0");  // not checked
-    for (const bool null : {false, true}) {
-        char empty[] = "";
-        EXPECT_EQ(object.set_value(null ? nullptr : empty), 0);
+    char empty[] = "";
+    for (char* text : {empty, static_cast<char*>(nullptr)}) {
+        EXPECT_EQ(object.set_value(text), 0);
         EXPECT_EQ(object.is_present(), 1);
         EXPECT_EQ(written(object), "0c 00");
         EXPECT_EQ(get(object), "");
@@ -280,9 +262,7 @@ TEST(utf8_string, secret_texts_are_wiped) {
                 if (octets.find(secret) != std::string_view::npos) ++*static_cast<int*>(context);
         },
         &found);
-    char text[] =
-        "open sesame, \xC8"
-        "open sesame";
+    char text[] = "open sesame, \xC8open sesame";
     {
         zrasnUTF8String field(zr_secure);
         zr_asn_directoryString string(zr_secure);
@@ -296,17 +276,6 @@ TEST(utf8_string, secret_texts_are_wiped) {
         }
     }
     EXPECT_EQ(found, 0);
-}
-
-TEST(utf8_string, slots) {
-    using field = zrasnUTF8String;
-    const int first = zr_test::slot_count<zr_asn_UTF8String>();
-    EXPECT_EQ(slot(static_cast<int (field::*)(char*)>(&field::set_value)), first);
-    EXPECT_EQ(slot(static_cast<int (field::*)(unsigned char*)>(&field::set_value)), first + 1);
-    EXPECT_EQ(slot(static_cast<int (field::*)(char*&)>(&field::get_value)), first + 2);
-    EXPECT_EQ(slot(static_cast<int (field::*)(unsigned char*&)>(&field::get_value)), first + 3);
-    EXPECT_EQ(slot(static_cast<int (field::*)()>(&field::set_default_value)), first + 4);
-    EXPECT_EQ(zr_test::slot_count<field>(), first + 5);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "asn1/asn_yvobjs.h"
 #include "asn1/zrasnbase.h"
+#include "asn1/zrasnutf8.h"
 #include "base_idls/zrnbase_asn.h"
 
 namespace {
@@ -59,6 +60,14 @@ TEST(slots, operations_that_subclasses_add) {
     EXPECT_EQ(slot(one_of<int()>(&zr_asnbase::set_default_value)), 45);
     EXPECT_EQ(slot(one_of<int()>(&zrasn_integer::set_default_value)), 42);
     EXPECT_EQ(slot(one_of<int()>(&zrasn_octetstring::set_default_value)), 42);
+    using text = zrasnUTF8String;
+    const int first = slot_count<zr_asn_UTF8String>();
+    EXPECT_EQ(slot(one_of<int(char*)>(&text::set_value)), first);
+    EXPECT_EQ(slot(one_of<int(unsigned char*)>(&text::set_value)), first + 1);
+    EXPECT_EQ(slot(one_of<int(char*&)>(&text::get_value)), first + 2);
+    EXPECT_EQ(slot(one_of<int(unsigned char*&)>(&text::get_value)), first + 3);
+    EXPECT_EQ(slot(one_of<int()>(&text::set_default_value)), first + 4);
+    EXPECT_EQ(slot_count<text>(), first + 5);
     EXPECT_EQ(slot(&zr_r_buffer_t::set), 0);
     EXPECT_EQ(slot(&zr_r_buffer_t::reset), 1);
 }
