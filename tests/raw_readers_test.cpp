@@ -34,12 +34,9 @@ struct source {
 TEST(raw_readers, identifiers) {
     // clang-format off
     static const struct {
-        const char* octets;
-        int status;
-        unsigned int tag, constructed, cls;
-        long moved;              // of *cursor
-        unsigned int remaining;  // afterwards
-        long slot;               // what the slot behind *cursor points at; -1 untouched
+        const char* octets; int status; unsigned int tag, constructed, cls;
+        long moved; unsigned int remaining;  // of *cursor, and behind it
+        long slot;  // what the slot behind *cursor points at; -1 untouched
     } table[] = {
         {"", zr_err_data_ends_early, 9, 9, 9, 0, 0, -1}, {"02 01 05", 0, 2, 0, 0, 1, 2, -1},
         {"30", 0, 16, 1, 0, 1, 0, -1}, {"7e", 0, 30, 1, 1, 1, 0, -1}, {"80 00", 0, 0, 0, 2, 1, 1, -1},
@@ -223,14 +220,12 @@ TEST(raw_readers, integers) {
 
 // What the block readers store: all octets in order, the first only, or none. The rest of the block is zero.
 TEST(raw_readers, blocks) {
-    const struct {
-        int flag;
-        long (*behind)(unsigned int len);
-        const char* stored[3];  // of 1, 2 and 3 octets
-    } table[] = {{0, end, {"a1", "a1 b2", "a1 b2 c3"}},
-                 {1, before, {"a1", "00 00", "00 00 00"}},
-                 {2, far_before, {"a1", "a1 00", "a1 00 00"}},
-                 {-1, far_before, {"a1", "a1 00", "a1 00 00"}}};
+    // clang-format off
+    const struct { int flag; long (*behind)(unsigned int len); const char* stored[3]; } table[] = {  // of 1 to 3 octets
+        {0, end, {"a1", "a1 b2", "a1 b2 c3"}}, {1, before, {"a1", "00 00", "00 00 00"}},
+        {2, far_before, {"a1", "a1 00", "a1 00 00"}}, {-1, far_before, {"a1", "a1 00", "a1 00 00"}}
+    };
+    // clang-format on
     for (const auto& row : table) {
         for (unsigned int len = 1; len <= 3; ++len) {
             SCOPED_TRACE(testing::Message() << "flag " << row.flag << " len " << len);
@@ -247,13 +242,7 @@ TEST(raw_readers, blocks) {
 
 TEST(raw_readers, bit_strings) {
     // clang-format off
-    static const struct {
-        const char* octets;
-        int status;
-        unsigned int bits;
-        const char* copy;
-        const char* input;  // afterwards
-    } table[] = {
+    static const struct { const char* octets; int status; unsigned int bits; const char *copy, *input_left; } table[] = {
         {"03 a9", 0, 5, "a9", "03 a8"}, {"00", 0, 0, "", "00"}, {"01", zr_err_bad_contents, 77, "", "01"},
         {"08 ff", zr_err_bad_contents, 77, "", "08 ff"}, {"00 ff ff ff", 0, 24, "ff ff ff", "00 ff ff ff"},
         {"01 ff", 0, 7, "ff", "01 fe"}, {"02 ff", 0, 6, "ff", "02 fc"}, {"04 ff", 0, 4, "ff", "04 f0"},
@@ -268,7 +257,7 @@ TEST(raw_readers, bit_strings) {
         unsigned int bits = 77;
         ASSERT_EQ(zrAsnGetBitstringValue(&in.cursor, &in.remaining, in.remaining, &out, &bits), row.status);
         EXPECT_EQ(bits, row.bits);
-        EXPECT_EQ(hex(in.octets), row.input);
+        EXPECT_EQ(hex(in.octets), row.input_left);
         if (row.status != 0) continue;
         EXPECT_EQ(hex(out - data, data), row.copy);
         std::free(out - data);

@@ -67,6 +67,7 @@ char name_a[] = "a";
 char name_b[] = "b";
 char no_text[] = "";
 unsigned char body[] = {0, 0xff};
+yvobj_update_s_t three[] = {{1, name_a, 2}, {3, name_b, 4}, {5, name_a, 6}};
 
 // Encodes, decodes, compares both, releases. `text` is the value as decoded.
 template <class Value>
@@ -182,8 +183,7 @@ TEST(zrasnapi, refused_octets_leave_the_value_alone) {
 
 // Every octet missing, and every one changed: a status or a value, nothing lost.
 TEST(zrasnapi, damaged_encodings_do_no_harm) {
-    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}};
-    yvobj_update_list_s_t list{2, updates};
+    yvobj_update_list_s_t list{2, three};
     cert_request_in request{name_a, name_b, 2, body};
     const std::string encodings[] = {encoded(259, &request), encoded(260, &list)};
     for (unsigned int i = 0; i < 2; ++i) {
@@ -258,9 +258,8 @@ void fail_each_allocation(int silent_status, Call&& call) {
 // An element that cannot be made is a status that encoding does not look at: the list then holds no value, so that half
 // a list is never written as a whole one.
 TEST(zrasnapi, exhausted_memory) {
-    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}, {5, name_a, 6}};
     cert_request_in request{name_a, name_b, 2, body};
-    yvobj_update_list_s_t list{3, updates};
+    yvobj_update_list_s_t list{3, three};
     zrasn_integer_value number = 7;
     const auto check = [](unsigned int type, void* value) {
         SCOPED_TRACE(type);
@@ -290,8 +289,7 @@ TEST(zrasnapi, exhausted_memory) {
 
 TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {
     zr_asn_yvobj_update_list_t object(zr_normal);
-    yvobj_update_s_t updates[] = {{1, name_a, 2}, {3, name_b, 4}, {5, name_a, 6}};
-    yvobj_update_list_s_t list{3, updates};
+    yvobj_update_list_s_t list{3, three};
     ASSERT_EQ(object.set_value(list), 0);
     size_t n = 0;
     for (const char* left : {"3 null", "3 1null2 0null0 0null0", "3 1'a'2 3null4 0null0", "3 1'a'2 3'b'4 5null6"}) {
@@ -315,8 +313,7 @@ TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {
 
 // An element takes two allocations, the object and its table of members. Either failing is a status, no exception.
 TEST(yvobj_update_list, an_element_that_cannot_be_made_is_a_status) {
-    yvobj_update_s_t updates[] = {{1, name_a, 2}};
-    yvobj_update_list_s_t list{1, updates};
+    yvobj_update_list_s_t list{1, three};
     for (size_t n : {1u, 2u}) {
         zr_asn_yvobj_update_list_t object(zr_normal);
         allocations watch;
@@ -403,17 +400,14 @@ TEST(hand_written_records, the_version_stays) {
 TEST(buffers, copies) {
     unsigned int status = 9;
     zr_asn_buffer_t out{7, body};
-    zr_asn_buffer_copy({2, body}, out, status);
-    EXPECT_EQ(status, 0u);
-    EXPECT_NE(out.data, body);
-    EXPECT_EQ(hex(out.data, out.length), "00 ff");
-    zr_asn_buffer_free(out);
-    for (const zr_asn_buffer_t& empty : {zr_asn_buffer_t{5, nullptr}, zr_asn_buffer_t{0, body}}) {
+    for (const zr_asn_buffer_t& in :
+         {zr_asn_buffer_t{2, body}, zr_asn_buffer_t{5, nullptr}, zr_asn_buffer_t{0, body}}) {
+        const bool whole = in.length == 2;
         status = 9;
-        zr_asn_buffer_copy(empty, out, status);
+        zr_asn_buffer_copy(in, out, status);
         EXPECT_EQ(status, 0u);
-        EXPECT_EQ(out.length, 0u);
-        EXPECT_EQ(out.data, nullptr);
+        EXPECT_EQ(hex(out.data, out.length), whole ? "00 ff" : "");
+        EXPECT_TRUE(whole ? out.data != body : out.data == nullptr);
         zr_asn_buffer_free(out);
     }
     allocations watch;
