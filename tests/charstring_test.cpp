@@ -9,14 +9,8 @@
 #include "support/ber.h"
 #include "support/slots.h"
 
+namespace zr_test {
 namespace {
-
-using zr_test::bytes;
-using zr_test::hex;
-using zr_test::input;
-using zr_test::slot;
-using zr_test::slot_count;
-using zr_test::written;
 
 constexpr int absent = 275063200;
 constexpr int not_representable = 275063211;
@@ -257,6 +251,12 @@ TEST(charstring, choice_of_a_code_set) {
     EXPECT_EQ(zr_asn_printableString(zr_normal).set_value_IA5(latin1.data(), 0), not_accepted);
 }
 
+void expect_stored(const directory_string& object, int status, unsigned int code_set, const std::string& octets) {
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(object.get_codeset(), code_set);
+    EXPECT_EQ(object.text(), octets);
+}
+
 TEST(charstring, preferred_code_set_of_plain_texts) {
     // clang-format off
     const struct { int preferred; const char* text; unsigned int named_c, named_ia5; const char* octets; } cases[] = {
@@ -270,12 +270,8 @@ TEST(charstring, preferred_code_set_of_plain_texts) {
         SCOPED_TRACE(std::to_string(c.preferred) + " for " + c.text);
         std::string text = c.text;
         directory_string object(c.preferred);
-        EXPECT_EQ(object.set_value_C(text.data()), 0);
-        EXPECT_EQ(object.get_codeset(), c.named_c);
-        EXPECT_EQ(object.text(), c.octets);
-        EXPECT_EQ(object.set_value_IA5(text.data(), 1), 0);
-        EXPECT_EQ(object.get_codeset(), c.named_ia5);
-        EXPECT_EQ(object.text(), c.octets);
+        expect_stored(object, object.set_value_C(text.data()), c.named_c, c.octets);
+        expect_stored(object, object.set_value_IA5(text.data(), 1), c.named_ia5, c.octets);
     }
 }
 
@@ -334,23 +330,18 @@ TEST(charstring, array_forms_and_null) {
     char text[] = "a=";
     unsigned short units[] = {0x4142, 0x0043, 0};
     unsigned int characters[] = {0x41, 0};
-    const auto expect = [&](int status, unsigned int code_set, const std::string& octets) {
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(object.get_codeset(), code_set);
-        EXPECT_EQ(object.text(), octets);
-    };
-    expect(object.set_value_printable(text), 19, "61 3d");
-    expect(object.set_value_visible(text), 26, "61 3d");
-    expect(object.set_value_T61(text), 20, "61 3d");
-    expect(object.set_value_UTF8(text), 12, "61 3d");
-    expect(object.set_value_BMP(units), 30, hex(units, 4));
-    expect(object.set_value_Univ(characters), 28, "");
+    expect_stored(object, object.set_value_printable(text), 19, "61 3d");
+    expect_stored(object, object.set_value_visible(text), 26, "61 3d");
+    expect_stored(object, object.set_value_T61(text), 20, "61 3d");
+    expect_stored(object, object.set_value_UTF8(text), 12, "61 3d");
+    expect_stored(object, object.set_value_BMP(units), 30, hex(units, 4));
+    expect_stored(object, object.set_value_Univ(characters), 28, "");
     char* const none = nullptr;
-    expect(object.set_value_printable(none), 19, "");
-    expect(object.set_value_C(none), 19, "");
-    expect(object.set_value_IA5(none, 1), 19, "");
-    expect(object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 30, "");
-    expect(object.set_value_uninterpreted(nullptr, 5), 30, "");
+    expect_stored(object, object.set_value_printable(none), 19, "");
+    expect_stored(object, object.set_value_C(none), 19, "");
+    expect_stored(object, object.set_value_IA5(none, 1), 19, "");
+    expect_stored(object, object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 30, "");
+    expect_stored(object, object.set_value_uninterpreted(nullptr, 5), 30, "");
     EXPECT_EQ(object.is_present(), 1);
 }
 
@@ -431,3 +422,4 @@ TEST(charstring, slots) {
 }
 
 }  // namespace
+}  // namespace zr_test

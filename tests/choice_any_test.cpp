@@ -6,17 +6,12 @@
 #include "support/ber.h"
 #include "support/thrown.h"
 
-using zr_test::read;
-using zr_test::read_from;
-using zr_test::thrown;
-using zr_test::written;
-
+namespace zr_test {
 namespace {
 
 // CHOICE { [0] INTEGER, [1] BOOLEAN, [2] SEQUENCE { INTEGER } }
 struct numbers : zr_asn_choice {
-    explicit numbers(security_t secure = zr_normal)
-        : zr_asn_choice(secure), number(secure), flag(secure), pair(secure), inner(secure) {
+    numbers() : zr_asn_choice(zr_normal) {
         pair.register_child(&inner);
         unsigned int tag = 0;
         for (zr_asn_object* alternative : std::initializer_list<zr_asn_object*>{&number, &flag, &pair}) {
@@ -25,10 +20,9 @@ struct numbers : zr_asn_choice {
             register_child(alternative);
         }
     }
-    zr_asn_integer number;
-    zr_asn_boolean flag;
-    zr_asn_sequence pair;
-    zr_asn_integer inner;
+    zr_asn_integer number{zr_normal}, inner{zr_normal};
+    zr_asn_boolean flag{zr_normal};
+    zr_asn_sequence pair{zr_normal};
 };
 
 TEST(choice, reads_the_first_alternative_that_fits) {
@@ -216,7 +210,7 @@ TEST(any, raw_octets_and_identifier_come_back) {
         SCOPED_TRACE(row.octets);
         const auto result = read_from(object, row.octets);
         EXPECT_EQ(result.status, row.status);
-        EXPECT_EQ(zr_test::contents(object), row.contents);
+        EXPECT_EQ(contents(object), row.contents);
         EXPECT_EQ(written(object), row.status == 0 ? row.octets : "275063200");
         if (row.status != 0) {
             EXPECT_EQ(result.consumed, 0);
@@ -285,7 +279,7 @@ TEST(any, bound_to_a_syntax) {
     EXPECT_EQ(written(parent), "30 03 02 01 05");
 
     EXPECT_EQ(object.set_value(raw, 1), zr_err_syntax_bound);
-    EXPECT_EQ(zr_test::contents(object), std::to_string(zr_err_syntax_bound));
+    EXPECT_EQ(contents(object), std::to_string(zr_err_syntax_bound));
     zr_buffer_t buffer(zr_normal);
     EXPECT_EQ(object.encode_value(buffer), zr_err_syntax_bound);
     EXPECT_EQ(object.decode_value(buffer, 0), zr_err_syntax_bound);
@@ -309,7 +303,7 @@ TEST(any, bound_to_a_syntax) {
     EXPECT_EQ(object.set_syntax(nullptr), 0);
     EXPECT_EQ(flag.get_parent(), nullptr);
     EXPECT_EQ(read(parent, "30 03 02 01 05"), 0);
-    EXPECT_EQ(zr_test::contents(object), "05");
+    EXPECT_EQ(contents(object), "05");
     EXPECT_EQ(written(parent), "30 03 02 01 05");
 }
 
@@ -362,7 +356,7 @@ TEST(any, mode_1_alone_is_handed_on) {
 TEST(any, secrets_are_wiped) {
     size_t leaks[2] = {0, 0};
     for (security_t mode : {zr_normal, zr_secure}) {
-        zr_test::allocations watch;
+        allocations watch;
         watch.on_release(
             [](void* context, const void* block, size_t size) {
                 if (memmem(block, size, "secret", 6) != nullptr) ++*static_cast<size_t*>(context);
@@ -388,3 +382,4 @@ TEST(any, secrets_are_wiped) {
 }
 
 }  // namespace
+}  // namespace zr_test

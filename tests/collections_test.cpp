@@ -7,11 +7,7 @@
 #include "support/ber.h"
 #include "support/thrown.h"
 
-using zr_test::read;
-using zr_test::read_from;
-using zr_test::thrown;
-using zr_test::written;
-
+namespace zr_test {
 namespace {
 
 using integers = zr_asn_sequenceof<zr_asn_integer>;
@@ -182,14 +178,8 @@ TEST(sequenceof, an_element_of_no_octets_ends_the_reading) {
 // A parent that notices being told of changes.
 struct listener : zr_asn_sequence {
     using zr_asn_sequence::zr_asn_sequence;
-    void invalidate_encoding() const override {
-        ++told;
-        zr_asn_sequence::invalidate_encoding();
-    }
-    int check_valid(int deep) override {
-        ++told;
-        return zr_asn_sequence::check_valid(deep);
-    }
+    void invalidate_encoding() const override { ++told, zr_asn_sequence::invalidate_encoding(); }
+    int check_valid(int deep) override { return ++told, zr_asn_sequence::check_valid(deep); }
     mutable int told = 0;
 };
 
@@ -221,7 +211,7 @@ TEST(sequenceof, nesting_is_limited) {
             octets.insert(octets.end(), {0x30, 0x80});
         octets.resize(octets.size() + 2 * levels);
         folder root(zr_normal);
-        zr_test::input cursor(octets);
+        input cursor(octets);
         const bool fits = levels <= 2000;
         EXPECT_EQ(thrown([&] { EXPECT_EQ(root.asnread(cursor), 0); }), fits ? "nothing" : too_deep) << levels;
         EXPECT_EQ(root.is_present(), fits ? 1 : 0);
@@ -231,7 +221,7 @@ TEST(sequenceof, nesting_is_limited) {
 }
 
 TEST(sequenceof, exhausted_memory) {
-    const auto octets = zr_test::bytes("30 80 02 01 01 02 01 02 30 03 02 01 05 00 00");
+    const auto octets = bytes("30 80 02 01 01 02 01 02 30 03 02 01 05 00 00");
     struct both : zr_asn_choice {
         explicit both(security_t mode) : zr_asn_choice(mode), number(mode), list(mode) {
             register_child(&number);
@@ -242,10 +232,10 @@ TEST(sequenceof, exhausted_memory) {
     };
     size_t failures = 0;
     for (bool failed = true; failed; failures += failed ? 1 : 0) {
-        zr_test::allocations watch;
+        allocations watch;
         {
             zr_asn_sequenceof<both> list(zr_normal);
-            zr_test::input cursor(octets);
+            input cursor(octets);
             watch.fail_allocation(failures + 1);
             const std::string what = thrown([&] { EXPECT_EQ(list.asnread(cursor), 0); });
             failed = watch.failed();
@@ -265,7 +255,7 @@ TEST(sequenceof, exhausted_memory) {
     // add_child: first the element cannot be had, then the table, then nothing fails.
     for (bool before : {false, true}) {
         zr_asn_sequenceof<counted> list(zr_normal);
-        zr_test::allocations watch;
+        allocations watch;
         for (size_t n : {1, 2, 3}) {
             watch.fail_allocation(n);
             EXPECT_EQ((before ? list.add_child_before() : list.add_child()) != nullptr, n == 3);
@@ -360,10 +350,10 @@ TEST(arrayof, answers_for_its_list) {
     EXPECT_EQ(places.inner_list().get_empty_permitted(), 1);
 
     zr_buffer_t contents(zr_normal);
-    zr_test::input octets("05 00 02 01 09");
+    input octets("05 00 02 01 09");
     EXPECT_EQ(places.decode_value(octets, 5), 0);
     EXPECT_EQ(places.encode_value(contents), 0);
-    EXPECT_EQ(zr_test::hex(contents), "05 00 02 01 09");
+    EXPECT_EQ(hex(contents), "05 00 02 01 09");
 
     parent.set_secure(zr_secure);
     EXPECT_EQ(places.inner_list().get_secure(), zr_secure);
@@ -371,3 +361,4 @@ TEST(arrayof, answers_for_its_list) {
 }
 
 }  // namespace
+}  // namespace zr_test

@@ -9,11 +9,8 @@
 #include "support/ber.h"
 #include "support/thrown.h"
 
+namespace zr_test {
 namespace {
-
-using zr_test::read;
-using zr_test::thrown;
-using zr_test::written;
 
 struct sequence : zr_asn_sequence {
     using zr_asn_sequence::zr_asn_sequence;
@@ -70,7 +67,7 @@ private:
     struct node {
         zr_asn_object* ours;
         zr_asn_object* plain;
-        bool leaf;
+        bool is_leaf;
     };
 
     size_t below(size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random_); }
@@ -92,7 +89,7 @@ private:
             const node child = grow_pair(depth + 1);
             const size_t kind = below(4);
             if (kind == 0) on_both(child, [](zr_asn_object& o) { o.set_optional(1); });
-            if (kind == 1) set_default(child, 1);
+            if (kind == 1 && child.is_leaf) on_both(child, [](zr_asn_object& o) { leaf(o).set_default_value(1); });
             static_cast<zr_asn_composite*>(made.ours)->register_child(child.ours);
             static_cast<zr_asn_composite*>(made.plain)->register_child(child.plain);
         }
@@ -105,11 +102,6 @@ private:
         operation(*n.plain);
     }
 
-    static void set_default(const node& n, int value) {
-        if (!n.leaf) return;
-        on_both(n, [&](zr_asn_object& o) { static_cast<zr_asn_boolean&>(o).set_default_value(value); });
-    }
-
     // Some operations leave a composite absent that a new look would find present (marking a member as optional tells
     // nobody), and whether an outer one is looked at again is told only when the inner one's presence changes. The two
     // need to agree where nothing old is left.
@@ -118,32 +110,36 @@ private:
             on_both(nodes_[i], [](zr_asn_object& o) { o.check_valid(0); });
     }
 
+    static zr_asn_boolean& leaf(zr_asn_object& o) { return static_cast<zr_asn_boolean&>(o); }
+
+    // Says what it did; "" when that fits no such object.
     std::string operate(const node& n) {
-        const int value = static_cast<int>(below(2));
-        const auto both = [&](const char* name, auto&& operation) {
-            on_both(n, operation);
-            return std::string(name);
+        // clang-format off
+        static constexpr struct { const char* name; void (*apply)(zr_asn_object& o, int value); } operations[] = {
+            {"set_value", [](zr_asn_object& o, int value) { leaf(o).set_value(value); }},
+            {"set_default_value", [](zr_asn_object& o, int value) { leaf(o).set_default_value(value); }},
+            {"invalidate_value(2)", [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_all); }},
+            {"invalidate_value(1)", [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_own); }},
+            {"empty", [](zr_asn_object& o, int) { o.empty(); }},
+            {"set_empty_permitted", [](zr_asn_object& o, int value) { o.set_empty_permitted(value); }},
+            {"is_valid(1)", [](zr_asn_object& o, int) { static_cast<void>(o.is_valid(1)); }},
+            {"set_optional", [](zr_asn_object& o, int value) { o.set_optional(value); }},
+            {"check_valid", [](zr_asn_object& o, int) { o.check_valid(0); }}
         };
-        const size_t which = below(14);
-        if (!n.leaf && (which < 5 || which == 12)) return "";
-        if (which < 5)
-            return both("set_value", [&](zr_asn_object& o) { static_cast<zr_asn_boolean&>(o).set_value(value); });
-        if (which == 5) return both("invalidate_value(2)", [](auto& o) { o.invalidate_value(zr_invalidate_all); });
-        if (which == 6) return both("invalidate_value(1)", [](auto& o) { o.invalidate_value(zr_invalidate_own); });
-        if (which == 7) return both("empty", [](auto& o) { o.empty(); });
-        if (which == 8) return both("set_empty_permitted", [&](auto& o) { o.set_empty_permitted(value); });
-        if (which == 9) return both("is_valid(1)", [](auto& o) { static_cast<void>(o.is_valid(1)); });
-        if (which == 10) {
+        // clang-format on
+        const size_t which = below(std::size(operations) + 5);
+        if (which == std::size(operations)) {
             std::string octets;
             on_both(roots_, [&](zr_asn_object& o) { octets = written(o); });
             if (octets.size() % 3 != 2) return "asnwrite";  // nothing, or a status
             on_both(roots_, [&](zr_asn_object& o) { read(o, octets); });
             return "asnread";
         }
-        if (which == 11) return both("set_optional", [&](auto& o) { o.set_optional(value); });
-        if (which == 13) return both("check_valid", [](auto& o) { o.check_valid(0); });
-        set_default(n, value);
-        return "set_default_value";
+        const auto& chosen = operations[which < std::size(operations) ? which : 0];
+        if (!n.is_leaf && &chosen < operations + 2) return "";
+        const int value = static_cast<int>(below(2));
+        on_both(n, [&](zr_asn_object& o) { chosen.apply(o, value); });
+        return chosen.name;
     }
 
     std::mt19937 random_;
@@ -162,12 +158,8 @@ TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
 
 TEST(composite, the_table_grows_in_steps) {
     static zr_asn_null child(zr_normal);
-    // Counts at which the table was full, and how far it grew then.
-    struct counting : zr_asn_sequence {
-        counting() : zr_asn_sequence(zr_normal) {}
-        int check_valid(int) override { return 0; }
-    } sequence;
-    std::string steps;
+    zr_asn_sequence sequence(zr_normal);
+    std::string steps;  // counts at which the table was full, and how far it grew then
     unsigned int capacity = 0;
     for (unsigned int count = 0; count < 40500; ++count) {
         sequence.register_child(&child);
@@ -246,7 +238,7 @@ TEST(composite, the_sized_constructor) {
     EXPECT_EQ(written(sized), "30 0c 02 01 01 02 01 02 02 01 03 02 01 04");
     EXPECT_EQ(sequence(zr_normal).is_constructed(), 1);
 
-    zr_test::allocations watch;
+    allocations watch;
     watch.fail_allocation(1);
     EXPECT_EQ(thrown([] { const sequence refused(3, zr_normal); }),
               "memory 275062885: Out of memory in asn_composite::asn_composite in src/asn1/asnbase");
@@ -300,7 +292,7 @@ TEST(sequence, reading) {
     for (int times = 0; times < 2; ++times) {  // an object is used again
         for (const auto& row : table) {
             SCOPED_TRACE(row.octets);
-            const auto result = zr_test::read_from(object, row.octets);
+            const auto result = read_from(object, row.octets);
             EXPECT_EQ(result.status, row.status);
             EXPECT_EQ(result.consumed, row.consumed);
             EXPECT_EQ(object.is_present(), row.status == 0 ? 1 : 0);
@@ -379,10 +371,7 @@ TEST(sequence, presence_and_caches) {
 TEST(composite, modes_are_handed_down) {
     struct seen : zr_asn_integer {
         using zr_asn_integer::zr_asn_integer;
-        void set_secure(security_t mode) override {
-            ++told;
-            zr_asn_integer::set_secure(mode);
-        }
+        void set_secure(security_t mode) override { ++told, zr_asn_integer::set_secure(mode); }
         int told = 0;
     } leaf(zr_normal), before(zr_normal);
     zr_asn_sequence inner(zr_normal), outer(zr_secure);
@@ -408,34 +397,33 @@ TEST(composite, cost_is_linear) {
         int is_valid(int deep) const override { return ++asked, zr_asn_boolean::is_valid(deep); }
         int is_present() const override { return ++asked, zr_asn_boolean::is_present(); }
     };
-    enum { registering, setting, backwards, reading, reading_again, writing, checking, kinds };
     const auto costs = [](size_t n, int optional) {
-        std::vector<long> cost(kinds);
+        std::vector<long> cost;
         std::deque<member> members(n);
         zr_asn_sequence sequence(zr_normal);
-        const auto measure = [&](int kind, auto&& operation) {
+        const auto measure = [&](auto&& operation) {
             asked = 0;
             operation();
-            cost[static_cast<size_t>(kind)] = asked;
+            cost.push_back(asked);
         };
         for (auto& m : members)
             m.set_optional(optional);
         std::string octets;
-        measure(registering, [&] {
+        measure([&] {
             for (auto& m : members)
                 sequence.register_child(&m);
         });
-        measure(setting, [&] {
+        measure([&] {
             for (auto& m : members)
                 m.set_value(0);
         });
-        measure(writing, [&] { octets = written(sequence); });
-        for (const int kind : {reading, reading_again})
-            measure(kind, [&] { EXPECT_EQ(read(sequence, octets), 0); });
+        measure([&] { octets = written(sequence); });
+        for (int times = 0; times < 2; ++times)
+            measure([&] { EXPECT_EQ(read(sequence, octets), 0); });
         EXPECT_EQ(written(sequence), octets);
-        measure(checking, [&] { EXPECT_EQ(sequence.is_valid(1), 1); });
+        measure([&] { EXPECT_EQ(sequence.is_valid(1), 1); });
         sequence.empty();
-        measure(backwards, [&] {
+        measure([&] {
             for (size_t i = n; i-- != 0;)
                 members[i].set_value(0);
         });
@@ -444,7 +432,7 @@ TEST(composite, cost_is_linear) {
     };
     for (const int optional : {0, 1}) {
         const auto some = costs(1000, optional), twice = costs(2000, optional);
-        for (size_t kind = 0; kind < kinds; ++kind) {
+        for (size_t kind = 0; kind < some.size(); ++kind) {
             EXPECT_LE(twice[kind], 2 * some[kind] + 50) << "kind " << kind << ", optional " << optional;
             EXPECT_LE(some[kind], 12 * 1000) << "kind " << kind << ", optional " << optional;
         }
@@ -492,3 +480,4 @@ TEST(composite, members_may_answer_for_their_own) {
 }
 
 }  // namespace
+}  // namespace zr_test

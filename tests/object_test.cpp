@@ -8,12 +8,8 @@
 #include "support/ber.h"
 #include "support/thrown.h"
 
+namespace zr_test {
 namespace {
-
-using zr_test::hex;
-using zr_test::input;
-using zr_test::thrown;
-using zr_test::written;
 
 // A type that takes any contents, and tells how it was asked.
 struct probe : zr_asn_object {
@@ -172,13 +168,13 @@ TEST(object, high_tag_numbers_stay_inside_the_octets) {
     object.set_tag(8065);
     // The identifier octet is read again as the length.
     for (const char* octets : {"3f 81 05", "3f 81", "1f 1f", "3f 81 05 41 42 43 44"}) {
-        const auto result = zr_test::read_from(object, octets);
+        const auto result = read_from(object, octets);
         EXPECT_NE(result.status, 0);
         EXPECT_EQ(result.consumed, 0);
     }
-    std::vector<unsigned char> octets = zr_test::bytes("3f 81 05");
+    std::vector<unsigned char> octets = bytes("3f 81 05");
     octets.resize(3 + 63);
-    EXPECT_EQ(zr_test::read_from(object, octets).status, zr_err_data_ends_early);  // 62 left for 63
+    EXPECT_EQ(read_from(object, octets).status, zr_err_data_ends_early);  // 62 left for 63
     octets.resize(3 + 65);
     input enough(octets);
     EXPECT_EQ(object.asnread(enough), 0);
@@ -241,7 +237,7 @@ TEST(object, writing) {
 }
 
 TEST(object, defaults_are_owned) {
-    zr_test::allocations watch;
+    allocations watch;
     {
         probe object, cleared;
         object.set_default_value(new probe);
@@ -372,3 +368,4 @@ TEST(object, texts) {
 }
 
 }  // namespace
+}  // namespace zr_test

@@ -11,14 +11,8 @@
 
 #include "support/random_tree.h"
 
+namespace zr_test {
 namespace {
-
-using zr_test::hex;
-using zr_test::kind;
-using zr_test::random_tree;
-using zr_test::shape;
-using zr_test::value;
-using zr_test::written;
 
 TEST(trees, changes_are_seen_by_the_next_encoding) {
     unsigned int compared = 0, complete = 0, reads = 0;
@@ -31,7 +25,7 @@ TEST(trees, changes_are_seen_by_the_next_encoding) {
             if (tree.below(12) == 0) {
                 const value other = tree.make_value(true);
                 const std::string octets = written(tree.make_objects(other));
-                ASSERT_EQ(zr_test::read(live, octets), 0) << "seed " << seed << " " << octets;
+                ASSERT_EQ(read(live, octets), 0) << "seed " << seed << " " << octets;
                 held = tree.as_read(other, held);
                 history += " read";
                 ++reads;
@@ -53,10 +47,7 @@ TEST(trees, changes_are_seen_by_the_next_encoding) {
 
 struct counting : zr_asn_boolean {
     using zr_asn_boolean::zr_asn_boolean;
-    int encode_value(zr_buffer_t& output) const override {
-        ++encoded;
-        return zr_asn_boolean::encode_value(output);
-    }
+    int encode_value(zr_buffer_t& output) const override { return ++encoded, zr_asn_boolean::encode_value(output); }
     static inline int encoded = 0;
 };
 
@@ -112,20 +103,20 @@ private:
             const auto at = static_cast<unsigned int>(choice.selected());
             return visit(form.members[at], *choice.get_child(at), depth);
         }
-        zr_asn_object& shown = form.type == kind::array ? zr_test::children(object, form.type) : object;
+        zr_asn_object& shown = form.type == kind::array ? children(object, form.type) : object;
         zr_buffer_t contents(zr_normal);
         ASSERT_EQ(shown.get_encoding(contents), 0);
         const unsigned int length = contents.length();
         const bool constructed = shown.should_generate_constructed() != 0;
         line(depth, whole.length() - length, length, constructed, shown.get_class(), shown.get_tag());
-        if (zr_test::is_leaf(form.type)) {
+        if (is_leaf(form.type)) {
             if (constructed) line(depth + 1, 2, length - 2, false, 3, 5);  // the one element inside an ANY
             offset_ += constructed ? length - 2 : length;
             return;
         }
-        auto& composite = zr_test::children(object, form.type);
+        auto& composite = children(object, form.type);
         for (unsigned int i = 0; composite.get_child(i) != nullptr; ++i)
-            visit(zr_test::member_shape(form, i), *composite.get_child(i), depth + 1);
+            visit(member_shape(form, i), *composite.get_child(i), depth + 1);
     }
 
     std::string text_;
@@ -172,3 +163,4 @@ TEST(trees, openssl_sees_the_same_elements) {
 }
 
 }  // namespace
+}  // namespace zr_test
