@@ -15,42 +15,29 @@ namespace {
 
 using zr::field_kind;
 
-// Where a member lies, its size and alignment.
-struct span {
-    size_t offset, size, alignment;
-    bool operator<(const span& other) const { return offset < other.offset; }
+struct extent {
+    size_t size, alignment;
 };
 
-span extent_of(const zr::record_type& type);
-
-std::vector<span> members_of(const zr::record_type& type) {
-    std::vector<span> members;
+// What a structure has when its members are those of the fields and no others; no size when they lie otherwise.
+extent extent_of(const zr::record_type& type) {
+    std::multimap<size_t, extent> members;  // by their offsets
     for (const zr::field& field : type) {
-        if (field.count_name != nullptr)
-            members.push_back({field.count_offset, field.count.octets, field.count.octets});
-        span member{0, sizeof(void*), alignof(void*)};
-        if (field.kind == field_kind::integer) member.size = member.alignment = field.integer.octets;
-        if (field.kind == field_kind::fixed_octets) member = {0, field.size, 1};
+        if (field.count_name != nullptr) members.insert({field.count_offset, {field.count.octets, field.count.octets}});
+        extent member{sizeof(void*), alignof(void*)};
+        if (field.kind == field_kind::integer) member = {field.integer.octets, field.integer.octets};
+        if (field.kind == field_kind::fixed_octets) member = {field.size, 1};
         if (field.kind == field_kind::slots) member.size *= field.size;
         if (field.kind == field_kind::nested) member = extent_of(*field.nested);
-        member.offset = field.offset;
-        members.push_back(member);
+        members.insert({field.offset, member});
     }
-    std::sort(members.begin(), members.end());
-    return members;
-}
-
-// The size that a structure has when its members are those of the fields and no others; 0 when they lie otherwise.
-span extent_of(const zr::record_type& type) {
-    span extent{0, 0, 1};
-    const auto padded = [&](size_t alignment) { return (extent.size + alignment - 1) / alignment * alignment; };
-    for (const span& member : members_of(type)) {
-        if (member.offset != padded(member.alignment)) return {0, 0, 1};
-        extent.size = member.offset + member.size;
-        extent.alignment = std::max(extent.alignment, member.alignment);
+    extent whole{0, 1};
+    const auto padded = [&](size_t alignment) { return (whole.size + alignment - 1) / alignment * alignment; };
+    for (const auto& [offset, member] : members) {
+        if (offset != padded(member.alignment)) return {0, 1};
+        whole = {offset + member.size, std::max(whole.alignment, member.alignment)};
     }
-    extent.size = padded(extent.alignment);
-    return extent;
+    return {padded(whole.alignment), whole.alignment};
 }
 
 TEST(registry, lists_the_records_of_every_module) {
