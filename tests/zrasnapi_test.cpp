@@ -136,21 +136,18 @@ TEST(zrasnapi, unknown_type_codes_do_nothing) {
 
 TEST(zrasnapi, the_version_counts_by_its_low_octet) {
     zrasn_integer_value value = 7;
-    EXPECT_EQ(encoded(zrasn_type_integer, &value, 258), "04 02 ac dc 02 01 07");
     EXPECT_EQ(encoded(zrasn_type_integer, &value, 0), "04 00 ac dc 02 01 07");
     EXPECT_EQ(encoded(zrasn_type_integer, &value, -1), "04 ff ac dc 02 01 07");
-    for (const int version : {2, 258, -254, 3, 0}) {
-        const bool same = version != 3 && version != 0;
+    for (const int version : {258, -254, 3, 0}) {
+        const bool same = version == 258 || version == -254;
         value = 1;
         EXPECT_EQ(decode("04 02 ac dc 02 01 07", zrasn_type_integer, &value, version), same ? 0 : zr_err_bad_envelope);
         EXPECT_EQ(value, same ? 7 : 1) << version;
     }
-    for (const unsigned int without : {0u, 1u}) {
-        auto octets = bytes(without == 0 ? "04 07 ac dc 05 00" : "04 07 ad dc 05 00");
-        unsigned int flag = 9;
-        EXPECT_EQ(zrasn_version(over(octets), flag), without == 0 ? 0 : zr_err_bad_envelope);
-        EXPECT_EQ(flag, without);
-    }
+    auto octets = bytes("04 07 ad dc 05 00");
+    unsigned int flag = 9;
+    EXPECT_EQ(zrasn_version(over(octets), flag), zr_err_bad_envelope);
+    EXPECT_EQ(flag, 1u);
 }
 
 TEST(zrasnapi, refused_octets_leave_the_value_alone) {
@@ -230,8 +227,9 @@ TEST(zrasnapi, released_values_are_empty) {
 template <class Call>
 void fail_each_allocation(int silent_status, Call&& call) {
     bool failed = true;
-    for (size_t n = 1; failed; ++n) {
-        SCOPED_TRACE(n);
+    size_t n = 0;
+    do {
+        SCOPED_TRACE(++n);
         testing::internal::CaptureStderr();
         int status = 0;
         {
@@ -252,7 +250,7 @@ void fail_each_allocation(int silent_status, Call&& call) {
         } else {
             EXPECT_EQ(status, failed ? silent_status : 0);
         }
-    }
+    } while (failed);
 }
 
 // An element that cannot be made is a status that encoding does not look at: the list then holds no value, so that half
