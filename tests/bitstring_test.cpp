@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <type_traits>
+#include <utility>
 
 #include "support/allocations.h"
 #include "support/ber.h"

@@ -9,7 +9,6 @@
 #include "asn1/asn_yvobjs.h"
 #include "support/allocations.h"
 #include "support/ber.h"
-#include "support/slots.h"
 
 using zr_test::allocations;
 using zr_test::bytes;
