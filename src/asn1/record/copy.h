@@ -61,4 +61,27 @@ ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) 
     }
 }
 
+// The same for texts whose lengths are hard to foresee, as they are in a list: from 8 to 32 octets without a branch, as
+// four parts that may overlap.
+ZR_INLINE void copy_varied(unsigned char* to, const void* source, size_t count) {
+#ifdef __SSE2__
+    if (count - 8 <= 24) {
+        const auto* from = static_cast<const unsigned char*>(source);
+        const size_t second = count < 16 ? count - 8 : 8;
+        const size_t third = count < 16 ? 0 : count - 16;
+        uint64_t parts[4];
+        std::memcpy(&parts[0], from, 8);
+        std::memcpy(&parts[1], from + second, 8);
+        std::memcpy(&parts[2], from + third, 8);
+        std::memcpy(&parts[3], from + count - 8, 8);
+        std::memcpy(to, &parts[0], 8);
+        std::memcpy(to + second, &parts[1], 8);
+        std::memcpy(to + third, &parts[2], 8);
+        std::memcpy(to + count - 8, &parts[3], 8);
+        return;
+    }
+#endif
+    copy_octets(to, source, count);
+}
+
 }  // namespace zr

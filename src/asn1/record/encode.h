@@ -47,7 +47,7 @@ ZR_INLINE bool write_list(Sink& sink, const S& in) {
         for (size_t i = count; i-- != 0;) {
             const size_t length = text_length(texts[i]);
             if (!sink.room(uint64_t{length} + max_header)) return false;
-            sink.string(id_utf8_string, texts[i], length);
+            sink.list_text(texts[i], length);
         }
     } else if constexpr (F::kind == field_kind::list_of_integers) {
         if (!sink.integers(member_at<T*>(in, field_offset<S, I>), count)) return false;

@@ -68,6 +68,12 @@ public:
         octets(contents, length);
         header(identifier, length);
     }
+    // One of the texts of a list.
+    ZR_INLINE void list_text(const char* text, size_t length) {
+        at_ -= length;
+        copy_varied(at_, text, length);
+        header(id_utf8_string, length);
+    }
     ZR_INLINE void octet_pair(unsigned char first, unsigned char second) {
         const auto both = static_cast<uint16_t>(first | second << 8);
         std::memcpy(at_ -= 2, &both, 2);
@@ -140,6 +146,7 @@ public:
         count_ += length;
         header(identifier, length);
     }
+    ZR_INLINE void list_text(const char*, size_t length) { count_ += with_header(length); }
     ZR_INLINE void octet_pair(unsigned char, unsigned char) { count_ += 2; }
     ZR_INLINE void header(unsigned char, uint64_t length) { count_ += with_header(length) - length; }
     ZR_INLINE void integer(int32_t value) { count_ += 2 + integer_octets(value); }
