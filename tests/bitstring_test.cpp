@@ -241,6 +241,18 @@ TEST(namedbits, writing_trims) {
     }
 }
 
+TEST(namedbits, a_cleared_object_starts_anew) {
+    zr_asn_namedbits object(zr_normal);
+    EXPECT_EQ(read(object, "03 02 03 f8"), 0);
+    object.invalidate_value(zr_invalidate_all);
+    EXPECT_EQ(object.set_bit(6, 0), 0);
+    EXPECT_EQ(written(object), "03 01 00");
+    unsigned char* data = nullptr;
+    unsigned int bits = 1;
+    EXPECT_EQ(object.get_value(data, bits), 0);
+    EXPECT_EQ(bits, 0U);
+}
+
 TEST(namedbits, a_far_bit_takes_one_growth) {
     zr_asn_namedbits object(zr_normal);
     zr_test::allocations watch;

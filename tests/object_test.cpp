@@ -86,6 +86,7 @@ TEST(object, lengths) {
         object.set(std::string(row.length, 'x').c_str());
         zr_buffer_t output(zr_normal);
         EXPECT_EQ(object.write_length(output), zr_err_bad_contents);  // stale
+        EXPECT_EQ(output.length(), 0u);
         ASSERT_EQ(object.get_encoding(), 0);
         EXPECT_EQ(object.write_length(output), 0);
         EXPECT_EQ(hex(output), row.octets);
