@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "support/allocations.h"
@@ -71,6 +73,12 @@ TEST(records_out_of_memory, encoding) {
     });
 }
 
+// Whether every octet of the structure is `octet`.
+bool consists_of(structure& filled, unsigned char octet) {
+    const auto* octets = static_cast<const unsigned char*>(filled.get());
+    return std::all_of(octets, octets + filled.type().size, [octet](unsigned char each) { return each == octet; });
+}
+
 // A text that finds no memory is null, and that is no failure: gives it the text that it should have.
 size_t complete_texts(structure& original, structure& copy) {
     const std::vector<char**> expected = texts_of(original.type(), original.get());
@@ -95,6 +103,8 @@ TEST(records_out_of_memory, decoding) {
             bool failed = true;
             for (size_t n = 1; failed; ++n) {
                 zr_asn_buffer_t buffer = in.buffer();
+                // What the caller's structure held is nothing that a failed decode may leave there.
+                std::memset(copy.get(), 0x5A, original.type().size);
                 watched.fail_allocation(n);
                 const int status = way.decode(original.type(), buffer, copy.get());
                 failed = watched.failed();
@@ -103,7 +113,7 @@ TEST(records_out_of_memory, decoding) {
                     const std::string line = printed.take();
                     if (status != 0 && (!failed || status != zr_err_out_of_memory || !is_memory_line(line)))
                         return std::to_string(status) + " " + line;
-                    if (status != 0) return "";
+                    if (status != 0) return consists_of(copy, 0) ? "" : "the structure is not all zero";
                     const size_t missing = complete_texts(original, copy);
                     null_texts += missing;
                     if (missing > (failed ? 1u : 0u) || !line.empty()) return "texts are missing " + line;
@@ -116,6 +126,39 @@ TEST(records_out_of_memory, decoding) {
         }
     });
     EXPECT_GT(null_texts, 100u);
+}
+
+// The process's locale is "C", which knows ASCII only: a text with any other octet cannot be converted.
+TEST(records_failed_decode, structure_is_zero_after_a_text_that_cannot_be_converted) {
+    std::mt19937 random(23);
+    size_t records_with_texts = 0;
+    for (const zr::record_type* type : all_records()) {
+        structure original(*type), copy(*type);
+        fill(*type, original.get(), random, {400, 4, true});
+        std::vector<char**> texts = texts_of(*type, original.get());
+        if (texts.empty()) continue;
+        ++records_with_texts;
+        std::free(*texts.back());
+        *texts.back() = copy_text("B\xC3\xBCro");
+        const octets ber = encode(entry_points, original).ber;
+        const octets cut(ber.begin(), ber.end() - 1);
+        allocations watched;
+        caught_stderr printed;
+        std::memset(copy.get(), 0x5A, type->size);
+        EXPECT_EQ(decode(local_entry_points, ber, copy), zr_err_conversion) << type->name;
+        EXPECT_TRUE(consists_of(copy, 0)) << type->name;
+        EXPECT_EQ(watched.live(), 0u) << type->name;
+        EXPECT_NE(printed.take().find(" [106521ab] in "), std::string::npos) << type->name;
+
+        // Octets that are refused leave the structure as it was, although a text before them was read.
+        std::memset(copy.get(), 0x5A, type->size);
+        for (const route& way : all_routes)
+            EXPECT_EQ(decode(way, cut, copy), zr_err_data_ends_early) << type->name << " " << way.name;
+        EXPECT_TRUE(consists_of(copy, 0x5A)) << type->name;
+        std::memset(copy.get(), 0, type->size);
+        EXPECT_EQ(watched.live(), 0u) << type->name;
+    }
+    EXPECT_GT(records_with_texts, 40u);
 }
 
 }  // namespace

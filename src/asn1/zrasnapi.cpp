@@ -11,6 +11,17 @@ constexpr int unknown_type = -1;
 
 enum operation { op_encode, op_decode, op_free };
 
+// A value that is being decoded: nothing of it is left behind unless it is handed on.
+template <class Record, class Value>
+struct decoded_value {
+    Value value{};
+
+    decoded_value() = default;
+    decoded_value(const decoded_value&) = delete;
+    decoded_value& operator=(const decoded_value&) = delete;
+    ~decoded_value() { Record::free_obj(value); }
+};
+
 template <class Record, class Value>
 int run_record(operation op, int version, Value& value, zr_asn_buffer_t& buffer) {
     if (op == op_free) {
@@ -19,12 +30,16 @@ int run_record(operation op, int version, Value& value, zr_asn_buffer_t& buffer)
     }
     Record record(zr_normal);
     if (op == op_encode) {
-        // What could not be set is absent, and that is what writing it answers.
-        static_cast<void>(record.set_value(value));
+        // Without memory for all of the value no part of it is written.
+        if (int status = record.set_value(value); status == zr_err_out_of_memory) return status;
         return zr_asnbase::saveEncoding(record, version, buffer);
     }
-    const int status = zr_asnbase::loadObject(record, version, buffer);
-    return status != 0 ? status : record.get_value(value);
+    if (int status = zr_asnbase::loadObject(record, version, buffer)) return status;
+    decoded_value<Record, Value> made;
+    if (int status = record.get_value(made.value)) return status;
+    value = made.value;
+    made.value = {};
+    return 0;
 }
 
 int run_integer(operation op, int version, void* untyped, zr_asn_buffer_t& buffer) {
@@ -60,6 +75,20 @@ int main_func(operation op, int version, void* value, unsigned int type, zr_asn_
     return zr_err_out_of_memory;
 }
 
+// The octets of the value that a type code names.
+size_t value_octets(unsigned int type) {
+    switch (type) {
+        case zrasn_type_cert_request:
+            return sizeof(cert_request_in);
+        case zrasn_type_update_list:
+            return sizeof(yvobj_update_list_s_t);
+        case zrasn_type_integer:
+            return sizeof(zrasn_integer_value);
+        default:
+            return 0;
+    }
+}
+
 }  // namespace
 
 int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_t& out) {
@@ -67,7 +96,9 @@ int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_
 }
 
 int zrasn_decode_obj(int version, zr_asn_buffer_t& in, unsigned int type, void* value) {
-    return main_func(op_decode, version, value, type, in);
+    const int status = main_func(op_decode, version, value, type, in);
+    if (zr::clears_structure(status)) std::memset(value, 0, value_octets(type));
+    return status;
 }
 
 int zrasn_obj_free(int version, unsigned int type, void* value) {

@@ -25,9 +25,9 @@ using zrasn_integer_value = int32_t;
 // held before is overwritten, not freed; it is untouched when the status is not 0.
 ZR_API int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_t& out);
 
-// zrasn_decode_obj fills the value; zrasn_obj_free releases what it allocated. When the octets are refused the value is
-// untouched; when memory ends it may be filled in part, and zrasn_obj_free releases that part. An INTEGER that does not
-// fit 32 bits is stored as 0, with 275063193. Mind the order of the parameters.
+// zrasn_decode_obj fills the value; zrasn_obj_free releases what it allocated. When memory ends (275062885) the value
+// is all zero, otherwise a refused value is, octet for octet, as the caller gave it; only an INTEGER that does not fit
+// 32 bits is stored as 0, with 275063193. A failed call leaves no block behind. Mind the order of the parameters.
 ZR_API int zrasn_decode_obj(int version, zr_asn_buffer_t& in, unsigned int type, void* value);
 
 // zrasn_obj_free releases what a decode allocated inside the value, not the value itself, and leaves pointers null and

@@ -51,7 +51,8 @@ private:
 };
 
 // decoded<S> owns what a decode allocated inside a structure S, and releases it with zrAsnFreeObj. S is any structure
-// that has the entry points. It starts, and is again after a failed decode, with all members zero.
+// that has the entry points. All members are zero at the start, and after a decode into out() that failed, whatever its
+// status.
 template <class S>
 class decoded {
 public:

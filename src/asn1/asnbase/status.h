@@ -56,6 +56,10 @@ struct ZR_API zr_asn_unsupportederror : zr_asn_exception {
 
 namespace zr {
 
+// Whether the structure of an entry point's decode is all zero after this status: what was converted or allocated on
+// the way is gone. After every other status but 0 it is, octet for octet, as the caller gave it.
+constexpr bool clears_structure(int status) { return status == zr_err_out_of_memory || status == zr_err_conversion; }
+
 // The source file that exceptions of the runtime name.
 constexpr const char asnbase_file[] = "src/asn1/asnbase";
 

@@ -123,16 +123,16 @@ int record_type::decode(zr_asn_buffer_t& in, void* out) const {
     try {
         status = read_structure(*this, contents, made);
     } catch (const zr_asn_exception& exception) {
-        codec.release(made);
-        std::memset(out, 0, size);
-        return report_exception(exception);
+        status = report_exception(exception);
     }
     if (status == 0) {
         std::memcpy(out, made, size);
         return 0;
     }
     codec.release(made);
-    return status == beyond_structure ? decode_tree(*this, zr_normal, in, out) : status;
+    if (status == beyond_structure) return decode_tree(*this, zr_normal, in, out);
+    if (clears_structure(status)) std::memset(out, 0, size);
+    return status;
 }
 
 int record_type::encode_lcs(zr_asn_buffer_t& out, void* in) const {

@@ -11,9 +11,6 @@ namespace zr {
 
 constexpr unsigned char envelope_header[] = {4, envelope_version, 0xAC, 0xDC};
 
-// A structure that is decoded lies on the stack until its octets are accepted.
-constexpr size_t max_structure = 1024;
-
 template <class S>
 constexpr record_codec codec_of = {
     &write_outlined_record<writer, S>,    &write_outlined_record<counter, S>, &read_outlined_record<S>,

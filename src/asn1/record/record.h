@@ -10,10 +10,12 @@
 // fields are made with the builders of asn1/record/field.h. It declares the binding class and five entry points:
 //
 //   zrAsnEncodeObj  gives the encoding of `in` in `out`; the receiver releases it with zr_asn_buffer_free.
-//   zrAsnDecodeObj  fills `out` from `in`. When the octets are refused `out` is as the caller gave it: zero it first if
-//                   it is to be freed unconditionally. `in` is only read.
-//   zrAsnFreeObj    releases what a decode allocated inside the structure (not the structure itself), after a failed
-//                   decode too, and leaves pointers null and counts 0.
+//   zrAsnDecodeObj  fills `out` from `in`, which is only read. After 275062885 (memory ended, or there are more elements
+//                   than a count can hold) and 275063211 (a text that cannot be converted) `out` is all zero; after any
+//                   other failure it is, octet for octet, as the caller gave it. A failed call leaves no block behind.
+//   zrAsnFreeObj    releases what a decode allocated inside the structure (not the structure itself), and leaves pointers
+//                   null and counts 0. A structure that was zero before a decode may be released whatever that decode
+//                   answered; one that was not, after 0, 275062885 and 275063211 only.
 //
 // The forms whose names end in LCS take and give texts in the process's local code set, the others in UTF-8. All return
 // 0 or a status of asn1/asnbase/status.h; exhausted memory is reported to standard error too.

@@ -404,7 +404,16 @@ int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, 
 }
 
 int decode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& in, void* out) {
-    return guarded([&] { return decode_fields(*make_binding(type, mode), type, out, in, envelope_version); });
+    alignas(std::max_align_t) unsigned char made[max_structure] = {};
+    const int status =
+        guarded([&] { return decode_fields(*make_binding(type, mode), type, made, in, envelope_version); });
+    if (status == 0) {
+        std::memcpy(out, made, type.size);
+        return 0;
+    }
+    free_fields(type, made);
+    if (clears_structure(status)) std::memset(out, 0, type.size);
+    return status;
 }
 
 }  // namespace zr

@@ -9,6 +9,9 @@ namespace zr {
 // The version that the entry points write and accept.
 constexpr unsigned char envelope_version = 2;
 
+// A structure that is decoded lies on the stack until all of it is there.
+constexpr size_t max_structure = 1024;
+
 // make_objects makes the value objects of a binding's fields in `room`, registered in the list's order;
 // when one cannot be made none is left. destroy_objects destroys them.
 ZR_API void make_objects(zr_asnbase& binding, const record_type& type, unsigned char* room);
@@ -29,7 +32,8 @@ ZR_API int encode_fields(zr_asnbase& binding, const record_type& type, void* in,
 ZR_API int decode_fields(zr_asnbase& binding, const record_type& type, void* out, zr_asn_buffer_t& in, int version);
 
 // encode_tree and decode_tree are the entry points' way through a binding object, which is made for the one call (mode
-// zr_local_code_set converts the texts). Exceptions are reported to standard error and returned as a status.
+// zr_local_code_set converts the texts). Exceptions are reported to standard error and returned as a status. The
+// structure of a failed decode is as the entry points promise (clears_structure in asn1/asnbase/status.h).
 ZR_API int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, void* in);
 ZR_API int decode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& in, void* out);
 
