@@ -4,11 +4,13 @@
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md
+#   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 BENCH_SECONDS ?= 0.3
+COUNTS ?= check
 
 tested := release asan x86
 packages_release := g++ cmake ninja-build googletest libcli11-dev nlohmann-json3-dev pkg-config locales
@@ -19,12 +21,13 @@ packages_fuzz := $(packages_asan)
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl
 packages_bench-x86 := g++-multilib cmake ninja-build
+packages_counts := valgrind python3
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz bench tidy format $(deps)
+.PHONY: demo test fuzz bench counts tidy format $(deps)
 
 demo: build/release/build.ninja
 	@cmake --build build/release --target zrasn_cli
@@ -44,6 +47,11 @@ bench: build/bench/build.ninja build/bench-x86/build.ninja
 	@cmake --build build/bench -j $(JOBS) --target zrasn_bench zrasn_bench_heap
 	@cmake --build build/bench-x86 -j $(JOBS) --target zrasn_bench
 	@bench/report.py build/bench build/bench-x86 --seconds $(BENCH_SECONDS)
+
+# The library is the one of the tests: as users get it, and as 32-bit program.
+counts: deps-counts build/release/build.ninja build/x86/build.ninja
+	@for preset in release x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn_counts || exit 1; done
+	@bench/counts.py build/release build/x86 $(COUNTS)
 
 # The build with clang++ has the command lines that clang-tidy understands.
 tidy: deps-tidy build/asan/build.ninja

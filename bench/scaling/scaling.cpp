@@ -5,12 +5,11 @@
 
 #include "asn1/zrasnapi.h"
 #include "base_idls/aclidl_asn.h"
-#include "base_idls/ejauditidl_asn.h"
-#include "base_idls/namevalue_asn.h"
 #include "bench/handwritten/blocks.h"
 #include "bench/harness/peer.h"
 #include "bench/objects/handwritten.h"
 #include "bench/objects/workload.h"
+#include "bench/scaling/chains.h"
 
 namespace bench {
 namespace {
@@ -72,17 +71,7 @@ struct levels_by_array {
     static constexpr const char* name = "levels (audit element)";
     static std::vector<size_t> sizes() { return {4, 32, 256, 2048, 16384, 131072, 1000000}; }
 
-    static ejauditelement_s_t make(builder& make, size_t size) {
-        ejauditelement_s_t outermost{}, *element = &outermost;
-        for (;;) {
-            element->name = make.text("element");
-            element->length = 16;
-            element->data = make.octets(16);
-            if (--size == 0) return outermost;
-            element->element_count = 1;
-            element = element->elements = make.array<ejauditelement_s_t>(1);
-        }
-    }
+    static ejauditelement_s_t make(builder& make, size_t size) { return make_element_chain(make, size); }
     // Outer levels are released first.
     template <class Visitor>
     static void visit(Visitor& visitor, ejauditelement_s_t& outermost) {
@@ -99,19 +88,7 @@ struct levels_by_pointer {
     static constexpr const char* name = "levels (name-value node)";
     static std::vector<size_t> sizes() { return levels_by_array::sizes(); }
 
-    static namevalue_s_t make(builder& make, size_t size) {
-        namevalue_s_t outermost{}, *node = &outermost;
-        for (;;) {
-            node->name = make.text("node");
-            node->value_count = 1;
-            node->values = make.array<char*>(1);
-            node->values[0] = make.text("value");
-            if (--size == 0) return outermost;
-            node->child_count = 1;
-            node->children = make.array<namevalue_s_t*>(1);
-            node = node->children[0] = make.array<namevalue_s_t>(1);
-        }
-    }
+    static namevalue_s_t make(builder& make, size_t size) { return make_node_chain(make, size); }
     template <class Visitor>
     static void visit(Visitor& visitor, namevalue_s_t& outermost) {
         for (namevalue_s_t* node = &outermost;; node = node->children[0]) {
