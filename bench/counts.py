@@ -1,16 +1,18 @@
 #!/usr/bin/env python3
-"""Counts the instructions that the library executes and compares them with bench/counts.txt.
+"""Counts what the library executes and compares the figures with bench/counts.txt.
 
 counts.py BUILD BUILD32 [check|table|update]: the build directories of the presets release and x86, in which
-zrasn_counts is built. `check` fails when a count is more than 1 % higher than in the file, `table` prints all of them
+zrasn_counts is built. `check` fails when a figure is more than 1 % higher than in the file, `table` prints all of them
 too, `update` writes the file.
 
-What is counted: the instructions in libzrasn and libzrz themselves, with all that the compiler inlined there. What they
-call in other libraries (malloc, memcpy, strlen, iconv) is not: glibc chooses its functions by the processor.
+What is counted are the instructions in libzrasn and libzrz themselves, with all that the compiler inlined there, and
+the calls that leave them: of malloc and free, memcpy, strlen. What happens behind those is not counted, for glibc
+chooses its functions by the processor.
 """
 import math
 import re
 import shutil
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -20,11 +22,14 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 FILE = ROOT / "bench" / "counts.txt"
 TOLERANCE = 0.01
-WORD_SIZES = ("64 bit", "32 bit")
+# The columns of the file.
+FIGURES = ("instructions as 64-bit program", "instructions as 32-bit program",
+           "calls as 64-bit program", "calls as 32-bit program")
 COUNTED = re.compile(r"(^|/)lib(zrasn|zrz)\.so[.\d]*$")
 HEAD = """\
-# Instructions of the library itself for one call, as 64-bit and as 32-bit program: name, instructions-64,
-# instructions-32. `make counts COUNTS=update` writes this file anew. Where a figure rises, the commit message says why.
+# What the library executes for one call of an entry point: its own instructions as 64-bit and as 32-bit program, then
+# its calls of other libraries (malloc, memcpy, strlen) in both. `make counts COUNTS=update` writes this file anew. Where
+# a figure rises, the commit message says why.
 # Compiler: {compiler}
 """
 
@@ -36,26 +41,32 @@ def compiler(build):
 
 
 def read_dump(file):
-    """The name of the row and the library's own instructions in one of callgrind's files."""
-    name, instructions, counted = None, 0, False
+    """The name of the row, the library's own instructions and its calls in one of callgrind's files."""
+    name, instructions, calls = None, 0, 0
+    counted = callee_counted = False
     lines = iter(file.read_text().splitlines())
     for line in lines:
         if line.startswith("desc: Trigger: Client Request: "):
             name = line.rpartition(": ")[2]
         elif line.startswith("ob="):
-            counted = COUNTED.search(line[3:]) is not None
+            counted = callee_counted = COUNTED.search(line[3:]) is not None
+        elif line.startswith("cob="):
+            callee_counted = COUNTED.search(line[4:]) is not None
         elif line.startswith("calls="):
+            if counted and not callee_counted:
+                calls += int(line[6:].split()[0])
+            callee_counted = counted
             next(lines)  # what the called function takes stands at that function too
         elif counted and line[:1].isdigit():
             instructions += int(line.split()[1])
-    return name, instructions
+    return name, (instructions, calls)
 
 
 def measure(build):
-    """Instructions by the name of the row. Nothing of the environment reaches the program."""
+    """Instructions and calls by the name of the row. Nothing of the environment reaches the program."""
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run(
-            [shutil.which("valgrind"), "-q", "--tool=callgrind", "--collect-atstart=no", "--compress-strings=no",
+            [shutil.which("valgrind"), "-q", "--tool=callgrind", "--instr-atstart=no", "--compress-strings=no",
              "--compress-pos=no", "--dump-line=no", f"--callgrind-out-file={folder}/counts",
              build / "bench" / "counts" / "zrasn_counts"],
             check=True, env={"PATH": "/usr/bin:/bin"}, stderr=subprocess.DEVNULL)
@@ -76,43 +87,40 @@ def read_figures():
 
 def write_figures(used_compiler, figures):
     width = max(map(len, figures))
-    rows = [f"{name:{width}} {wide:9} {narrow:9}\n" for name, (wide, narrow) in sorted(figures.items())]
+    rows = [" ".join([f"{name:{width}}"] + [f"{figure:8}" for figure in figures[name]]) + "\n" for name in sorted(figures)]
     FILE.write_text(HEAD.format(compiler=used_compiler) + "".join(rows))
 
 
-def percent(change):
-    return f"{100 * change:+.2f} %"
+def difference(before, now):
+    """How much more, as a part of what it was."""
+    return (now - before) / max(before, 1)
 
 
 def compare(known, measured, mode):
     """Prints what differs. Returns whether a figure has risen or the rows are not the same."""
-    updates = mode == "update"
-    failed, fallen = False, 0
+    rows = sorted(known.keys() & measured.keys())
+    failed, fallen = False, False
     for name in sorted(known.keys() ^ measured.keys()):
         print(f"counts: {name} is " + ("not measured any more" if name in known else "not in bench/counts.txt"))
         failed = True
-    shared = sorted(known.keys() & measured.keys())
-    for at, size in enumerate(WORD_SIZES):
-        for name in shared:
+    for at, figure in enumerate(FIGURES):
+        for name in rows:
             before, now = known[name][at], measured[name][at]
-            change = now / before - 1
-            text = f"{name}, {size}: {now:,} instructions, {before:,} in bench/counts.txt ({percent(change)})"
-            if change > TOLERANCE:
-                print(f"counts: {text}: too many")
-                failed = True
-            elif change < -TOLERANCE:
-                print(f"counts: {text}: fewer")
-                fallen += 1
-            elif mode == "table":
-                print(f"counts: {text}")
-        if shared:
-            mean = math.exp(sum(math.log(measured[name][at] / known[name][at]) for name in shared) / len(shared))
-            print(f"counts: {size}: {len(shared)} rows, geometric mean {percent(mean - 1)}")
-    if fallen and not updates:
-        print(f"counts: {fallen} figures are more than 1 % lower: renew bench/counts.txt (make counts COUNTS=update)")
-    if failed and not updates:
-        print("counts: bench/counts.txt does not hold any more: find the reason, or renew the file "
-              "(make counts COUNTS=update) and give the reason in the commit message")
+            change = difference(before, now)
+            verdict = "too many" if change > TOLERANCE else "fewer" if change < -TOLERANCE else "as before"
+            failed |= verdict == "too many"
+            fallen |= verdict == "fewer"
+            if mode == "table" or verdict != "as before":
+                print(f"counts: {name}: {now:,} {figure}, {before:,} in bench/counts.txt ({change:+.2%}): {verdict}")
+    for at, figure in enumerate(FIGURES if rows else ()):
+        changes = [math.log1p(difference(known[name][at], measured[name][at])) for name in rows]
+        mean = math.expm1(statistics.fmean(changes))
+        print(f"counts: {figure}: {mean:+.2%} in the geometric mean of {len(rows)} rows")
+    if mode != "update" and failed:
+        print("counts: find the reason, or renew bench/counts.txt (make counts COUNTS=update) and give the reason in the "
+              "commit message")
+    elif mode != "update" and fallen:
+        print("counts: bench/counts.txt should be renewed (make counts COUNTS=update)")
     return failed
 
 
@@ -127,7 +135,7 @@ def main():
         return 0
     with ThreadPoolExecutor() as pool:
         wide, narrow = pool.map(measure, builds)
-    measured = {name: (wide[name], narrow[name]) for name in wide}
+    measured = {name: tuple(both for pair in zip(wide[name], narrow[name]) for both in pair) for name in wide}
     failed = known and compare(known, measured, mode)
     if mode == "update":
         write_figures(used_compiler, measured)
