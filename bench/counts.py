@@ -65,12 +65,18 @@ def read_dump(file):
 def measure(build):
     """Instructions and calls by the name of the row. Nothing of the environment reaches the program."""
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run(
+        run = subprocess.run(
             [shutil.which("valgrind"), "-q", "--tool=callgrind", "--instr-atstart=no", "--compress-strings=no",
              "--compress-pos=no", "--dump-line=no", f"--callgrind-out-file={folder}/counts",
              build / "bench" / "counts" / "zrasn_counts"],
-            check=True, env={"PATH": "/usr/bin:/bin"}, stderr=subprocess.DEVNULL)
-        return dict(read_dump(dump) for dump in Path(folder).glob("counts.*"))
+            env={"PATH": "/usr/bin:/bin"}, stderr=subprocess.PIPE, text=True)
+        if run.returncode != 0:
+            sys.exit(f"counts: {run.stderr}counts: {build} gives no figures")
+        rows = dict(read_dump(dump) for dump in Path(folder).glob("counts.*"))
+    for name, (instructions, _) in rows.items():
+        if instructions == 0:
+            sys.exit(f"counts: {name} executes nothing in a file called like {COUNTED.pattern}")
+    return rows
 
 
 def read_figures():
