@@ -44,16 +44,11 @@ namespace {
 // The octets of a line of text; false and what is wrong when it is none.
 bool octets_of(std::string_view line, input_form form, std::vector<unsigned char>& octets, line_refusal& refusal) {
     text_decoder decoder(form);
-    octets.clear();
-    for (size_t i = 0; i < line.size(); ++i) {
-        const int octet = decoder.feed(line[i]);
-        if (octet >= 0) octets.push_back(static_cast<unsigned char>(octet));
-        if (octet != text_decoder::refused) continue;
-        refusal = {0, i, {}, decoder.problem()};
-        return false;
-    }
-    if (decoder.finish()) return true;
-    refusal = {0, line.size(), {}, decoder.problem()};
+    octets.resize(line.size());
+    const char* at = line.data();
+    octets.resize(decoder.decode(at, at + line.size(), octets.data(), octets.size()));
+    if (!decoder.refused() && decoder.finish()) return true;
+    refusal = {0, static_cast<uint64_t>(at - line.data()), {}, decoder.problem()};
     return false;
 }
 

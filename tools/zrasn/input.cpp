@@ -194,15 +194,11 @@ private:
     // Decodes what stands at `text`, which is at `at` in the file.
     void undo(const char* text, size_t count, size_t at) {
         unsigned char octets[4096];
-        size_t filled = 0;
-        for (size_t i = 0; i < count; ++i) {
-            const int octet = decoder_.feed(text[i]);
-            if (octet == text_decoder::refused) refuse(at + i, decoder_.problem());
-            if (octet < 0) continue;
-            octets[filled++] = static_cast<unsigned char>(octet);
-            if (filled == sizeof(octets)) append(octets, std::exchange(filled, 0));
+        const char* next = text;
+        while (next != text + count) {
+            append(octets, decoder_.decode(next, text + count, octets, sizeof(octets)));
+            if (decoder_.refused()) refuse(at + static_cast<size_t>(next - text), decoder_.problem());
         }
-        append(octets, filled);
     }
 
     // RFC 7468: the first block counts; what stands before and behind it, and header lines in it, do not.

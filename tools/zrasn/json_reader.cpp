@@ -372,23 +372,13 @@ private:
             place<unsigned char*>(top.contents, at.member->offset) = to;
             store_integer(top.contents + at.member->count_offset, at.member->count, static_cast<int32_t>(count));
         }
-        if (!from_hex(digits, to)) return refuse("found " + shown(digits) + ", expected " + name_of(at));
+        if (!read_hex(digits, to)) return refuse("found " + shown(digits) + ", expected " + name_of(at));
         return done();
-    }
-
-    static bool from_hex(const string_t& digits, unsigned char* to) {
-        if (digits.size() % 2 != 0) return false;
-        for (size_t i = 0; i < digits.size(); i += 2) {
-            const int high = hex_digit(digits[i]), low = hex_digit(digits[i + 1]);
-            if (high < 0 || low < 0) return false;
-            *to++ = static_cast<unsigned char>(high << 4 | low);
-        }
-        return true;
     }
 
     bool hex_value(const string_t& digits) {
         std::string text(digits.size() / 2, 0);
-        if (!from_hex(digits, reinterpret_cast<unsigned char*>(text.data())))
+        if (!read_hex(digits, reinterpret_cast<unsigned char*>(text.data())))
             return refuse("found " + shown(digits) + ", expected octets as a string of hexadecimal digits");
         if (text.find('\0') != text.npos) return refuse("found a zero octet, expected a text: it would end there");
         place<char*>(element(expected()), 0) = copy_text(text);

@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -66,9 +67,16 @@ bool output::is_terminal() const { return file_.empty() && isatty(STDOUT_FILENO)
 
 void output::write_hex(const unsigned char* octets, size_t count) {
     static constexpr char digits[] = "0123456789abcdef";
-    for (size_t i = 0; i < count; ++i) {
-        put(digits[octets[i] >> 4]);
-        put(digits[octets[i] & 15]);
+    while (count != 0) {
+        if (sizeof(block_) - used_ < 2) flush();
+        const size_t some = std::min(count, (sizeof(block_) - used_) / 2);
+        char* to = block_ + used_;
+        for (const unsigned char* const end = octets + some; octets != end; ++octets) {
+            *to++ = digits[*octets >> 4];
+            *to++ = digits[*octets & 15];
+        }
+        used_ += 2 * some;
+        count -= some;
     }
 }
 

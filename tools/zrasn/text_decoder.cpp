@@ -1,5 +1,7 @@
 #include "text_decoder.h"
 
+#include <algorithm>
+
 #include "hex.h"
 
 namespace zr::tool {
@@ -11,6 +13,27 @@ int base64_digit(char c) {
     if (c == '+' || c == '-') return 62;
     if (c == '/' || c == '_') return 63;
     return -1;
+}
+
+size_t text_decoder::decode(const char*& at, const char* end, unsigned char* to, size_t room) {
+    size_t count = 0;
+    while (at != end && count != room) {
+        if (!base64_ && digits_ % 2 == 0) {
+            const auto pairs = std::min(static_cast<size_t>(end - at) / 2, room - count);
+            size_t done = 0;
+            for (int octet = 0; done != pairs && (octet = hex_octet(at[2 * done], at[2 * done + 1])) >= 0; ++done)
+                to[count + done] = static_cast<unsigned char>(octet);
+            at += 2 * done;
+            count += done;
+            digits_ += 2 * done;
+            if (at == end || count == room) break;
+        }
+        const int octet = feed(*at);
+        if (refused()) break;
+        ++at;
+        if (octet >= 0) to[count++] = static_cast<unsigned char>(octet);
+    }
+    return count;
 }
 
 int text_decoder::feed_hex(char c) {
@@ -51,7 +74,7 @@ bool text_decoder::finish() {
     if (!base64_ && digits_ % 2 != 0) problem_ = "an odd number of hexadecimal digits";
     if (base64_ && digits_ % 4 == 1) problem_ = "base64 ends inside an octet";
     if (base64_ && padding_ != 0 && (digits_ + padding_) % 4 != 0) problem_ = "base64 padding is not complete";
-    return *problem_ == 0;
+    return !refused();
 }
 
 }  // namespace zr::tool
