@@ -29,7 +29,10 @@ std::string walked(const octets& ber) {
             all += std::string(" ") + classes[item.cls] + std::to_string(item.tag) + (item.constructed ? "c " : "p ");
             all += std::to_string(item.header) + "+" + (item.indefinite ? "i" : std::to_string(item.length));
         }
-        if (item.damage != zr::tool::ber_damage::none) all += std::string(" !") + damage_text(item.damage);
+        if (item.damage == zr::tool::ber_damage::too_long && item.in_cut)
+            all += " cut too";
+        else if (item.damage != zr::tool::ber_damage::none)
+            all += std::string(" !") + damage_text(item.damage);
     }
     return all;
 }
@@ -57,10 +60,20 @@ TEST(ber, items) {
         {"04 03 61 62", "0@0 u4p 2+2 !the contents run over the end"},
         {"04 88 ff ff ff ff ff ff ff ff 61", "0@0 u4p 10+1 !the contents run over the end"},
         {"04 8a 01 00 00 00 00 00 00 00 00 00 61", "0@0 u4p 12+1 !the contents run over the end"},
-        // An inner element that runs over ends with the outer one, and the walk goes on behind that.
-        {"30 03 30 05 05 05 00",
-         "0@0 u16c 2+3, 1@2 u16c 2+1 !the contents run over the end, 2@4 lost 1 !the length is "
-         "cut off, 0@5 u5p 2+0"},
+        // A constructed one that runs over ends with the outer one. It is entered when all in it can be read, else not.
+        {"30 03 30 05 05 05 00", "0@0 u16c 2+3, 1@2 u16c 2+1 !the contents run over the end, 0@5 u5p 2+0"},
+        {"30 04 30 05 05 00 05 00",
+         "0@0 u16c 2+4, 1@2 u16c 2+2 !the contents run over the end, 2@4 u5p 2+0, 0@6 u5p 2+0"},
+        {"30 06 30 05 30 80 05 00", "0@0 u16c 2+6, 1@2 u16c 2+4 !the contents run over the end"},
+        // Octets that were cut off: all that is open ends there, and one of them tells it.
+        {"30 09 30 06 04 04 61",
+         "0@0 u16c 2+5 !the contents run over the end, 1@2 u16c 2+3 cut too, 2@4 u4p 2+1 cut too"},
+        {"30 80 30 80 30 06 04 04 61",
+         "0@0 u16c 2+i, 1@2 u16c 2+i, 2@4 u16c 2+3 !the contents run over the end, 3@6 u4p 2+1 cut too"},
+        {"30 09 30 03 30 02 05",
+         "0@0 u16c 2+5 !the contents run over the end, 1@2 u16c 2+3, 2@4 u16c 2+1 !the contents run over the end"},
+        // An indefinite length misses no end that something too long has taken.
+        {"30 06 24 80 04 07 00 00", "0@0 u16c 2+6, 1@2 u4c 2+i, 2@4 u4p 2+2 !the contents run over the end"},
         {"30 04 02 ff 01 02 05 00", "0@0 u16c 2+4, 1@2 lost 4 !the length octet ff means nothing, 0@6 u5p 2+0"},
         {"30 02 04 82 05 00", "0@0 u16c 2+2, 1@2 lost 2 !the length is cut off, 0@4 u5p 2+0"},
         {"30 02 1f 81 05 00", "0@0 u16c 2+2, 1@2 lost 2 !the identifier is cut off, 0@4 u5p 2+0"},

@@ -33,7 +33,16 @@ value '0101ff' 'BOOLEAN TRUE'
 value '010100' 'BOOLEAN FALSE'
 value '020180' 'INTEGER -128'
 value '02088000000000000000' 'INTEGER -9223372036854775808'
-value '0209008000000000000000' 'INTEGER 008000000000000000'
+value '0209112233445566778899' 'INTEGER 316059037807746189465'
+value '0209ff7fffffffffffffff' 'INTEGER -9223372036854775809'
+value '0a0c000000000000000000000005' 'ENUMERATED 5'
+value "022100ff$(printf '00%.0s' {1..31})" 'INTEGER 115339776388732929035197660848497720713218148788040405586178452820382218977280'
+value "022080$(printf '00%.0s' {1..31})" 'INTEGER -57896044618658097711785492504343953926634992332820282019728792003956564819968'
+value "024101$(printf '00%.0s' {1..64})" "INTEGER 0x01$(printf '00%.0s' {1..23}) ... (65 octets)"
+value "02407f$(printf 'ff%.0s' {1..63})" "INTEGER 6703903964971298549787012499102923063739682910296196688861780721860882015036773488400937149083451713845015929093243025426876941405973284973216824503042047"
+value '020401' 'INTEGER octets 01'
+value '01020001' 'BOOLEAN octets 0001'
+value '050107' 'NULL octets 07'
 value '0a0105' 'ENUMERATED 5'
 value '030204f0' 'BIT STRING f0, unused bits: 4'
 value '030100' 'BIT STRING no bits'
@@ -44,7 +53,15 @@ value '0500' 'NULL'
 value '06062a864886f70d' 'OBJECT IDENTIFIER 1.2.840.113549'
 value '0603883703' 'OBJECT IDENTIFIER 2.999.3'
 value '060a2affffffffffffffff7f' 'OBJECT IDENTIFIER 1.2.9223372036854775807'
-value '060b2a83ffffffffffffffff7f' 'OBJECT IDENTIFIER 2a83ffffffffffffffff7f'
+value '060b2a83ffffffffffffffff7f' 'OBJECT IDENTIFIER 1.2.36893488147419103231'
+value '060d8384a1d8f7e0d0c0b0a0908007' 'OBJECT IDENTIFIER 2.58672682060783374504820663'
+value '06014f' 'OBJECT IDENTIFIER 1.39'
+value '060150' 'OBJECT IDENTIFIER 2.0'
+value '06028811' 'OBJECT IDENTIFIER 2.961'
+value '060188' 'OBJECT IDENTIFIER octets 88'
+value '06032a8001' 'OBJECT IDENTIFIER octets 2a8001'
+value '06042a03' 'OBJECT IDENTIFIER octets 2a03'
+value "064b$(printf 'ff%.0s' {1..74})7f" "OBJECT IDENTIFIER octets $(printf 'ff%.0s' {1..24}) ... (75 octets)"
 value '0d028837' 'RELATIVE-OID 1079'
 value '0c03c3a921' 'UTF8String "é!"'
 value '0c021b5d' 'UTF8String "\u{1b}]"'
@@ -54,7 +71,8 @@ value '1303616263' 'PrintableString "abc"'
 value '170d3236303130313030303030305a' 'UTCTime "260101000000Z"'
 value '1e0600e9202ed800' 'BMPString "é\u{202e}\xed\xa0\x80"'
 value '1c080001f60000110000' 'UniversalString "😀\xf4\x90\x80\x80"'
-value '1e0161' 'BMPString 61'
+value '1e0161' 'BMPString octets 61'
+value '0c056162' 'UTF8String "ab"'
 value '5f87680101' '[APPLICATION 1000] 01'
 value 'a000' '[0]'
 value 'ff1f00' '[PRIVATE 31]'
@@ -94,6 +112,7 @@ same 1 dump --record attr_s_t << 'END'
 END
 echo 30 03 02 01 ff > in
 "$program" dump --record uuid_t < in 2> err | grep -q ' time_low INTEGER -1 (4294967295 as uint32_t)$' || fail 'a uint32_t'
+# The length that is written is shown; what is cut off or has a wrong length is one problem.
 echo 30 06 04 00 30 02 30 09 > in
 same 1 dump --record attr_s_t << 'END'
   offset  hdr     length  class    tag  form
@@ -101,13 +120,36 @@ same 1 dump --record attr_s_t << 'END'
        2    2          0  univ      4  prim    OCTET STRING
        2                                         ! not name (UTF8String)
        4    2          2  univ     16  cons    values SEQUENCE OF
-       6    2          0  univ     16  cons      [0] SEQUENCE (value_s_t)
+       6    2          9  univ     16  cons      [0] SEQUENCE (value_s_t)
        6                                           ! the contents run over the end by 9 octets
-                                                   ! type (INTEGER) is missing
-                                                   ! str (UTF8String) is missing
-                                                   ! data (OCTET STRING) is missing
 END
-grep -qF 'standard input: 5 problems, 0 octets not read' err || fail "$(cat err)"
+grep -qF 'standard input: 2 problems, 0 octets not read' err || fail "$(cat err)"
+echo 30 0f 30 08 0c 01 61 30 63 02 05 00 bf bd 84 40 00 > in
+same 1 dump --record attrlist_s_t << 'END'
+  offset  hdr     length  class    tag  form
+       0    2         15  univ     16  cons  attrlist_s_t SEQUENCE
+       2    2          8  univ     16  cons    attrs SEQUENCE OF
+       4    2          1  univ     12  prim      UTF8String "a"
+       4                                           ! no element of attrs
+       7    2         99  univ     16  cons      [1] SEQUENCE (attr_s_t) octets 020500
+       7                                           ! the contents run over the end by 96 octets
+      12    5          0  cont      *  cons    [1000000]
+      12                                         ! more than the record has members
+END
+echo 0402acdc 30 50 30 4e 30 10 0c 01 61 30 0b 30 09 02 01 05 0c 11 70 61 79 > in
+same 1 dump --record attrlist_s_t << 'END'
+  offset  hdr     length  class    tag  form
+       0    4                                envelope, version 2
+       4    2         80  univ     16  cons  attrlist_s_t SEQUENCE
+       4                                       ! the contents run over the end by 61 octets
+       6    2         78  univ     16  cons    attrs SEQUENCE OF
+       8    2         16  univ     16  cons      [0] SEQUENCE (attr_s_t)
+      10    2          1  univ     12  prim        name UTF8String "a"
+      13    2         11  univ     16  cons        values SEQUENCE OF
+      15    2          9  univ     16  cons          [0] SEQUENCE (value_s_t)
+      17    2          1  univ      2  prim            type INTEGER 5
+      20    2         17  univ     12  prim            str UTF8String "pay"
+END
 echo 30 0a 30 04 02 ff 01 02 02 01 07 05 1f 80 > in
 same 1 dump << 'END'
   offset  hdr     length  class    tag  form
@@ -124,7 +166,7 @@ same 1 dump << 'END'
        0                                     ! no element
 END
 for row in 0102ffff:'one octet' 0200:'at least one octet' 0300:'at least one octet' 030108:'at most 7' 030101:'no bits' \
-    050100:'no contents' 060188:'cut off' 1000:'primitive form' 2200:'constructed form' 020100:'' 2400:'' 3100:''; do
+    050100:'no contents' 060188:'cut off' 06032a8001:'begins with 80' 1000:'primitive form' 2200:'constructed form' 020100:'' 2400:'' 3100:''; do
     echo "${row%%:*}" > in
     "$program" dump < in > out 2> err
     [ $? -eq "$([ -z "${row#*:}" ]; echo $?)" ] || fail "dump of ${row%%:*}: exit code"

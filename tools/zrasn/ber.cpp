@@ -53,14 +53,15 @@ bool ber_scanner::unreadable(ber_item& item, ber_damage damage) {
     item.header = 0;
     item.length = open_.back().end - item.offset;
     at_ = open_.back().end;
-    while (open_.back().flags != 0)
+    while ((open_.back().flags & is_indefinite) != 0)
         open_.pop_back();
     return true;
 }
 
 bool ber_scanner::next(ber_item& item) {
     while (at_ == open_.back().end) {
-        if (open_.back().flags != 0) {
+        const unsigned char flags = open_.back().flags;
+        if ((flags & is_indefinite) != 0 && (flags & excused) == 0) {
             item = {};
             item.kind = ber_kind::missing_end;
             item.offset = at_;
@@ -79,7 +80,7 @@ bool ber_scanner::next(ber_item& item) {
         item.identifier_size = 1;
         item.header = 2;
         at_ += 2;
-        if (top.flags != 0) {
+        if ((top.flags & is_indefinite) != 0) {
             item.kind = ber_kind::end_of_contents;
             open_.pop_back();
         } else {
@@ -128,19 +129,42 @@ bool ber_scanner::read_element(ber_item& item) {
     }
     item.header = static_cast<size_t>(at - data_) - at_;
     at_ += item.header;
+    const level enclosing = open_.back();
+    item.in_cut = (enclosing.flags & cut) != 0;
     if (item.indefinite) {
         if (!item.constructed) item.damage = ber_damage::indefinite_primitive;
-        open_.push_back({open_.back().end, item.constructed ? by_end_of_contents : has_no_length});
+        const unsigned char inherited = enclosing.flags & (to_the_last | cut);
+        open_.push_back({enclosing.end, static_cast<unsigned char>(
+                                            inherited | (item.constructed ? by_end_of_contents : has_no_length))});
         return true;
     }
     const auto left = static_cast<size_t>(end - at);
     item.length = item.declared <= left ? static_cast<size_t>(item.declared) : left;
-    if (item.declared > left) item.damage = ber_damage::too_long;
-    if (item.constructed)
+    if (item.declared > left) {
+        item.damage = ber_damage::too_long;
+        open_too_long(item);
+    } else if (item.constructed) {
         open_.push_back({at_ + item.length, 0});
+    } else {
+        at_ += item.length;
+    }
+    return true;
+}
+
+// It takes the end-of-contents octets around it along.
+void ber_scanner::open_too_long(ber_item& item) {
+    const unsigned char inherited = open_.back().flags & to_the_last;
+    for (size_t i = open_.size(); (open_[i - 1].flags & is_indefinite) != 0; --i)
+        open_[i - 1].flags |= excused;
+    if (item.constructed && inherited == 0) {
+        ber_scanner inside(data_ + at_, item.length);
+        for (ber_item inner; !item.closed && inside.next(inner);)
+            item.closed = inner.damage != ber_damage::none || inner.kind == ber_kind::missing_end;
+    }
+    if (item.opens())
+        open_.push_back({at_ + item.length, static_cast<unsigned char>(inherited | cut)});
     else
         at_ += item.length;
-    return true;
 }
 
 }  // namespace zr::tool

@@ -16,8 +16,8 @@ enum class ber_kind : uint8_t {
 
 enum class ber_damage : uint8_t {
     none,
-    tag_too_large,         // element: the tag number needs more than 64 bits; `tag` is 0
-    too_long,              // element: it claims `declared` octets, `length` are there
+    tag_too_large,  // element: the tag number needs more than 64 bits; `tag` is 0
+    too_long,       // element: it claims `declared` octets, `length` are there, up to the end of what encloses it
     indefinite_primitive,  // element: an indefinite length in the primitive form
     stray_end,             // element: 00 00 where no indefinite length is open
     false_end,             // element: the tag of end-of-contents octets, which are none
@@ -36,6 +36,8 @@ struct ber_item {
     unsigned char cls = 0;  // 0 universal, 1 application, 2 context-specific, 3 private
     bool constructed = false;
     bool indefinite = false;
+    bool closed = false;                // constructed, but its octets are not looked into: see too_long
+    bool in_cut = false;                // what encloses it is too long; so an element that is too long too is no news
     unsigned char identifier_size = 0;  // octets; 255 stands for 255 and more
     uint64_t tag = 0;
     size_t offset = 0;      // of the identifier
@@ -45,7 +47,7 @@ struct ber_item {
     size_t depth = 0;       // elements that enclose it
 
     // Whether the next items lie inside, one level deeper.
-    bool opens() const { return kind == ber_kind::element && (constructed || indefinite); }
+    bool opens() const { return kind == ber_kind::element && (constructed || indefinite) && !closed; }
     bool is_universal(uint64_t number) const { return kind == ber_kind::element && cls == 0 && tag == number; }
     // The header that X.690, 10.1 asks for: octets of the shortest identifier and length.
     size_t shortest_identifier() const;
@@ -57,14 +59,20 @@ struct ber_item {
 // headers only, and keeps the ends of open elements in a block of its own: a million levels take 16 MB of it.
 class ber_scanner {
 public:
-    ber_scanner(const unsigned char* data, size_t size) : data_(data) { open_.push_back({size, 0}); }
+    ber_scanner(const unsigned char* data, size_t size) : data_(data) { open_.push_back({size, to_the_last}); }
 
     // The next item; false behind the last. What is damaged is given as far as it can be read, and the walk goes on
-    // behind it, or behind the innermost enclosing element whose end is known.
+    // behind it, or behind the innermost enclosing element whose end is known. A constructed element that is too long
+    // is entered when the octets end with it, as they do when an input was cut off, or when all in it can be read; else
+    // its length is wrong, and its octets are taken as its contents without a look into them.
     bool next(ber_item& item);
 
 private:
-    enum : unsigned char { by_end_of_contents = 1, has_no_length = 2 };
+    // What is told of an open level, in bits. Its length is indefinite, of an element in the constructed or primitive
+    // form; no definite length ends before all octets do; it is too long itself, or what encloses it is; its
+    // end-of-contents octets are not missed, since something too long has taken them.
+    enum : unsigned char { by_end_of_contents = 1, has_no_length = 2, to_the_last = 4, cut = 8, excused = 16 };
+    static constexpr unsigned char is_indefinite = by_end_of_contents | has_no_length;
     struct level {
         size_t end;  // of an indefinite length: of what encloses it
         unsigned char flags;
@@ -72,6 +80,7 @@ private:
 
     bool unreadable(ber_item& item, ber_damage damage);
     bool read_element(ber_item& item);
+    void open_too_long(ber_item& item);
 
     const unsigned char* data_;
     size_t at_ = 0;

@@ -29,9 +29,13 @@ constexpr size_t look_behind = size_t{4} << 20;
 class tree_writer {
 public:
     tree_writer(const octets_input& in, const record_type* record, bool in_color)
-        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color) {}
+        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color) {
+        for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
+            ++offset_width_;
+    }
 
     int run() {
+        blanks(offset_width_ - 8);
         out_.write("  offset  hdr     length  class    tag  form\n");
         const size_t header = in_.header_size();
         if (header != 0) envelope(header);
@@ -70,13 +74,14 @@ private:
             case ber_kind::element:
                 return element(item);
             case ber_kind::end_of_contents:
-                start(item, 0);
+                start(item);
                 out_.write("end-of-contents\n");
                 return;
             case ber_kind::missing_end:
                 return damage(item.depth, item.offset, "end-of-contents octets (00 00) are missing");
             case ber_kind::unreadable:
                 unread_ += item.length;
+                guide_.lose_rest();
                 return damage(item.depth, item.offset, damage_text(item.damage), ": ", item.length,
                               item.length == 1 ? " octet not read" : " octets not read");
         }
@@ -84,29 +89,33 @@ private:
 
     void element(const ber_item& item) {
         const record_place place = guide_.visit(item);
-        start(item, item.length);
+        start(item);
         label(place);
         type(item, place);
         if (!item.opens() && item.length != 0) {
             out_.put(' ');
             const unsigned char* contents = in_.data() + item.offset + item.header;
             write_value(out_, item, contents);
-            if (place.is_integer()) unsigned_value(item, *place.member, contents);
+            if (place.is_integer() && item.damage == ber_damage::none) unsigned_value(item, *place.member, contents);
         }
         out_.put('\n');
         if (place.what >= role::unexpected) unexpected(item, place);
         if (item.damage == ber_damage::too_long) {
-            if (item.declared == UINT64_MAX)
-                damage(item.depth + 1, item.offset, "the length is too large to tell, ", "", item.length,
-                       item.length == 1 ? " octet is there" : " octets are there");
-            else
-                damage(item.depth + 1, item.offset, "the contents run over the end by ", "",
-                       item.declared - item.length, item.declared - item.length == 1 ? " octet" : " octets");
+            if (!item.in_cut) too_long(item);
         } else if (item.damage != ber_damage::none) {
             damage(item.depth + 1, item.offset, damage_text(item.damage));
         } else if (const char* wrong = wrong_contents(item)) {
             damage(item.depth + 1, item.offset, wrong);
         }
+    }
+
+    void too_long(const ber_item& item) {
+        if (item.declared == UINT64_MAX)
+            damage(item.depth + 1, item.offset, "the length is too large to tell, ", "", item.length,
+                   item.length == 1 ? " octet is there" : " octets are there");
+        else
+            damage(item.depth + 1, item.offset, "the contents run over the end by ", "", item.declared - item.length,
+                   item.declared - item.length == 1 ? " octet" : " octets");
     }
 
     // A uint32_t goes out as the signed number of its bits.
@@ -145,31 +154,40 @@ private:
                 return item.length == 0 ? nullptr : "a NULL has no contents";
             case 6:
             case 13:
-                if (item.length == 0) return "an identifier has at least one octet";
-                return (contents[item.length - 1] & 0x80) == 0 ? nullptr : "the last number is cut off";
+                return wrong_identifier(contents, item.length);
             default:
                 return nullptr;
         }
     }
 
     void columns(size_t offset, size_t header) {
-        write_number(out_, offset, 8);
-        write_number(out_, header, 5);
+        write_number(out_, offset, offset_width_);
+        column(header, 5);
     }
 
-    // The columns in front of the tree, and the branch of it.
-    void start(const ber_item& item, size_t length) {
+    // What is too wide for its column is a star there: no line shifts, and the number is told behind.
+    void column(uint64_t number, size_t width) {
+        uint64_t limit = 1;
+        for (size_t i = 1; i < width; ++i)
+            limit *= 10;
+        if (number < limit) return write_number(out_, number, width);
+        blanks(width - 1);
+        out_.put('*');
+    }
+
+    // The columns in front of the tree, and the branch of it. The length is the one that is written.
+    void start(const ber_item& item) {
         static constexpr const char* classes[] = {"  univ ", "  appl ", "  cont ", "  priv "};
         columns(item.offset, item.header);
         if (item.indefinite)
             out_.write("      indef");
         else
-            write_number(out_, length, 11);
+            column(item.declared, 11);
         out_.write(classes[item.cls]);
         if (item.damage == ber_damage::tag_too_large)
             out_.write("     ?");
         else
-            write_number(out_, item.tag, 6);
+            column(item.tag, 6);
         out_.write(item.constructed ? "  cons  " : "  prim  ");
         indent(item.depth);
     }
@@ -271,14 +289,14 @@ private:
     }
     void start_damage(size_t depth) {
         ++problems_;
-        blanks(45);
+        blanks(offset_width_ + 37);
         indent(depth);
         color("\x1B[31m");
         out_.write("! ");
     }
     void start_damage(size_t depth, size_t offset) {
         ++problems_;
-        write_number(out_, offset, 8);
+        write_number(out_, offset, offset_width_);
         blanks(37);
         indent(depth);
         color("\x1B[31m");
@@ -298,6 +316,7 @@ private:
     const record_type* record_;
     output out_;
     bool in_color_;
+    size_t offset_width_ = 8;
     bool behind_ = false;  // the record has ended
     size_t problems_ = 0;
     uint64_t unread_ = 0;

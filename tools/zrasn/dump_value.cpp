@@ -12,8 +12,9 @@ namespace zr::tool {
 
 namespace {
 
-constexpr size_t most_hex = 24;   // octets that are shown as digits
-constexpr size_t most_text = 72;  // octets that are shown as text
+constexpr size_t most_hex = 24;      // octets that are shown as digits
+constexpr size_t most_text = 72;     // octets that are shown as text
+constexpr size_t most_decimal = 64;  // octets of a number that is shown in decimal digits
 
 void write_length(output& out, size_t shown, size_t all) {
     if (shown == all) return;
@@ -24,6 +25,13 @@ void write_length(output& out, size_t shown, size_t all) {
 
 void write_octets(output& out, const unsigned char* octets, size_t count) {
     out.write_hex(octets, std::min(count, most_hex));
+}
+
+// Contents that are not what their type asks for, so that nobody takes the digits for a value.
+void write_damaged(output& out, const unsigned char* octets, size_t count) {
+    out.write("octets ");
+    write_octets(out, octets, count);
+    write_length(out, std::min(count, most_hex), count);
 }
 
 // Where a text may be cut: not within a character.
@@ -69,7 +77,7 @@ void append_utf8(std::string& text, uint32_t code_point) {
 
 // BMPString and UniversalString. Units that are no characters come out as octets that are not UTF-8, and so escaped.
 void write_wide_text(output& out, const unsigned char* octets, size_t count, size_t unit) {
-    if (count % unit != 0) return write_octets(out, octets, count), write_length(out, std::min(count, most_hex), count);
+    if (count % unit != 0) return write_damaged(out, octets, count);
     const size_t shown = std::min(count, most_text);
     std::string text;
     for (size_t i = 0; i < shown; i += unit) {
@@ -84,39 +92,84 @@ void write_wide_text(output& out, const unsigned char* octets, size_t count, siz
     write_length(out, shown, count);
 }
 
-void write_integer(output& out, const unsigned char* octets, size_t count) {
-    if (count == 0 || count > 8) {
-        write_octets(out, octets, count);
-        write_length(out, std::min(count, most_hex), count);
-        return;
+// The decimal digits of an unsigned number in any count of octets: repeated division by 10^9.
+std::string decimal(const unsigned char* octets, size_t count) {
+    constexpr uint64_t unit = 1000000000;
+    unsigned char digits[most_decimal];  // of the quotient, to the base 256; those before `first` are 0
+    std::copy(octets, octets + count, digits);
+    std::string text;
+    for (size_t first = 0; first != count;) {
+        uint64_t rest = 0;
+        for (size_t i = first; i < count; ++i) {
+            rest = rest << 8 | digits[i];
+            digits[i] = static_cast<unsigned char>(rest / unit);  // rest was below 10^9
+            rest %= unit;
+        }
+        while (first != count && digits[first] == 0)
+            ++first;
+        std::string part = std::to_string(rest);
+        if (first != count) part.insert(0, 9 - part.size(), '0');
+        text.insert(0, part);
     }
-    uint64_t bits = (octets[0] & 0x80) != 0 ? ~uint64_t{0} : 0;
-    for (size_t i = 0; i < count; ++i)
-        bits = bits << 8 | octets[i];
-    if (static_cast<int64_t>(bits) < 0) {
-        out.put('-');
-        bits = ~bits + 1;
-    }
-    write_number(out, bits);
+    return text;
 }
 
-// X.690, 8.19: the first subidentifier carries two arcs. False when the octets are none.
+// Octets that only repeat the sign are no part of the number.
+void write_integer(output& out, const unsigned char* octets, size_t count) {
+    if (count == 0) return;
+    const bool negative = (octets[0] & 0x80) != 0;
+    const unsigned char sign = negative ? 0xFF : 0;
+    while (count > 1 && octets[0] == sign && ((octets[1] & 0x80) != 0) == negative) {
+        ++octets;
+        --count;
+    }
+    if (count > most_decimal) {
+        out.write("0x");
+        write_octets(out, octets, count);
+        return write_length(out, most_hex, count);
+    }
+    unsigned char magnitude[most_decimal];
+    unsigned carry = negative ? 1 : 0;
+    for (size_t i = count; i-- != 0; carry >>= 8) {
+        carry += octets[i] ^ sign;
+        magnitude[i] = static_cast<unsigned char>(carry);
+    }
+    if (negative) out.put('-');
+    out.write(decimal(magnitude, count));
+}
+
+// X.690, 8.19: seven bits an octet; the first number carries two arcs. False when there are none to show: damaged, or
+// larger than `most_decimal` octets.
 bool write_identifier(output& out, const unsigned char* octets, size_t count, bool relative) {
     constexpr size_t most = 128;  // octets
-    if (count == 0 || count > most || (octets[count - 1] & 0x80) != 0) return false;
+    if (count > most || wrong_identifier(octets, count) != nullptr) return false;
     std::string text;
-    uint64_t arc = 0;
-    for (size_t i = 0; i < count; ++i) {
-        if (arc >> 57 != 0) return false;
-        arc = arc << 7 | (octets[i] & 0x7F);
-        if ((octets[i] & 0x80) != 0) continue;
-        if (text.empty() && !relative) {
-            const uint64_t first = std::min<uint64_t>(arc / 40, 2);
-            text = std::to_string(first) + "." + std::to_string(arc - 40 * first);
-        } else {
-            text += (text.empty() ? "" : ".") + std::to_string(arc);
+    for (size_t begin = 0, end = 0; begin != count; begin = end) {
+        while ((octets[end++] & 0x80) != 0) {
         }
-        arc = 0;
+        const size_t bits = 7 * (end - begin);
+        if (bits > 8 * most_decimal) return false;
+        unsigned char arc[most_decimal] = {};
+        const size_t size = (bits + 7) / 8;
+        for (size_t i = begin; i != end; ++i) {
+            unsigned carry = octets[i] & 0x7Fu;
+            for (size_t k = size; k-- != 0; carry >>= 8) {
+                carry |= static_cast<unsigned>(arc[k]) << 7;
+                arc[k] = static_cast<unsigned char>(carry);
+            }
+        }
+        if (begin == 0 && !relative) {
+            const bool small = end == 1 && octets[0] < 80;
+            const unsigned first = small ? octets[0] / 40u : 2;
+            unsigned borrow = 40 * first;
+            for (size_t k = size; k-- != 0 && borrow != 0;) {
+                const unsigned there = arc[k];
+                arc[k] = static_cast<unsigned char>(there - borrow);
+                borrow = there < borrow ? 1 : 0;
+            }
+            text = std::to_string(first);
+        }
+        text += (text.empty() ? "" : ".") + decimal(arc, size);
     }
     out.write(text);
     return true;
@@ -157,6 +210,14 @@ void write_number(output& out, uint64_t number, size_t width) {
     for (auto count = static_cast<size_t>(end - digits); count < width; ++count)
         out.put(' ');
     out.write(digits, static_cast<size_t>(end - digits));
+}
+
+const char* wrong_identifier(const unsigned char* contents, size_t count) {
+    if (count == 0) return "an identifier has at least one octet";
+    if ((contents[count - 1] & 0x80) != 0) return "the last number is cut off";
+    for (size_t i = 0; i != count; ++i)
+        if (contents[i] == 0x80 && (i == 0 || (contents[i - 1] & 0x80) == 0)) return "a number in it begins with 80";
+    return nullptr;
 }
 
 const char* universal_type(uint64_t tag) {
@@ -200,22 +261,29 @@ const char* universal_type(uint64_t tag) {
     return tag < sizeof(names) / sizeof(*names) ? names[tag] : nullptr;
 }
 
+// Whether the first octets of a value say something without the others: of a number they would be another number.
+static bool is_cut_well(uint64_t tag) { return tag == 4 || tag == 12 || tag >= 18; }
+
 void write_value(output& out, const ber_item& item, const unsigned char* contents) {
     const size_t count = item.length;
+    if (item.constructed) return write_damaged(out, contents, count);
     if (item.cls != 0) return write_octet_string(out, contents, count);
+    if (item.damage == ber_damage::too_long && !is_cut_well(item.tag)) return write_damaged(out, contents, count);
     switch (item.tag) {
         case 1:
             if (count == 1) return out.write(*contents == 0 ? "FALSE" : "TRUE");
-            return write_octet_string(out, contents, count);
+            return write_damaged(out, contents, count);
         case 2:
         case 10:
             return write_integer(out, contents, count);
         case 3:
             return write_bits(out, contents, count);
+        case 5:
+            return write_damaged(out, contents, count);
         case 6:
         case 13:
             if (write_identifier(out, contents, count, item.tag == 13)) return;
-            return write_octet_string(out, contents, count);
+            return write_damaged(out, contents, count);
         case 28:
             return write_wide_text(out, contents, count, 4);
         case 30:

@@ -92,7 +92,8 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
                !item.is_universal(tag_sequence))
             ++top.next;
         if (top.next == top.type->end()) {
-            place.what = record_place::role::unexpected;
+            if (!top.excess) place.what = record_place::role::unexpected;
+            top.excess = true;
             return place;
         }
         place.member = top.next++;
@@ -115,15 +116,17 @@ record_place record_guide::visit(const ber_item& item) {
     } else {
         place = place_in(levels_.back(), item);
     }
+    const bool lost = item.damage == ber_damage::too_long;
+    if (lost) lose_rest();
     if (!item.opens()) return place;
-    level inner{nullptr, nullptr, 0, inside::unknown};
+    level inner{nullptr, nullptr, 0, inside::unknown, lost, false};
     if (place.record != nullptr) {
-        inner = {place.record, place.record->begin(), 0, inside::record};
+        inner = {place.record, place.record->begin(), 0, inside::record, lost, false};
     } else if (place.is_list()) {
-        inner = {nullptr, place.member, 0, inside::list};
+        inner = {nullptr, place.member, 0, inside::list, lost, false};
     } else if (place.what == record_place::role::member || place.what == record_place::role::element ||
                place.what == record_place::role::segment) {
-        inner = {nullptr, place.member, 0, inside::segments};
+        inner = {nullptr, place.member, 0, inside::segments, lost, false};
     }
     levels_.push_back(inner);
     return place;

@@ -39,18 +39,23 @@ public:
     explicit record_guide(const record_type* type) : type_(type) {}
 
     // To be called for every item in turn: leaves the levels that ended before it. `missing(depth, field)` is called
-    // for each mandatory member that a record has ended without.
+    // for each mandatory member that a record has ended without, unless something in it could not be read, or had a
+    // length that took in what stood behind it.
     template <class Missing>
     void leave(size_t depth, Missing&& missing) {
         for (; levels_.size() > depth; levels_.pop_back()) {
             const level& top = levels_.back();
-            if (top.what != inside::record) continue;
+            if (top.what != inside::record || top.lost) continue;
             for (const field* left = top.next; left != top.type->end(); ++left)
                 if (left->kind != field_kind::optional_nested) missing(levels_.size(), *left);
         }
     }
     // Then for every element.
     record_place visit(const ber_item& item);
+    // The octets left of the innermost open level cannot be read.
+    void lose_rest() {
+        if (!levels_.empty()) levels_.back().lost = true;
+    }
 
     // The way to the element visited last, such as "attrs[3].name"; the middle of a long one is left out.
     std::string path() const;
@@ -62,6 +67,8 @@ private:
         const field* next;        // member; in lists and strings the one that they are
         uint32_t index;
         inside what;
+        bool lost;    // members may be missing
+        bool excess;  // one element more than there are members has been met: others are no news
     };
 
     record_place place_in(level& top, const ber_item& item);
