@@ -104,8 +104,82 @@ printf '%s' "$hex" > in
 check 0 "\"$id\"" '' decode uuid_t --from hex
 check 1 '' '275063204' decode uuid_t --from raw
 check 1 '' '275063190' decode uuid_t --from base64
+
+# What an input has beside the first record is told, and the exit code is 1; that record is printed all the same.
+block=$(base64 -w20 raw)
+# more WHAT ARGUMENT...: the record on standard output, WHAT on standard error.
+more() {
+    local what=$1
+    shift
+    check 1 "\"$id\"" "$what" decode uuid_t "$@"
+    [ "$(wc -l < out)" -eq 1 ] && [ "$(wc -l < err)" -eq 1 ] || fail "$what: $(cat out err)"
+}
+cat raw raw > in
+more 'standard input:37: 37 octets behind the record, as of another one: not decoded'
+check 1 'standard input:37: 37 octets after the record' '' check
+echo "$hex 00" > in
+more 'in:37: 1 octet behind the record: not decoded' in
+tail -c +7 raw | od -An -v -tx1 | sed '1s/^/ 3080/; $s/$/ 0000 0404/' > in
+more 'standard input:35: 2 octets behind the record: not decoded'
+printf '%s\n' '-----BEGIN A-----' "$block" '-----END A-----' '-----BEGIN A-----' 'garbage!' > in
+more 'standard input:89: another armoured block: not read'
+check 1 'fits uuid_t, as' 'standard input:89: another armoured block: not read' check
+check 1 'node OCTET STRING' 'another armoured block' dump --record uuid_t
+printf '%s\r\n' '-----BEGIN A-----' "$block" '-----END B-----' > in
+more 'standard input:75: the armour of "A" ends as that of "B"'
+check 1 'fits uuid_t, as' 'the armour of "A" ends as that of "B"' check
+printf '%s\n' '-----BEGIN A-----' "$block" '-----BEGIN A-----' "$block" '-----END A-----' > in
+check 1 '' 'standard input:73: a -----BEGIN line inside the armour' decode uuid_t
+printf '%s\n' '-----BEGIN A-----' "$block" 'a: b' '-----END A-----' > in
+check 1 '' 'a base64 digit behind the padding' decode uuid_t
 echo "-----BEGIN UUID-----" > in
 check 1 '' 'no -----END line' decode uuid_t
+echo "$hex $hex" > in
+check 1 "\"$id\"" 'standard input: line 1:37: 37 octets behind the record, as of another one' decode uuid_t --lines
+
+# So is a text that a zero octet ends.
+for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2c 80 04 06 61646d696e00 0402 2d62 0000'; do
+    set -- $form
+    printf '30 %02x 020105 %s 0400' $((($(echo "$form" | tr -d ' ' | wc -c) - 1) / 2 + 5)) "$form" > in
+    for lines in '' --lines; do
+        check 1 '"admin"' 'str: a zero octet in a text' decode value_s_t $lines
+    done
+done
+echo 300a 020105 0c 03 616263 0400 > in
+check 0 '"abc"' '' decode value_s_t --compact
+echo 300b 020100 0c 00 0404 00000000 > in
+check 0 '"00000000"' '' decode value_s_t --compact
+
+# Input that can be no record, or no JSON, and input that is too large, is not read to its end.
+for command in 'decode uuid_t' check 'encode uuid_t'; do
+    for endless in 'cat /dev/zero' 'yes'; do
+        timeout 20 bash -c "$endless | '$program' $command" > out 2> err
+        [ $? -eq 1 ] || fail "$endless | zrasn $command: $(head -c 300 err)"
+    done
+done
+{ echo '{'; cat /dev/zero; } | timeout 20 "$program" encode uuid_t > out 2> err
+[ $? -eq 1 ] || fail "JSON and endless zeros: $(head -c 300 err)"
+truncate -s 5G in
+check 1 '' 'in: more than 4294967295 octets, which no encoding of a record has' decode uuid_t in
+check 1 '' 'in: more than 4294967295 octets, which no encoding of a record has' check in
+rm in
+
+# A file that is shortened while it is mapped.
+mkfifo pipe
+yes $'\1\1\377' | tr -d '\n' | head -c 3000000 > in
+{
+    "$program" dump in > pipe 2> err
+    echo $? > code
+} &
+exec 3< pipe
+read -r _ <&3
+: > in
+cat <&3 > out
+exec 3<&-
+wait
+[ "$(cat code)" -eq 3 ] || fail "a shortened file: exit code $(cat code)"
+grep -qx 'in: shortened, or not readable, while it was read' err || fail "a shortened file: $(cat err)"
+
 echo 'BAKs3DA=g' > in
 check 1 '' 'in:8: a base64 digit behind the padding' decode uuid_t in
 echo "${hex}0" > in

@@ -209,9 +209,26 @@ END
 echo 0407acdc 30 04 0c 00 30 00 > in
 same 1 check < /dev/null
 grep -qF 'found version 7, expected version 2 (zr_err_bad_envelope, 275063190)' err || fail "check: $(cat err)"
-echo 30 05 0c 00 30 01 00 > in
-same 1 check < /dev/null
-grep -qF 'input:6: values[0]: found end-of-contents octets (00), expected a SEQUENCE (30) (zr_err_no_match, 275063204)' err || fail "check: $(cat err)"
+grep -qF 'uuid_t' err && fail "check names a record: $(cat err)"
+# none NAME WHAT OCTETS...: they fit no record; NAME is the nearest, if there is one, and WHAT is wrong.
+none() {
+    local name=$1 what=$2
+    shift 2
+    echo "$@" > in
+    same 1 check < /dev/null
+    head -1 err | grep -qx "standard input: fits none of the records$name" || fail "check of $*: $(cat err)"
+    grep -qF -- "$what" err || fail "check of $*: $(cat err)"
+    [ -n "$name" ] || ! grep -qE '_(s_)?t\b' err || fail "check of $* names a record: $(cat err)"
+}
+none '' 'input:4: found the end of the data behind the envelope header, expected a SEQUENCE (30)' 04 02 ac dc
+none '' 'input:2: found the end of the data in the envelope header, expected 04 02 ac dc' 04 02
+none '' 'input:4: found a SEQUENCE (30) that is longer than the 3 octets left here' 04 02 ac dc 30 05 0c
+none '' 'input:0: found 31 02 05 00, expected the envelope header' 31 02 05 00
+none '' 'input: fits none' 30 14 30 12 a0 03 02 01 02 02 09 00 ca fe ca fe ca fe ca fe 05 00
+none '' 'input: fits none' 30 05 02 01 05 05 00
+none '; nearest is value_s_t, and as near yvaction_s_t, and as near ejauditevent_s_t' 'input:6: data: found a NULL (05), expected an OCTET STRING (04)' 30 07 02 00 0c 00 05 00 00
+none '; nearest is acl_ext_s_t' 'input:12: entries[0].permset.perms[0]: found a BOOLEAN' \
+    30 13 0c 00 30 0b 30 09 30 04 30 02 01 00 02 01 05 30 00 30 00
 
 # Size: memory and time do not follow that of a string, and the depth does not use the stack.
 { printf '\x04\x84\x05\xf5\xe1\x00'; head -c 100000000 /dev/zero; } > big.ber

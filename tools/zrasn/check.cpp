@@ -1,14 +1,14 @@
 // check: whether an encoding fits a record, and where it deviates from what the library writes.
+#include <cstdio>
 #include <string>
-#include <vector>
 
 #include "asn1/asnbase/status.h"
-#include "decode_octets.h"
 #include "deviations.h"
+#include "envelope.h"
 #include "input.h"
-#include "locate.h"
 #include "output.h"
 #include "record_holder.h"
+#include "record_match.h"
 #include "refusal.h"
 #include "verbs.h"
 
@@ -27,7 +27,7 @@ int decode(const octets_input& in, const record_type& type, record_holder& recor
 }
 
 int refuse(const octets_input& in, const record_type& type, int status, color_mode color) {
-    print_refusal(in, type, explain(in.data(), in.size(), type, status), color);
+    print_refusal(in, &type, explain(in.data(), in.size(), type, status), color);
     return exit_refused;
 }
 
@@ -58,31 +58,38 @@ int check_one(const octets_input& in, const record_type& type, color_mode color)
     return exact ? exit_good : exit_refused;
 }
 
-// Without a record: all whose shape fits, or the one that fits furthest.
+// Says which record comes nearest and why it does not fit, if one is near.
+int refuse_all(const octets_input& in, const record_match& match, color_mode color) {
+    std::string nearest;
+    for (const record_type* type : match.nearest)
+        nearest += (nearest.empty() ? "; nearest is " : ", and as near ") + std::string(type->name);
+    std::fprintf(stderr, "%s: fits none of the records%s\n", in.label().c_str(), nearest.c_str());
+    if (match.nearest.empty()) return exit_refused;
+    record_holder record(*match.nearest.front());
+    return refuse(in, *match.nearest.front(), decode(in, *match.nearest.front(), record), color);
+}
+
+// The same of octets that no record matters for: their envelope is wrong, or they are no SEQUENCE.
+int refuse_any(const octets_input& in, const record_type& type, int status, color_mode color) {
+    std::fprintf(stderr, "%s: fits none of the records\n", in.label().c_str());
+    print_refusal(in, nullptr, explain(in.data(), in.size(), type, status), color);
+    return exit_refused;
+}
+
+// Without a record: all whose shape fits.
 int check_all(const octets_input& in, color_mode color) {
-    std::vector<const record_type*> fitting;
-    const record_type* nearest = nullptr;
-    size_t furthest = 0;
-    for (const record_module* module : modules()) {
-        for (const record_type* type : *module) {
-            mismatch found;
-            const size_t header = header_of(in);
-            if (!locate_mismatch(in.data() + header, in.size() - header, *type, found)) {
-                fitting.push_back(type);
-            } else if (nearest == nullptr || found.offset > furthest) {
-                nearest = type;
-                furthest = found.offset;
-            }
-        }
-    }
-    if (fitting.size() == 1) return check_one(in, *fitting.front(), color);
-    if (fitting.empty()) {
-        record_holder record(*nearest);
-        return refuse(in, *nearest, decode(in, *nearest, record), color);
-    }
+    const record_type& any = **modules().modules[0]->begin();
+    record_holder held(any);
+    const int status_of_any = decode(in, any, held);
+    if (status_of_any == zr_err_bad_envelope) return refuse_any(in, any, status_of_any, color);
+    const size_t header = header_of(in);
+    const record_match match = match_records(in.data() + header, in.size() - header);
+    if (match.fitting.size() == 1) return check_one(in, *match.fitting.front(), color);
+    if (match.is_no_sequence) return refuse_any(in, any, status_of_any, color);
+    if (match.fitting.empty()) return refuse_all(in, match, color);
     output out("");
     bool exact = false;
-    for (const record_type* type : fitting) {
+    for (const record_type* type : match.fitting) {
         record_holder record(*type);
         const int status = decode(in, *type, record);
         if (status != zr_ok) return refuse(in, *type, status, color);
@@ -95,8 +102,12 @@ int check_all(const octets_input& in, color_mode color) {
 }  // namespace
 
 int run_check(const check_options& options) {
-    const octets_input in = read_input(options.file, options.from);
-    return options.record != nullptr ? check_one(in, *options.record, options.color) : check_all(in, options.color);
+    const octets_input in = read_input(options.file, options.from, wanted_input::record);
+    const int code =
+        options.record != nullptr ? check_one(in, *options.record, options.color) : check_all(in, options.color);
+    if (in.remark().empty()) return code;
+    std::fprintf(stderr, "%s\n", in.remark().c_str());
+    return exit_refused;
 }
 
 }  // namespace zr::tool

@@ -1,17 +1,15 @@
 // decode: envelopes to JSON.
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "asn1/asnbase/status.h"
-#include "asn1/zrasnapi.h"
-#include "decode_octets.h"
+#include "envelope.h"
 #include "input.h"
 #include "json_writer.h"
 #include "lines.h"
+#include "losses.h"
 #include "output.h"
 #include "record_holder.h"
 #include "refusal.h"
@@ -19,25 +17,6 @@
 #include "verbs.h"
 
 namespace zr::tool {
-
-namespace {
-
-constexpr unsigned char standard_header[] = {4, 2, 0xAC, 0xDC};
-
-}  // namespace
-
-int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents) {
-    if (size > UINT32_MAX - sizeof(standard_header)) return zr_err_out_of_memory;
-    std::unique_ptr<unsigned char[]> whole;
-    zr_asn_buffer_t in{static_cast<unsigned int>(size), const_cast<unsigned char*>(data)};  // which is only read
-    if (lacks_header(data, size)) {
-        whole.reset(new unsigned char[size + sizeof(standard_header)]);
-        std::memcpy(whole.get(), standard_header, sizeof(standard_header));
-        std::memcpy(whole.get() + sizeof(standard_header), data, size);
-        in = {static_cast<unsigned int>(size + sizeof(standard_header)), whole.get()};
-    }
-    return type.decode(in, contents);
-}
 
 namespace {
 
@@ -52,11 +31,18 @@ bool octets_of(std::string_view line, input_form form, std::vector<unsigned char
     return false;
 }
 
+// What a record that was decoded has and its JSON has not.
+void print_loss(const std::string& label, const loss& lost) {
+    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
+                 lost.path.empty() ? "" : ": ", lost.what.c_str());
+}
+
 int decode_lines(const decode_options& options) {
     const record_type& type = *options.record;
     line_reader lines(options.file);
     output out(options.output);
     line_progress progress;
+    bool all_given = true;
     std::vector<unsigned char> octets;
     for (std::string_view line; lines.next(line);) {
         line_refusal wrong{};
@@ -69,6 +55,11 @@ int decode_lines(const decode_options& options) {
             if (good) {
                 write_json(out, type, record.get(), json_layout::one_line);
                 out.put('\n');
+                find_losses(octets.data(), octets.size(), envelope_header_size(octets.data(), octets.size()), type,
+                            record.get(), [&](const loss& lost) {
+                                print_loss(lines.label() + ": line " + std::to_string(lines.number()), lost);
+                                all_given = false;
+                            });
                 progress.accepted();
             } else {
                 refused = explain(octets.data(), octets.size(), type, status);
@@ -84,26 +75,33 @@ int decode_lines(const decode_options& options) {
         if (out.is_terminal()) out.flush();
     }
     out.close();
-    return progress.any_refused() ? exit_refused : exit_good;
+    return progress.any_refused() || !all_given ? exit_refused : exit_good;
 }
 
 }  // namespace
 
 int run_decode(const decode_options& options) {
     if (options.lines) return decode_lines(options);
-    const octets_input in = read_input(options.file, options.from);
+    const octets_input in = read_input(options.file, options.from, wanted_input::record);
     const record_type& type = *options.record;
     record_holder record(type);
     const int status = decode_octets(type, in.data(), in.size(), record.get());
     if (status != zr_ok) {
-        print_refusal(in, type, explain(in.data(), in.size(), type, status), options.color);
+        print_refusal(in, &type, explain(in.data(), in.size(), type, status), options.color);
         return exit_refused;
     }
     output out(options.output);
     write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented);
     out.put('\n');
     out.close();
-    return exit_good;
+    bool all_given = in.remark().empty();
+    if (!all_given) std::fprintf(stderr, "%s\n", in.remark().c_str());
+    find_losses(in.data(), in.size(), envelope_header_size(in.data(), in.size()), type, record.get(),
+                [&](const loss& lost) {
+                    print_loss(in.label(), lost);
+                    all_given = false;
+                });
+    return all_given ? exit_good : exit_refused;
 }
 
 }  // namespace zr::tool

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "asn1/asnbase/status.h"
 #include "asn1/zrasnapi.h"
 #include "ber.h"
 #include "record_guide.h"
+#include "text.h"
 
 namespace zr::tool {
 
@@ -71,6 +73,7 @@ public:
         for (ber_item item; scanner.next(item);) {
             item.offset += header;
             leave_slots(item.depth);
+            leave_segments(item.depth);
             if (item.depth == 0 && item.offset != header) break;
             guide_.leave(item.depth, [](size_t, const field&) {});
             if (item.kind == ber_kind::end_of_contents && item.depth == 1) end = item.offset + 2;
@@ -82,6 +85,7 @@ public:
             element(item, place);
         }
         leave_slots(0);
+        leave_segments(0);
         compare(contents, header, end);
         if (end == size_) return;
         guide_.leave(0, [](size_t, const field&) {});
@@ -102,10 +106,12 @@ private:
         in_slots(item, place);
         const bool is_string = place.what == role::segment || place.member != nullptr;
         if (!is_string || place.record != nullptr || place.is_list()) return;
-        if (item.constructed)
-            report(item.offset, "a string in segments");
-        else
-            contents(item, place);
+        if (!item.constructed) return contents(item, place);
+        report(item.offset, "a string in segments");
+        if (is_text(*place.member) && !in_segments_) {
+            in_segments_ = true;
+            segments_ = {item.depth, item.offset, guide_.path(), {}};
+        }
     }
 
     void contents(const ber_item& item, const record_place& place) {
@@ -118,17 +124,37 @@ private:
             report(at, (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
                            ", read as " + std::to_string(forms.read) + " and written as " +
                            digits_of(forms.written, forms.written_size));
-        } else if (member.kind == field_kind::text || member.kind == field_kind::list_of_texts) {
-            if (item.length == 0) return;
-            const void* zero = std::memchr(octets, 0, item.length);
-            if (zero != nullptr)
-                report(static_cast<size_t>(static_cast<const unsigned char*>(zero) - data_),
-                       "a zero octet in a text, which is read up to there");
+        } else if (is_text(member)) {
+            text({reinterpret_cast<const char*>(octets), item.length}, at);
         } else if (member.kind == field_kind::fixed_octets && place.what == role::member &&
                    item.length != member.size) {
             report(item.offset, counted(item.length, "octet") + " where " + std::to_string(member.size) +
                                     " are written; the rest is " + (item.length < member.size ? "zero" : "dropped"));
         }
+    }
+
+    static bool is_text(const field& member) {
+        return member.kind == field_kind::text || member.kind == field_kind::list_of_texts;
+    }
+
+    void text(std::string_view octets, size_t at) {
+        const size_t zero = octets.find('\0');
+        if (zero != octets.npos)
+            report(deviation_kind::cut_text, at + zero, "a zero octet in a text, which is read up to there",
+                   guide_.path());
+        if (in_segments_) {
+            segments_.text += octets;  // a character may begin in one and end in the next
+            return;
+        }
+        const size_t good = utf8_size(octets);
+        if (good != octets.size())
+            report(deviation_kind::not_utf8, at + good, "a text that is not UTF-8", guide_.path());
+    }
+    void leave_segments(size_t depth) {
+        if (!in_segments_ || segments_.depth < depth) return;
+        in_segments_ = false;
+        if (!is_utf8(segments_.text))
+            report(deviation_kind::not_utf8, segments_.offset, "a text that is not UTF-8", segments_.path);
     }
 
     // Empty slots behind the last used one are not written, and there are only so many.
@@ -163,10 +189,19 @@ private:
 
     void report(size_t offset, const std::string& what) { report(offset, what, guide_.path()); }
     void report(size_t offset, const std::string& what, const std::string& path) {
-        any_ = true;
-        report_({offset, path, what});
+        report(deviation_kind::form, offset, what, path);
+    }
+    void report(deviation_kind kind, size_t offset, const std::string& what, const std::string& path) {
+        any_ = any_ || kind != deviation_kind::not_utf8;
+        report_({kind, offset, path, what});
     }
 
+    struct segmented_text {
+        size_t depth;
+        size_t offset;
+        std::string path;
+        std::string text;  // of the segments so far
+    };
     struct trailing_slots {
         size_t depth;
         size_t offset;
@@ -178,7 +213,9 @@ private:
     const record_type& type_;
     record_guide guide_;
     const std::function<void(const deviation&)>& report_;
-    bool any_ = false;
+    bool any_ = false;  // form that the library does not write
+    bool in_segments_ = false;
+    segmented_text segments_{};
     std::vector<trailing_slots> slots_;
 };
 

@@ -9,7 +9,12 @@
 
 namespace zr::tool {
 
+// What another form means for the value: nothing; a text ends before its octets do; or a text is none in UTF-8, which
+// the library neither notices nor changes.
+enum class deviation_kind { form, cut_text, not_utf8 };
+
 struct deviation {
+    deviation_kind kind;
     size_t offset;     // from the front of the input, header included
     std::string path;  // of the member; empty for the record itself
     std::string what;  // such as "a length of 3 octets, 1 would do"
@@ -17,8 +22,9 @@ struct deviation {
 
 // find_deviations reports all deviations of an encoding that decodes as `type` into `contents`, in the order in which
 // they show: longer identifiers and lengths, indefinite lengths, strings in segments, longer integers and numbers that
-// the member cannot hold, empty slots at the end, octets behind the record. None: the library writes these octets. The
-// first `header` octets are the envelope's header; 0 when there is none.
+// the member cannot hold, zero octets in texts and texts that are not UTF-8, empty slots at the end, octets behind the
+// record. None: the library writes these octets. The first `header` octets are the envelope's header; 0 when there is
+// none.
 void find_deviations(const unsigned char* data, size_t size, size_t header, const record_type& type, void* contents,
                      const std::function<void(const deviation&)>& report);
 

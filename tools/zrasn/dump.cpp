@@ -325,8 +325,11 @@ private:
 }  // namespace
 
 int run_dump(const dump_options& options) {
-    const octets_input in = read_input(options.file, options.from);
-    return tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO)).run();
+    const octets_input in = read_input(options.file, options.from, wanted_input::anything);
+    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO)).run();
+    if (in.remark().empty()) return code;
+    std::fprintf(stderr, "%s\n", in.remark().c_str());
+    return exit_refused;
 }
 
 }  // namespace zr::tool

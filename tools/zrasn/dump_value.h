@@ -6,10 +6,10 @@
 
 namespace zr::tool {
 
-// write_value writes the value of an element by its universal type: numbers in decimal digits (of more than 64 octets: 0x
-// and the contents as they stand), texts in quotes, dotted identifiers, and octets as hexadecimal digits. Contents that
-// are not of their type, or not all there, are "octets" and their digits. Long values are cut, with their length behind.
-// Nothing is written for an element without contents that needs none. Only printable characters are written.
+// write_value writes the value of an element by its universal type: numbers in decimal digits (of more than 64 octets:
+// 0x and the contents as they stand), texts in quotes, dotted identifiers, and octets as hexadecimal digits. Contents
+// that are not of their type, or not all there, are "octets" and their digits. Long values are cut, with their length
+// behind. Nothing is written for an element without contents that needs none. Only printable characters are written.
 void write_value(output& out, const ber_item& item, const unsigned char* contents);
 
 // A number in decimal digits, filled up with spaces on the left.

@@ -113,7 +113,7 @@ int encode_lines(const encode_options& options) {
 
 int run_encode(const encode_options& options) {
     if (options.lines) return encode_lines(options);
-    const octets_input in = read_input(options.file, input_form::raw);
+    const octets_input in = read_input(options.file, input_form::raw, wanted_input::json);
     const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
     if (!result.good) return refuse(in, options, result);
     output out(options.output);

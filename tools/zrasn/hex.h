@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace zr::tool {
@@ -34,6 +35,18 @@ inline bool read_hex(std::string_view digits, unsigned char* to) {
         *to++ = static_cast<unsigned char>(octet);
     }
     return all >= 0 && digits.size() % 2 == 0;
+}
+
+// Octets in a message: "04 02 ac dc".
+inline std::string hex_text(const unsigned char* octets, size_t count) {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (size_t i = 0; i != count; ++i) {
+        if (i != 0) text += ' ';
+        text += digits[octets[i] >> 4];
+        text += digits[octets[i] & 15];
+    }
+    return text;
 }
 
 }  // namespace zr::tool

@@ -1,6 +1,7 @@
 #include "input.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +15,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "armour.h"
+#include "envelope.h"
 #include "hex.h"
 #include "text.h"
 #include "text_decoder.h"
@@ -57,6 +60,7 @@ octets_input& octets_input::operator=(octets_input&& other) noexcept {
     std::swap(label_, other.label_);
     std::swap(form_, other.form_);
     std::swap(header_size_, other.header_size_);
+    std::swap(remark_, other.remark_);
     return *this;
 }
 
@@ -66,11 +70,47 @@ void octets_input::forget(size_t offset) const {
     madvise(mapping_, offset / page * page, MADV_DONTNEED);  // they come back from the file
 }
 
+namespace {
+
+// A mapped file that is shortened, or cannot be read, shows as a signal when its octets are looked at.
+char shortened_message[4096];
+size_t shortened_size = 0;
+const char* mapping_begin = nullptr;
+size_t mapping_size = 0;
+
+extern "C" void on_bus_error(int signal, siginfo_t* about, void*) {
+    const char* at = static_cast<const char*>(about->si_addr);
+    if (at >= mapping_begin && at < mapping_begin + mapping_size) {
+        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, shortened_message, shortened_size);
+        _exit(exit_io);
+    }
+    std::signal(signal, SIG_DFL);  // and the fault comes again
+}
+
+void watch_mapping(const void* mapping, size_t size, const std::string& label) {
+    const std::string message = label + ": shortened, or not readable, while it was read\n";
+    shortened_size = message.copy(shortened_message, sizeof(shortened_message));
+    mapping_begin = static_cast<const char*>(mapping);
+    mapping_size = size;
+    struct sigaction action = {};
+    action.sa_sigaction = on_bus_error;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGBUS, &action, nullptr);
+}
+
+// Whether JSON may begin so.
+bool may_be_json(std::string_view text) {
+    const size_t first = text.find_first_not_of(" \t\r\n");
+    return first == text.npos || std::strchr("{[\"tfn-0123456789\xEF", text[first]) != nullptr;
+}
+
+}  // namespace
+
 // input_builder reads a file and undoes its form on the way.
 class input_builder {
 public:
-    input_builder(const std::string& file, std::string label)
-        : file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    input_builder(const std::string& file, std::string label, wanted_input wanted)
+        : wanted_(wanted), file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
         made_.label_ = std::move(label);
         if (file_.get() < 0) fail();
     }
@@ -82,15 +122,15 @@ public:
         armoured_ = form == input_form::base64 && has_armour(text());
         if (form == input_form::raw) {
             if (!map_all(count)) {
-                for (; count != 0; count = read_chunk())
+                for (; count != 0 && !hopeless_; count = read_chunk())
                     append(buffer_.get(), count);
             }
         } else {
             made_.form_ = form == input_form::hex ? "hex" : armoured_ ? "armour" : "base64";
             decoder_ = text_decoder(form);
-            for (; count != 0; count = read_chunk())
-                armoured_ ? undo_armour(count) : undo(text().data(), count, read_);
-            finish_text();
+            for (; count != 0 && !hopeless_; count = read_chunk())
+                armoured_ ? undo_armour(count) : undo(text(), read_);
+            if (!hopeless_) finish_text();
         }
         return finish();
     }
@@ -132,19 +172,8 @@ private:
         return hex ? input_form::hex : input_form::base64;
     }
 
-    // Armour may have text before it, but begins a line.
-    static bool has_armour(std::string_view text) {
-        const size_t begin = text.find("-----BEGIN ");
-        return begin != text.npos && (begin == 0 || text[begin - 1] == '\n') && is_text(text.substr(0, begin));
-    }
-
-    static bool is_text(std::string_view text) {
-        for (unsigned char c : text)
-            if ((c < ' ' && !is_space(static_cast<char>(c))) || c == 0x7F) return false;
-        return true;
-    }
-
     void append(const unsigned char* octets, size_t count) {
+        check(octets, count);
         if (spool_ == nullptr && made_.size_ + count > in_memory) start_spool();
         if (spool_ != nullptr) {
             if (std::fwrite(octets, 1, count, spool_.get()) != count) spool_failed();
@@ -156,6 +185,21 @@ private:
             std::memcpy(made_.block_ + made_.size_, octets, count);
         }
         made_.size_ += count;
+    }
+
+    void check(const unsigned char* octets, size_t count) {
+        if (wanted_ == wanted_input::json) {
+            const std::string_view text(reinterpret_cast<const char*>(octets), count);
+            hopeless_ = text.find('\0') != text.npos || (made_.size_ == 0 && !may_be_json(text));
+        } else if (wanted_ == wanted_input::record) {
+            if (made_.size_ == 0 && count != 0) hopeless_ = !may_be_record(octets, count);
+            check_size(made_.size_ + count);
+        }
+    }
+    void check_size(uint64_t size) const {
+        if (wanted_ != wanted_input::record || size <= most_encoding_octets) return;
+        throw input_error{exit_refused, made_.label_ + ": more than " + std::to_string(most_encoding_octets) +
+                                            " octets, which no encoding of a record has"};
     }
 
     [[noreturn]] static void spool_failed() {
@@ -175,6 +219,7 @@ private:
         if (count < chunk || fstat(file_.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
         const off_t end = lseek(file_.get(), 0, SEEK_CUR);
         if (end != static_cast<off_t>(count) || status.st_size <= static_cast<off_t>(in_memory)) return false;
+        check_size(static_cast<uint64_t>(status.st_size));
         made_.size_ = static_cast<size_t>(status.st_size);
         return map(file_.get());
     }
@@ -188,46 +233,44 @@ private:
         made_.mapping_ = mapping;
         made_.mapped_ = made_.size_;
         made_.data_ = static_cast<const unsigned char*>(mapping);
+        watch_mapping(mapping, made_.size_, made_.label_);
         return true;
     }
 
-    // Decodes what stands at `text`, which is at `at` in the file.
-    void undo(const char* text, size_t count, size_t at) {
+    // Decodes a text, which is at `at` in the file.
+    void undo(std::string_view text, size_t at) {
         unsigned char octets[4096];
-        const char* next = text;
-        while (next != text + count) {
-            append(octets, decoder_.decode(next, text + count, octets, sizeof(octets)));
-            if (decoder_.refused()) refuse(at + static_cast<size_t>(next - text), decoder_.problem());
+        const char* next = text.data();
+        const char* const end = next + text.size();
+        while (next != end && !hopeless_) {
+            append(octets, decoder_.decode(next, end, octets, sizeof(octets)));
+            if (decoder_.refused()) refuse(at + static_cast<size_t>(next - text.data()), decoder_.problem());
         }
     }
 
-    // RFC 7468: the first block counts; what stands before and behind it, and header lines in it, do not.
     void undo_armour(size_t count) {
         for (size_t i = 0; i < count; ++i) {
-            if (buffer_[i] != '\n') {
-                line_ += static_cast<char>(buffer_[i]);
-                if (line_.size() > chunk) refuse(read_ + i, "a line too long for armour");
-                continue;
-            }
-            armour_line(read_ + i - line_.size());
+            if (buffer_[i] == '\n')
+                armour_line(read_ + i - line_.size());
+            else if (line_ += static_cast<char>(buffer_[i]); line_.size() > chunk)
+                refuse(read_ + i, "a line too long for armour");
         }
     }
 
     void armour_line(size_t at) {
-        if (line_.compare(0, 10, "-----BEGIN") == 0 && armour_ == armour::before) {
-            armour_ = armour::inside;
-        } else if (line_.compare(0, 8, "-----END") == 0 && armour_ == armour::inside) {
-            armour_ = armour::behind;
-        } else if (armour_ == armour::inside && line_.find(':') == line_.npos) {
-            undo(line_.data(), line_.size(), at);
-        }
+        std::string_view line = line_;
+        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+        if (armour_.take(line)) undo(line, at);
+        if (!armour_.problem().empty()) refuse(at, armour_.problem());
+        if (made_.remark_.empty() && !armour_.remark().empty())
+            made_.remark_ = made_.label_ + ":" + std::to_string(at) + ": " + armour_.remark();
         line_.clear();
     }
 
     void finish_text() {
         if (armoured_) {
             armour_line(read_ - line_.size());
-            if (armour_ != armour::behind) refuse(read_, "the armour has no -----END line");
+            if (!armour_.finish()) refuse(read_, armour_.problem());
         }
         if (!decoder_.finish()) refuse(read_, decoder_.problem());
     }
@@ -241,31 +284,31 @@ private:
             made_.data_ = made_.block_ != nullptr ? made_.block_ : &nothing;
         }
         const unsigned char* data = made_.data_;
-        if (made_.size_ > 4 && data[0] == 4 && data[2] == 0xAC && data[3] == 0xDC) made_.header_size_ = 4;
+        if (has_header(data, made_.size_)) made_.header_size_ = envelope_header_octets;
         return std::move(made_);
     }
 
     struct closer {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
-    enum class armour { before, inside, behind };
-
+    const wanted_input wanted_;
     descriptor file_;
     octets_input made_;
     std::unique_ptr<std::FILE, closer> spool_;
     std::unique_ptr<unsigned char[]> buffer_;
-    size_t filled_ = 0;  // octets in the buffer
-    size_t read_ = 0;    // octets of the file that lie before it
+    size_t filled_ = 0;      // octets in the buffer
+    size_t read_ = 0;        // octets of the file that lie before it
+    bool hopeless_ = false;  // the octets are not what is wanted: no more of them are read
     bool armoured_ = false;
-    armour armour_ = armour::before;
+    armour armour_;
     std::string line_;  // of the armour, as far as read
     text_decoder decoder_{input_form::hex};
 };
 
-octets_input read_input(const std::string& file, input_form form) {
-    return input_builder(file, input_label(file)).build(form);
+octets_input read_input(const std::string& file, input_form form, wanted_input wanted) {
+    return input_builder(file, input_label(file), wanted).build(form);
 }
 
-std::string input_label(const std::string& file) { return file == "-" ? "standard input" : printable(file); }
+std::string input_label(const std::string& file) { return file == "-" ? "standard input" : file_label(file); }
 
 }  // namespace zr::tool

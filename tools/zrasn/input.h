@@ -39,6 +39,9 @@ public:
     void forget(size_t offset) const;
     // Of the header; meaningless without one.
     unsigned char version() const { return header_size_ != 0 ? data_[1] : 0; }
+    // "FILE:OFFSET: what" that a text had beside these octets, such as another armoured block; empty when it had
+    // nothing.
+    const std::string& remark() const { return remark_; }
 
 private:
     friend class input_builder;
@@ -51,10 +54,16 @@ private:
     std::string label_;
     const char* form_ = "raw";
     size_t header_size_ = 0;
+    std::string remark_;
 };
 
-// read_input reads all of `file` ("-" is standard input). Throws input_error.
-octets_input read_input(const std::string& file, input_form form);
+// What the octets are to be. Of what can be no record, or no JSON, as its front tells, only the front is read: whoever
+// wants it refuses it. More octets than a record's encoding can have are refused while they are read.
+enum class wanted_input { anything, record, json };
+
+// read_input reads all of `file` ("-" is standard input). Throws input_error. A file that is shortened, or gets
+// unreadable, while its octets are looked at ends the program with exit_io and a message.
+octets_input read_input(const std::string& file, input_form form, wanted_input wanted);
 
 // The label of a file in messages: its name, fit for a terminal; "standard input" for "-".
 std::string input_label(const std::string& file);

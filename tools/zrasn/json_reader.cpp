@@ -62,16 +62,6 @@ char* copy_text(std::string_view text) {
     return copy;
 }
 
-// A value in a message: enough of it to be found again.
-std::string shown(std::string_view value) {
-    constexpr size_t longest = 40;
-    if (value.size() <= longest) return "\"" + printable(value) + "\"";
-    size_t cut = longest;
-    while (cut > longest - 3 && (static_cast<unsigned char>(value[cut]) & 0xC0) == 0x80)
-        --cut;
-    return "\"" + printable(value.substr(0, cut)) + "...\"";
-}
-
 // record_builder receives the events of nlohmann's parser.
 class record_builder {
 public:
@@ -123,7 +113,7 @@ public:
             case value::slot:
                 if (!is_uuid(*at.type)) break;
                 if (!parse_uuid(text, record_at(at)))
-                    return refuse("found " + shown(text) + ", expected " + name_of(at));
+                    return refuse("found " + in_quotes(text) + ", expected " + name_of(at));
                 return done();
             default:
                 break;
@@ -147,7 +137,7 @@ public:
     bool key(const string_t& name) {
         if (hex_ != hex_text::none) {
             if (hex_ != hex_text::key || name != "hex")
-                return refuse("found a member " + shown(name) + ", expected one member \"hex\"");
+                return refuse("found a member " + in_quotes(name) + ", expected one member \"hex\"");
             hex_ = hex_text::value;
             return true;
         }
@@ -363,7 +353,7 @@ private:
         const size_t count = digits.size() / 2;
         if (at.member->kind == field_kind::fixed_octets) {
             if (digits.size() != size_t{at.member->size} * 2)
-                return refuse("found " + shown(digits) + ", expected " + name_of(at));
+                return refuse("found " + in_quotes(digits) + ", expected " + name_of(at));
             to = reinterpret_cast<unsigned char*>(top.contents) + at.member->offset;
         } else if (count > UINT32_MAX) {
             return refuse("found too many octets, expected at most 4294967295");
@@ -372,14 +362,14 @@ private:
             place<unsigned char*>(top.contents, at.member->offset) = to;
             store_integer(top.contents + at.member->count_offset, at.member->count, static_cast<int32_t>(count));
         }
-        if (!read_hex(digits, to)) return refuse("found " + shown(digits) + ", expected " + name_of(at));
+        if (!read_hex(digits, to)) return refuse("found " + in_quotes(digits) + ", expected " + name_of(at));
         return done();
     }
 
     bool hex_value(const string_t& digits) {
         std::string text(digits.size() / 2, 0);
         if (!read_hex(digits, reinterpret_cast<unsigned char*>(text.data())))
-            return refuse("found " + shown(digits) + ", expected octets as a string of hexadecimal digits");
+            return refuse("found " + in_quotes(digits) + ", expected octets as a string of hexadecimal digits");
         if (text.find('\0') != text.npos) return refuse("found a zero octet, expected a text: it would end there");
         place<char*>(element(expected()), 0) = copy_text(text);
         hex_ = hex_text::end;
@@ -402,11 +392,11 @@ private:
         stack_.back().current = nullptr;  // the path is the object's
         for (const field& field : type) {
             if (field.count_name != nullptr && name == field.count_name)
-                return refuse("found a member " + shown(name) + ", expected none: it follows from \"" + field.name +
+                return refuse("found a member " + in_quotes(name) + ", expected none: it follows from \"" + field.name +
                               "\"");
             names.push_back(field.name);
         }
-        return refuse("found a member " + shown(name) + ", expected one of " + type.name + suggestion(name, names));
+        return refuse("found a member " + in_quotes(name) + ", expected one of " + type.name + suggestion(name, names));
     }
 
     // Texts that are missing are empty, in records that are there because they are embedded too.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "asn1/record/reader.h"
+#include "envelope.h"
 #include "path.h"
 
 namespace zr::tool {
@@ -94,6 +95,7 @@ public:
                                                             : leave_record();
             if (!good) return false;
         }
+        if (mismatch_.status == 0) mismatch_.offset = static_cast<size_t>(in_.at - data_);
         return mismatch_.status == 0;
     }
 
@@ -156,6 +158,7 @@ private:
     bool enter(scope& entered) {
         const int status = enter_sequence(in_, entered);
         if (status != 0) return refuse_value(status, wanted::sequence);
+        ++mismatch_.elements;
         return true;
     }
 
@@ -205,6 +208,7 @@ private:
             std::free(dropped);
         }
         if (status != 0) return refuse_value(status, kind);
+        ++mismatch_.elements;
         step(stack_.back());
         return true;
     }
@@ -274,6 +278,19 @@ private:
 
 bool locate_mismatch(const unsigned char* data, size_t size, const record_type& type, mismatch& found) {
     return !walk(data, size, found).run(type);
+}
+
+size_t record_end(const unsigned char* data, size_t size, const record_type& type) {
+    // Nearly always the first header tells it.
+    const size_t octets = size < 2 || data[1] < 0x80 ? 0 : data[1] & 0x7Fu;
+    if (size >= 2 && data[0] == sequence_identifier && data[1] != 0x80 && octets <= 4 && octets <= size - 2) {
+        uint64_t length = octets == 0 ? data[1] : 0;
+        for (size_t i = 0; i != octets; ++i)
+            length = length << 8 | data[2 + i];
+        return 2 + octets + static_cast<size_t>(length);
+    }
+    mismatch found;
+    return locate_mismatch(data, size, type, found) ? size : found.offset;
 }
 
 }  // namespace zr::tool

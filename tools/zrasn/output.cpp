@@ -19,7 +19,7 @@ output::~output() {
 }
 
 void output::fail() const {
-    throw output_error{(file_.empty() ? std::string("standard output") : printable(file_)) + ": " +
+    throw output_error{(file_.empty() ? std::string("standard output") : file_label(file_)) + ": " +
                        std::strerror(errno)};
 }
 

@@ -4,11 +4,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
 #include "asn1/asnbase/status.h"
 #include "color.h"
+#include "envelope.h"
+#include "hex.h"
 #include "locate.h"
 #include "status_text.h"
 #include "text.h"
@@ -17,16 +20,6 @@ namespace zr::tool {
 
 namespace {
 
-std::string hex_of(const unsigned char* octets, size_t count) {
-    std::string text;
-    for (size_t i = 0; i < count; ++i) {
-        char digits[4];
-        std::snprintf(digits, sizeof(digits), " %02x", octets[i]);
-        text += digits;
-    }
-    return text;
-}
-
 // The octets around the place with a caret below it.
 void show_octets(const octets_input& in, uint64_t offset, bool in_color) {
     constexpr uint64_t around = 8;
@@ -34,9 +27,9 @@ void show_octets(const octets_input& in, uint64_t offset, bool in_color) {
     const size_t begin = at - static_cast<size_t>(std::min<uint64_t>(at, around));
     const size_t end = static_cast<size_t>(std::min<uint64_t>(in.size(), at + around));
     std::string before = begin == 0 ? " " : " ...";
-    before += hex_of(in.data() + begin, at - begin);
-    const std::string here = at < end ? hex_of(in.data() + at, 1) : " ";
-    const std::string behind = at < end ? hex_of(in.data() + at + 1, end - at - 1) : "";
+    if (at != begin) before += " " + hex_text(in.data() + begin, at - begin);
+    const std::string here = at < end ? " " + hex_text(in.data() + at, 1) : " ";
+    const std::string behind = at + 1 < end ? " " + hex_text(in.data() + at + 1, end - at - 1) : "";
     std::fprintf(stderr, "%s%s%s%s%s%s\n%*s%s^%s\n", before.c_str(), in_color ? "\x1B[1;31m" : "", here.c_str(),
                  in_color ? "\x1B[0m" : "", behind.c_str(), end < in.size() ? " ..." : "",
                  static_cast<int>(before.size() + 1), "", in_color ? "\x1B[1;31m" : "", in_color ? "\x1B[0m" : "");
@@ -66,36 +59,29 @@ std::string other_records(const unsigned char* data, size_t size, const record_t
 }
 
 // What the input looks like instead, or nothing.
-std::string hint(const octets_input& in, const record_type& type) {
+std::string hint(const octets_input& in, const record_type* type) {
     const std::string_view text(reinterpret_cast<const char*>(in.data()), std::min<size_t>(in.size(), 4096));
     const size_t first = text.find_first_not_of(" \t\r\n");
     if (in.size() == 0) return "the input is empty";
     if (first != text.npos && (text[first] == '{' || text[first] == '['))
-        return "this looks like JSON: \"zrasn encode " + std::string(type.name) + "\" turns it into octets";
+        return "this looks like JSON: \"zrasn encode " + std::string(type != nullptr ? type->name : "RECORD") +
+               "\" turns it into octets";
     if (std::string_view(in.form()) == "raw" && text.find_first_not_of("0123456789abcdefABCDEFx:, \t\r\n") == text.npos)
         return "this looks like hexadecimal digits: try --from hex";
+    if (type == nullptr) return {};
     const size_t header_size = envelope_header_size(in.data(), in.size());
-    const std::string others = other_records(in.data() + header_size, in.size() - header_size, type);
+    const std::string others = other_records(in.data() + header_size, in.size() - header_size, *type);
     return others.empty() ? others : "the octets have the shape of " + others;
 }
 
 }  // namespace
 
-size_t envelope_header_size(const unsigned char* data, size_t size) {
-    constexpr unsigned char sequence = 0x30;
-    if (size <= 4 || data[0] == sequence || data[2] != 0xAC || data[3] != 0xDC) return 0;
-    return std::min<size_t>(data[0], size);
-}
-
 refusal explain(const unsigned char* data, size_t size, const record_type& type, int status) {
     refusal result{status, 0, {}, status_text(status)};
     if (status == zr_err_bad_envelope) {
-        const bool other_version = size > 4 && data[2] == 0xAC && data[3] == 0xDC && data[1] != 2;
-        result.offset = other_version ? 1 : 0;
-        result.message = other_version ? "found version " + std::to_string(data[1]) + ", expected version 2"
-                         : size == 0   ? "found no octets, expected the envelope header 04 02 ac dc or a SEQUENCE (30)"
-                                       : "found" + hex_of(data, std::min<size_t>(size, 4)) +
-                                           ", expected the envelope header 04 02 ac dc or a SEQUENCE (30)";
+        envelope_fault fault = explain_envelope(data, size);
+        result.offset = fault.offset;
+        result.message = std::move(fault.message);
         return result;
     }
     const size_t header_size = envelope_header_size(data, size);
@@ -107,12 +93,13 @@ refusal explain(const unsigned char* data, size_t size, const record_type& type,
     return result;
 }
 
-void print_refusal(const octets_input& in, const record_type& type, const refusal& refusal, color_mode color) {
+void print_refusal(const octets_input& in, const record_type* type, const refusal& refusal, color_mode color) {
     const bool in_color = use_color(color, STDERR_FILENO);
-    std::fprintf(stderr, "%s:%llu: %s: %s (%s, %d)\n", in.label().c_str(),
-                 static_cast<unsigned long long>(refusal.offset),
-                 refusal.path.empty() ? type.name : refusal.path.c_str(), refusal.message.c_str(),
-                 status_name(refusal.status), refusal.status);
+    std::string where = refusal.path.empty() && type != nullptr ? type->name : refusal.path;
+    if (refusal.status == zr_err_bad_envelope) where.clear();  // all records have the same
+    std::fprintf(stderr, "%s:%llu: %s%s%s (%s, %d)\n", in.label().c_str(),
+                 static_cast<unsigned long long>(refusal.offset), where.c_str(), where.empty() ? "" : ": ",
+                 refusal.message.c_str(), status_name(refusal.status), refusal.status);
     if (in.size() != 0) show_octets(in, refusal.offset, in_color);
     const std::string meant = hint(in, type);
     if (!meant.empty()) std::fprintf(stderr, "hint: %s\n", meant.c_str());

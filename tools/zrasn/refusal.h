@@ -16,16 +16,13 @@ struct refusal {
     std::string message;  // "found ..., expected ..."; fit for a terminal
 };
 
-// The octets that a record's decode steps over before the record: 0 where the input begins with a SEQUENCE. The first
-// octet of an envelope tells.
-size_t envelope_header_size(const unsigned char* data, size_t size);
-
 // explain finds out what made a decode of these octets, with or without an envelope's header, as `type` end with
 // `status`.
 refusal explain(const unsigned char* data, size_t size, const record_type& type, int status);
 
 // "FILE:OFFSET: PATH: what was found, what was expected (name, number)", the octets around with a caret, and a hint
-// when the input looks like something else; all to standard error.
-void print_refusal(const octets_input& in, const record_type& type, const refusal& refusal, color_mode color);
+// when the input looks like something else; all to standard error. The path of the record itself is its name. Without a
+// type no record is named.
+void print_refusal(const octets_input& in, const record_type* type, const refusal& refusal, color_mode color);
 
 }  // namespace zr::tool

@@ -25,14 +25,12 @@ size_t decode_utf8(std::string_view text, uint32_t& code_point) {
     return count;
 }
 
-bool is_utf8(std::string_view text) {
+size_t utf8_size(std::string_view text) {
     uint32_t code_point = 0;
-    while (!text.empty()) {
-        const size_t count = decode_utf8(text, code_point);
-        if (count == 0) return false;
-        text.remove_prefix(count);
-    }
-    return true;
+    size_t at = 0;
+    while (const size_t count = decode_utf8(text.substr(at), code_point))
+        at += count;
+    return at;
 }
 
 bool is_printable(uint32_t code_point) {
@@ -88,6 +86,21 @@ std::string printable(std::string_view text) {
         text.remove_prefix(count == 0 ? 1 : count);
     }
     return safe;
+}
+
+std::string in_quotes(std::string_view text) {
+    constexpr size_t longest = 40;
+    if (text.size() <= longest) return "\"" + printable(text) + "\"";
+    size_t cut = longest;
+    while (cut > longest - 3 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+        --cut;
+    return "\"" + printable(text.substr(0, cut)) + "...\"";
+}
+
+std::string file_label(std::string_view name) {
+    constexpr size_t longest = 255;
+    if (name.size() <= longest) return printable(name);
+    return "..." + printable(name.substr(name.size() - longest));
 }
 
 }  // namespace zr::tool

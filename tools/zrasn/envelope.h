@@ -1,0 +1,46 @@
+// The envelope around a record: the header 04, version, AC, DC, which may be missing in what the program reads.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "asn1/record/registry.h"
+
+namespace zr::tool {
+
+constexpr unsigned char sequence_identifier = 0x30;
+
+// An encoding holds no more octets than 32 bits can count, its header included.
+constexpr size_t envelope_header_octets = 4;
+constexpr size_t most_encoding_octets = UINT32_MAX;
+
+// Whether the octets begin with a header of any version.
+inline bool has_header(const unsigned char* data, size_t size) {
+    return size > envelope_header_octets && data[0] == 4 && data[2] == 0xAC && data[3] == 0xDC;
+}
+
+// Octets that begin with a record's identifier come without the header; all others are left to the library.
+inline bool lacks_header(const unsigned char* data, size_t size) { return size != 0 && data[0] == sequence_identifier; }
+
+// False when the front of an encoding tells that a record's decode refuses it.
+inline bool may_be_record(const unsigned char* data, size_t size) {
+    return size <= envelope_header_octets || lacks_header(data, size) ||
+           (data[1] == 2 && data[2] == 0xAC && data[3] == 0xDC);
+}
+
+// The octets that a record's decode steps over before the record: 0 where the input begins with a SEQUENCE. The first
+// octet of an envelope tells.
+size_t envelope_header_size(const unsigned char* data, size_t size);
+
+// What is wrong with octets whose envelope a decode refused, and where.
+struct envelope_fault {
+    size_t offset;
+    std::string message;  // "found ..., expected ..."
+};
+envelope_fault explain_envelope(const unsigned char* data, size_t size);
+
+// decode_octets gives the status of the record's decode, which fills `contents`. Octets without a header are copied
+// behind one.
+int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents);
+
+}  // namespace zr::tool
