@@ -50,8 +50,33 @@ check 2 '' 'there is no record "uiud_t"; did you mean "uuid_t"?' decode uiud_t
 check 2 '' 'there is no record "acl_ex"; did you mean "acl_ext' decode acl_ex
 check 2 '' 'decode has no option --compct; did you mean "--compact"?' decode uuid_t --compct
 check 2 '' 'encode has no option -c' encode uuid_t -c
+# usage MESSAGE ARGUMENT...: the whole message.
+usage() {
+    local message=$1
+    shift
+    check 2 '' "zrasn: $message" "$@"
+    [ "$(head -1 err)" = "zrasn: $message" ] || fail "zrasn $*: $(head -1 err)"
+}
+usage 'unknown option -q' -q
+usage 'unknown option -V' -V
+usage 'decode has no option -r' decode -r
+usage 'decode has no option --json' decode uuid_t --json
+usage 'decode has no option -O; did you mean "-o"?' decode uuid_t -O
+usage 'decode has no option --form; did you mean "--from"?' decode uuid_t --form hex
+usage 'a verb is missing' -- decode
+usage 'RECORD is missing' decode
+usage 'there is an argument too many: "b"' decode uuid_t a b
+usage 'there is an argument too many: "b"' records uuid_t b
+usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from
+usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from=
+usage '--output needs a value: FILE' encode uuid_t -o
+usage '--record needs a value: RECORD' check --record
+usage 'SHELL: "tcsh" is none of bash|zsh|fish' completion tcsh
+usage "there is no record \"$(printf 'x%.0s' {1..40})...\" (\"zrasn records\" lists them)" decode "$(head -c 99999 /dev/zero | tr '\0' x)"
+usage "there is no verb \"$(printf '\\x80%.0s' {1..37})...\"" "$(head -c 999 /dev/zero | tr '\0' '\200')"
+check 3 '' '...xxx' dump "$(head -c 99999 /dev/zero | tr '\0' x)"
+[ "$(wc -c < err)" -lt 400 ] || fail 'a file name is written whole'
 check 2 '' 'is none of auto|raw|hex|base64' decode uuid_t --from octal
-check 2 '' 'RECORD' decode
 check 2 '' 'from 0 to 255' encode uuid_t --version-byte 256
 check 2 '' 'exclude' encode uuid_t --hex --base64
 check 2 '' 'there is no record "nothing"' dump --record nothing
@@ -59,6 +84,21 @@ check 3 '' 'no-such-file: No such file' decode uuid_t no-such-file
 check 3 '' 'Is a directory' decode uuid_t .
 echo "\"$id\"" > in
 check 3 '' '/dev/full: No space left' encode uuid_t -o /dev/full
+
+# The place in JSON: tabs and backslashes as in the file, the caret below the character, a bound for all.
+place() {
+    printf "$1" > in
+    check 1 '' "$2" encode sec_id_t
+    [ "$(sed -n 2,3p err)" = "$(printf "$3")" ] || fail "the place of $2: $(cat err)"
+}
+place '{"name":\t"\\\\ \u6f22\u5b57 e\u0301", "nme": 1}\r\n' '1:22: sec_id_t: found a member "nme"' \
+    '  {"name":\t"\\\\ \u6f22\u5b57 e\u0301", "nme": 1}\n          \t             ^'
+place '{\n"\033": 1}' '2:2: sec_id_t: not JSON' '  "\\u{1b}": 1}\n   ^'
+place "{\"$(printf '\\200%.0s' {1..999})\": 1}" '1:' "  {\"$(printf '\\\\x80%.0s' {1..60})\n    ^"
+{ printf '{"\200'; head -c 5000000 /dev/zero | tr '\0' '\200'; echo '": 1}'; } > in
+check 1 '' 'not JSON' encode sec_id_t
+[ "$(wc -c < err)" -lt 1000 ] || fail "a message has $(wc -c < err) octets"
+echo "\"$id\"" > in
 check 3 '' 'no/where: No such file' encode uuid_t -o no/where
 
 # Forms of output.
@@ -201,17 +241,34 @@ done
 printf '"%s"\n{"time_low":1}\n\n"%s"\n' $id $id > in
 check 1 "$hex" '' encode uuid_t --lines
 [ "$(wc -l < out)" -eq 3 ] || fail "encode --lines wrote $(wc -l < out) lines"
-grep -qF '{"error":{"status":null,"name":null,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
+grep -qF '{"error":{"status":null,"name":null,"line":2,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
     out || fail "encode --lines: $(sed -n 2p out)"
 printf '%s\n%s\nzz\n%s\n' $hex ${hex:0:60} $hex > in
 check 1 "\"$id\"" '' decode uuid_t --lines
 [ "$(grep -cxF "\"$id\"" out)" -eq 2 ] && [ "$(wc -l < out)" -eq 4 ] || fail "decode --lines: $(cat out)"
-sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","offset":[0-9]*,"path":"' ||
+sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","line":2,"offset":[0-9]*,"path":"' ||
     fail "decode --lines: $(sed -n 2p out)"
 sed -n 3p out | grep -qF '"offset":0,"path":"","message":"line 3: not a hexadecimal digit"}}' ||
     fail "decode --lines: $(sed -n 3p out)"
+printf '\n\n \t\r\n%s\r\nzz' $hex > in
+check 1 '"line":5,' '' decode uuid_t --lines
+[ "$(wc -l < out)" -eq 2 ] || fail "blank lines: $(cat out)"
 printf '"%s"\n' $id > in
 check 0 "$hex" '' encode uuid_t --lines
+# Whoever writes a line and waits gets its answer.
+for verb in encode decode; do
+    coproc "$program" $verb uuid_t --lines 2> err
+    for i in 1 2 3; do
+        echo "\"$id\"" > in
+        [ $verb = encode ] || echo $hex > in
+        { cat in; printf ' '; } >&"${COPROC[1]}"
+        answer=
+        read -r -t 60 answer <&"${COPROC[0]}"
+        [ "$answer" = "$([ $verb = encode ] && echo $hex || echo "\"$id\"")" ] || fail "$verb --lines answers \"$answer\""
+    done
+    eval "exec ${COPROC[1]}>&-"
+    wait "$COPROC_PID" || fail "$verb --lines: $(cat err)"
+done
 for i in $(seq 2000); do echo "\"$id\""; done | "$program" encode uuid_t --lines | "$program" decode uuid_t --lines |
     sort | uniq -c | grep -qF "2000 \"$id\"" || fail 'lines there and back'
 

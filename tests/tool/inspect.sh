@@ -177,6 +177,10 @@ done
 echo '0c021b07 0101' > in
 "$program" dump --color always < in 2> err | grep -q $'\e\[31m! ' || fail 'damage has no colour'
 "$program" dump --color auto < in 2> err | grep -q $'\e' && fail 'colours in a file'
+for row in xterm:1 dumb:0 :0; do
+    count=$(TERM=${row%%:*} script -qec "'$program' dump in" /dev/null < /dev/null | grep -c $'\e\[31m! ')
+    [ "$count" -eq "${row#*:}" ] || fail "colours with TERM=${row%%:*}"
+done
 head -c 100000 /dev/urandom > in
 for record in '' '--record acl_ext_s_t' '--record namevalue_s_t'; do
     "$program" dump --from raw $record < in > out 2> err

@@ -14,7 +14,13 @@ fail() {
 }
 
 "$program" schema > Zrasn.asn1 || exit 1
-"$program" schema namevalue_asn > Namevalue-asn.asn1
+# The example that --help and the manual page show.
+example=$("$program" schema --help | sed -n 's/^ *\(zrasn schema .*\)/\1/p')
+[ -n "$example" ] && "$program" manual | sed 's/\\//g' | grep -qxF "$example" || fail "the manual lacks the example $example"
+zrasn() { "$program" "$@"; }
+eval "$example"
+example=${example##*> }
+example=${example%.asn1}
 "$program" schema acl_entry_s_t yvaction_groups > Two.asn1
 # Type and octets of each value of a record that the program knows.
 awk '/^(#|$)/ { next } { n++ } n % 3 == 1 { record = $1 } n % 3 == 0 { print record, $1 }' \
@@ -42,14 +48,14 @@ if command -v escript > /dev/null && erl -noshell -eval 'ok = application:load(a
     ran=0
     escript "$root/tests/tool/schema.escript" Zrasn typed > erlang 2> erlang.log || fail "Erlang: $(cat erlang.log erlang)"
     compare erlang
-    erlc Namevalue-asn.asn1 > erlc.log 2>&1 || fail "Erlang, one module: $(cat erlc.log)"
+    erlc $example.asn1 > erlc.log 2>&1 || fail "Erlang, one module: $(cat erlc.log)"
 else
     echo "Erlang's ASN.1 compiler is not installed: not tried" >&2
 fi
 
 if command -v asn1c > /dev/null && command -v cc > /dev/null; then
     ran=0
-    for schema in Namevalue-asn Two Zrasn; do
+    for schema in $example Two Zrasn; do
         mkdir -p asn1c-$schema
         (cd asn1c-$schema && asn1c -pdu=all ../$schema.asn1 > ../asn1c.log 2>&1) || fail "asn1c $schema: $(tail asn1c.log)"
     done

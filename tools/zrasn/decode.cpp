@@ -20,68 +20,77 @@ namespace zr::tool {
 
 namespace {
 
-// The octets of a line of text; false and what is wrong when it is none.
-bool octets_of(std::string_view line, input_form form, std::vector<unsigned char>& octets, line_refusal& refusal) {
-    text_decoder decoder(form);
-    octets.resize(line.size());
-    const char* at = line.data();
-    octets.resize(decoder.decode(at, at + line.size(), octets.data(), octets.size()));
-    if (!decoder.refused() && decoder.finish()) return true;
-    refusal = {0, static_cast<uint64_t>(at - line.data()), {}, decoder.problem()};
-    return false;
-}
-
 // What a record that was decoded has and its JSON has not.
 void print_loss(const std::string& label, const loss& lost) {
     std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
                  lost.path.empty() ? "" : ": ", lost.what.c_str());
 }
 
-int decode_lines(const decode_options& options) {
-    const record_type& type = *options.record;
-    line_reader lines(options.file);
-    output out(options.output);
-    line_progress progress;
-    bool all_given = true;
-    std::vector<unsigned char> octets;
-    for (std::string_view line; lines.next(line);) {
-        line_refusal wrong{};
-        bool good = octets_of(line, options.from, octets, wrong);
-        refusal refused;
-        if (good) {
-            record_holder record(type);
-            const int status = decode_octets(type, octets.data(), octets.size(), record.get());
-            good = status == zr_ok;
-            if (good) {
-                write_json(out, type, record.get(), json_layout::one_line);
-                out.put('\n');
-                find_losses(octets.data(), octets.size(), envelope_header_size(octets.data(), octets.size()), type,
-                            record.get(), [&](const loss& lost) {
-                                print_loss(lines.label() + ": line " + std::to_string(lines.number()), lost);
-                                all_given = false;
-                            });
-                progress.accepted();
-            } else {
-                refused = explain(octets.data(), octets.size(), type, status);
-                wrong = {refused.status, refused.offset, refused.path, refused.message};
-            }
+// Records that stand one on a line, each decoded on its own.
+class line_decoder {
+public:
+    explicit line_decoder(const decode_options& options)
+        : options_(options), type_(*options.record), out_(options.output), lines_(options.file, out_) {}
+
+    int run() {
+        for (std::string_view line; lines_.next(line);) {
+            if (lines_.too_long())
+                refuse(0, line_reader::default_most, {}, "longer than 1 GiB");
+            else if (octets_of(line))
+                decode();
         }
-        if (!good) {
-            const std::string message = "line " + std::to_string(lines.number()) + ": " + std::string(wrong.message);
-            wrong.message = message;
-            write_line_refusal(out, wrong);
-            progress.refused();
-        }
-        if (out.is_terminal()) out.flush();
+        out_.close();
+        return progress_.any_refused() || !all_given_ ? exit_refused : exit_good;
     }
-    out.close();
-    return progress.any_refused() || !all_given ? exit_refused : exit_good;
-}
+
+private:
+    void refuse(int status, uint64_t offset, std::string_view path, std::string_view message) {
+        const std::string all = "line " + std::to_string(lines_.number()) + ": " + std::string(message);
+        write_line_refusal(out_, {status, lines_.number(), offset, path, all});
+        progress_.refused();
+    }
+
+    bool octets_of(std::string_view line) {
+        text_decoder decoder(options_.from);
+        if (octets_.size() < line.size()) octets_.resize(line.size());
+        const char* at = line.data();
+        count_ = decoder.decode(at, at + line.size(), octets_.data(), octets_.size());
+        if (!decoder.refused() && decoder.finish()) return true;
+        refuse(0, static_cast<uint64_t>(at - line.data()), {}, decoder.problem());
+        return false;
+    }
+
+    void decode() {
+        record_holder record(type_);
+        const int status = decode_octets(type_, octets_.data(), count_, record.get());
+        if (status != zr_ok) {
+            const refusal refused = explain(octets_.data(), count_, type_, status);
+            return refuse(refused.status, refused.offset, refused.path, refused.message);
+        }
+        write_json(out_, type_, record.get(), json_layout::one_line);
+        out_.put('\n');
+        progress_.accepted();
+        find_losses(octets_.data(), count_, envelope_header_size(octets_.data(), count_), type_, record.get(),
+                    [this](const loss& lost) {
+                        print_loss(lines_.label() + ": line " + std::to_string(lines_.number()), lost);
+                        all_given_ = false;
+                    });
+    }
+
+    const decode_options& options_;
+    const record_type& type_;
+    output out_;
+    line_reader lines_;
+    line_progress progress_;
+    std::vector<unsigned char> octets_;  // of the line, as many as `count_`
+    size_t count_ = 0;
+    bool all_given_ = true;
+};
 
 }  // namespace
 
 int run_decode(const decode_options& options) {
-    if (options.lines) return decode_lines(options);
+    if (options.lines) return line_decoder(options).run();
     const octets_input in = read_input(options.file, options.from, wanted_input::record);
     const record_type& type = *options.record;
     record_holder record(type);

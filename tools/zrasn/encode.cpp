@@ -9,8 +9,8 @@
 #include "lines.h"
 #include "output.h"
 #include "record_holder.h"
+#include "source_line.h"
 #include "status_text.h"
-#include "text.h"
 #include "verbs.h"
 #include "zrasn/guard.h"
 
@@ -41,30 +41,6 @@ encoded_record encode_text(std::string_view text, const encode_options& options)
     return result;
 }
 
-// The line of the text with a caret below the place.
-void show_place(std::string_view text, const json_error& error) {
-    constexpr size_t around = 60;
-    size_t begin = error.offset > around ? error.offset - around : 0;
-    if (const size_t end_of_line = text.substr(0, error.offset).rfind('\n'); end_of_line != text.npos)
-        begin = begin > end_of_line + 1 ? begin : end_of_line + 1;
-    const auto inside = [&](size_t at) {
-        return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
-    };
-    while (inside(begin))
-        ++begin;
-    size_t end = text.find('\n', error.offset);
-    if (end > error.offset + around) end = error.offset + around;
-    if (end > text.size()) end = text.size();
-    while (inside(end))
-        ++end;
-    const std::string before = printable(text.substr(begin, error.offset - begin));
-    const std::string behind = printable(text.substr(error.offset, end - error.offset));
-    size_t width = 0;
-    for (char c : before)
-        width += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-    std::fprintf(stderr, "  %s%s\n  %*s^\n", before.c_str(), behind.c_str(), static_cast<int>(width), "");
-}
-
 bool looks_like_octets(std::string_view text) {
     if (text.size() > 1 && (text[0] == '\x04' || text[0] == '\x30') && text[1] != ' ') return true;
     return text.find_first_not_of("0123456789abcdefABCDEFx:, \t\r\n") == text.npos && text.size() > 8;
@@ -80,7 +56,7 @@ int refuse(const octets_input& in, const encode_options& options, const encoded_
     }
     std::fprintf(stderr, "%s:%zu:%zu: %s: %s\n", in.label().c_str(), result.error.line, result.error.column,
                  path.c_str(), result.error.message.c_str());
-    show_place(text, result.error);
+    std::fputs(show_place(text, result.error.offset).c_str(), stderr);
     if (looks_like_octets(text))
         std::fprintf(stderr, "hint: this looks like an encoding: \"zrasn decode %s\" turns it into JSON\n",
                      options.record->name);
@@ -88,22 +64,27 @@ int refuse(const octets_input& in, const encode_options& options, const encoded_
 }
 
 int encode_lines(const encode_options& options) {
-    line_reader lines(options.file);
     output out(options.output);
+    line_reader lines(options.file, out);
     line_progress progress;
     for (std::string_view line; lines.next(line);) {
+        const std::string where = "line " + std::to_string(lines.number());
+        if (lines.too_long()) {
+            write_line_refusal(out, {0, lines.number(), line_reader::default_most, {}, where + ": longer than 1 GiB"});
+            progress.refused();
+            continue;
+        }
         const encoded_record result = encode_text(line, options);
         if (result.good) {
             out.write_hex(result.octets.data(), result.octets.size());
             out.put('\n');
             progress.accepted();
         } else {
-            const std::string message = "line " + std::to_string(lines.number()) + ", column " +
-                                        std::to_string(result.error.column) + ": " + result.error.message;
-            write_line_refusal(out, {result.status, result.error.offset, result.error.path, message});
+            const std::string message =
+                where + ", column " + std::to_string(result.error.column) + ": " + result.error.message;
+            write_line_refusal(out, {result.status, lines.number(), result.error.offset, result.error.path, message});
             progress.refused();
         }
-        if (out.is_terminal()) out.flush();
     }
     out.close();
     return progress.any_refused() ? exit_refused : exit_good;

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "output.h"
 
@@ -15,29 +15,44 @@ namespace zr::tool {
 // line_reader reads a file line by line and keeps one line. Throws input_error.
 class line_reader {
 public:
-    explicit line_reader(const std::string& file);
+    static constexpr size_t default_most = size_t{1} << 30;
+
+    // `answers` is flushed before the reader waits for input, so that whoever writes a line gets its answer. Of a line
+    // of more than `most` octets only the end is kept.
+    line_reader(const std::string& file, output& answers, size_t most = default_most);
     ~line_reader();
     line_reader(const line_reader&) = delete;
     line_reader& operator=(const line_reader&) = delete;
 
     // The next line that is not blank, without its end; false behind the last.
     bool next(std::string_view& line);
+    // Whether the line read last had too many octets.
+    bool too_long() const { return too_long_; }
     // Of the line read last, counted from 1, blank ones too.
     uint64_t number() const { return number_; }
     const std::string& label() const { return label_; }
 
 private:
+    bool take_line(std::string_view& line);
+    bool read_more();
+
     std::string label_;
-    std::FILE* file_;
-    char* line_ = nullptr;
-    size_t room_ = 0;
+    output& answers_;
+    const size_t most_;
+    int file_;
+    std::vector<char> block_;
+    size_t begin_ = 0;  // of what is in the block and not given yet
+    size_t end_ = 0;
+    bool at_end_ = false;
+    bool too_long_ = false;
     uint64_t number_ = 0;
 };
 
-// line_refusal is what the line of a refused record says. Status 0 stands for text that never came to the library: its
-// status and name are null.
+// line_refusal is what the line of a refused record says; `line` is counted from 1. Status 0 stands for text that never
+// came to the library: its status and name are null.
 struct line_refusal {
     int status;
+    uint64_t line;
     uint64_t offset;
     std::string_view path;
     std::string_view message;

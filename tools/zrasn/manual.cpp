@@ -66,7 +66,7 @@ int print_manual() {
         "and "
         "check may have the header or not, and may be octets as they are, hexadecimal digits (with spaces, line ends, "
         "colons, commas, 0x), base64, or base64 between -----BEGIN and -----END lines; which it is is recognised. No "
-        "FILE, or -, is standard input.");
+        "FILE, or -, is standard input. One record is read; what follows it is told on standard error.");
     std::printf(".SH VERBS\n");
     for (const verb_row& verb : verbs())
         if (!verb.hidden) print_verb(verb);
@@ -80,8 +80,8 @@ int print_manual() {
         "characters. When JSON is read, members may stand in any order and be missing: then they are empty, 0 or "
         "absent.");
     std::printf(".SH EXIT STATUS\n");
-    for (const char* row : {"0\tgood", "1\tthe data was refused", "2\tthe command line makes no sense",
-                            "3\tinput could not be read or output not written"})
+    for (const char* row : {"0\tgood", "1\tthe data was refused, or has more, or other, than the answer shows",
+                            "2\tthe command line makes no sense", "3\tinput could not be read or output not written"})
         std::printf(".TP\n%c\n%s\n", row[0], row + 2);
     std::printf(".SH DIAGNOSTICS\nOctets that are refused are reported with the library's status:\n");
     for (const status_row& row : statuses()) {
@@ -89,8 +89,8 @@ int print_manual() {
         std::printf(".TP\n%d %s\n", row.status, row.name);
         line(row.text);
     }
-    std::printf(".SH ENVIRONMENT\n.TP\nNO_COLOR\nWhen set to something, output has no colours unless ");
-    line("--color always is given.");
+    std::printf(".SH ENVIRONMENT\n.TP\nNO_COLOR, TERM\nWhen NO_COLOR is set to something, or TERM to ");
+    line("dumb or nothing, output has no colours unless --color always is given.");
     return exit_good;
 }
 

@@ -26,7 +26,7 @@ const record_type* record_named(const std::string& name) {
     const record_type* found = find_record(name);
     if (found == nullptr) found = find_record(name + "_s_t");
     if (found != nullptr) return found;
-    throw usage_error{"there is no record \"" + printable(name) + "\"" + record_suggestion(name) +
+    throw usage_error{"there is no record " + in_quotes(name) + record_suggestion(name) +
                       " (\"zrasn records\" lists them)"};
 }
 
@@ -53,7 +53,7 @@ unsigned version_named(const std::string& digits) {
         version = c >= '0' && c <= '9' && version <= 255 ? version * 10 + static_cast<unsigned>(c - '0') : 256;
     }
     if (digits.empty() || version > 255)
-        throw usage_error{"--version-byte is a number from 0 to 255, not \"" + printable(digits) + "\""};
+        throw usage_error{"--version-byte is a number from 0 to 255, not " + in_quotes(digits)};
     return version;
 }
 
@@ -72,8 +72,8 @@ int schema_verb(const settings& given) {
             std::vector<std::string_view> others;
             for (const record_module* module : modules())
                 others.push_back(module->name);
-            throw usage_error{"there is no record or module \"" + printable(name) + "\"" +
-                              record_suggestion(name, others) + " (\"zrasn records\" lists them)"};
+            throw usage_error{"there is no record or module " + in_quotes(name) + record_suggestion(name, others) +
+                              " (\"zrasn records\" lists them)"};
         }
         asked.records.push_back(type);
     }
@@ -111,6 +111,22 @@ int report_usage(const verb_row* verb, const std::string& message) {
     return exit_usage;
 }
 
+// The first option on the command line whose value is missing.
+std::string missing_value(const verb_row* verb, int argc, char** argv) {
+    for (int i = 1; verb != nullptr && i < argc; ++i) {
+        for (const option_row& option : options()) {
+            if ((option.verbs & verb->bit) == 0 || option.value == nullptr) continue;
+            const std::string_view given = argv[i];
+            const bool named = given == option.name || (option.letter != nullptr && given == option.letter);
+            const bool empty = given == std::string(option.name) + "=";
+            if (empty || (named && (i + 1 == argc || (argv[i + 1][0] == '-' && argv[i + 1][1] != 0))))
+                return std::string(option.name) +
+                       " needs a value: " + (option.choices != nullptr ? option.choices : option.value);
+        }
+    }
+    return {};
+}
+
 // The first option on the command line that the verb does not have.
 std::string unknown_option(const verb_row* verb, int argc, char** argv) {
     std::vector<std::string_view> known = {"--help", "-h", "--version"};
@@ -131,9 +147,20 @@ std::string unknown_option(const verb_row* verb, int argc, char** argv) {
             found = found || name == given;
         if (found) continue;
         return (verb == nullptr ? std::string("unknown option ") : std::string(verb->name) + " has no option ") +
-               printable(given) + suggestion(given, known);
+               printable(given.substr(0, 40)) + suggestion(given, known);
     }
     return {};
+}
+
+CLI::Validator one_of(const char* choices) {
+    return CLI::Validator(
+        [choices](const std::string& value) {
+            const std::string all = "|" + std::string(choices) + "|";
+            return all.find("|" + value + "|") != all.npos && value.find('|') == value.npos
+                       ? std::string()
+                       : in_quotes(value) + " is none of " + choices;
+        },
+        "");
 }
 
 void add_positional(CLI::App& app, positional argument, settings& given) {
@@ -154,9 +181,7 @@ void add_positional(CLI::App& app, positional argument, settings& given) {
             app.add_option("FILE", given.file, "file; standard input when it is - or left out");
             return;
         case positional::shell:
-            app.add_option("SHELL", given.shell, "bash, zsh or fish")
-                ->required()
-                ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+            app.add_option("SHELL", given.shell, "bash, zsh or fish")->required()->check(one_of("bash|zsh|fish"));
             return;
     }
 }
@@ -169,15 +194,22 @@ void add_option(CLI::App& app, const option_row& option, settings& given) {
     }
     CLI::Option* added = app.add_option(names, given.*option.text, option.help);
     added->type_name(option.choices != nullptr ? option.choices : option.value);
-    if (option.choices != nullptr)
-        added->check(CLI::Validator(
-            [&option](const std::string& value) {
-                const std::string all = "|" + std::string(option.choices) + "|";
-                return all.find("|" + value + "|") != all.npos && value.find('|') == value.npos
-                           ? std::string()
-                           : "\"" + printable(value) + "\" is none of " + option.choices;
-            },
-            ""));
+    added->take_last();
+    if (option.choices != nullptr) added->check(one_of(option.choices));
+}
+
+// What keeps the command line from being read.
+std::string parse_message(const CLI::App& app, const CLI::ParseError& error, const verb_row* verb, int argc,
+                          char** argv) {
+    std::string message = unknown_option(verb, argc, argv);
+    if (message.empty()) message = missing_value(verb, argc, argv);
+    if (!message.empty()) return message;
+    if (dynamic_cast<const CLI::ValidationError*>(&error) != nullptr) return printable(error.what());  // one_of's text
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+        return verb == nullptr ? "a verb is missing" : std::string(positional_name(verb->first)) + " is missing";
+    for (const std::string& left : app.remaining(true))
+        return "there is an argument too many: " + in_quotes(left);
+    return "the command line cannot be understood";
 }
 
 const verb_row* verb_named(std::string_view name) {
@@ -193,7 +225,7 @@ const std::vector<verb_row>& verbs() {
         {"records", on_records, "show the record types: name, module, fields with their kinds",
          positional::optional_record, positional::none, "zrasn records acl_ext_s_t", false, records_verb},
         {"schema", on_schema, "print ASN.1 modules that other ASN.1 compilers accept", positional::names,
-         positional::none, "zrasn schema aclidl_asn > aclidl.asn1", false, schema_verb},
+         positional::none, "zrasn schema aclidl_asn > Aclidl-asn.asn1", false, schema_verb},
         {"encode", on_encode, "turn JSON into the octets of an envelope", positional::record, positional::file,
          "zrasn encode acl_ext_s_t acl.json -o acl.ber", false, encode_verb},
         {"decode", on_decode, "turn the octets of an envelope into JSON", positional::record, positional::file,
@@ -229,8 +261,9 @@ const std::vector<option_row>& options() {
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},
         {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output", on_encode | on_decode,
          nullptr, &settings::output},
-        {"--color", nullptr, "WHEN", "auto|always|never", "colours; auto means on a terminal, unless NO_COLOR is set",
-         on_decode | on_dump | on_check, nullptr, &settings::color},
+        {"--color", nullptr, "WHEN", "auto|always|never",
+         "colours; auto means on a terminal, unless NO_COLOR is set or TERM is dumb", on_decode | on_dump | on_check,
+         nullptr, &settings::color},
     };
     return rows;
 }
@@ -278,7 +311,8 @@ int run_command_line(int argc, char** argv) {
         sub->footer(std::string("Example:\n  ") + verb.example);
     }
     app.footer(
-        "Exit codes: 0 good, 1 data refused, 2 usage, 3 input or output.\n\nExample:\n  zrasn decode acl_ext_s_t "
+        "Exit codes: 0 good, 1 data refused or not all used, 2 usage, 3 input or output.\n\nExample:\n  zrasn decode "
+        "acl_ext_s_t "
         "acl.ber");
 
     const verb_row* verb = nullptr;
@@ -292,8 +326,7 @@ int run_command_line(int argc, char** argv) {
         for (const verb_row& known : verbs())
             if (!known.hidden) names.push_back(known.name);
         if (verb == nullptr)
-            return report_usage(nullptr,
-                                "there is no verb \"" + printable(argv[1]) + "\"" + suggestion(argv[1], names));
+            return report_usage(nullptr, "there is no verb " + in_quotes(argv[1]) + suggestion(argv[1], names));
     }
     try {
         app.parse(argc, argv);
@@ -301,8 +334,7 @@ int run_command_line(int argc, char** argv) {
     } catch (const CLI::Success& asked) {  // --help, --version
         return app.exit(asked) == 0 ? exit_good : exit_usage;
     } catch (const CLI::ParseError& error) {
-        const std::string unknown = unknown_option(verb, argc, argv);
-        return report_usage(verb, unknown.empty() ? printable(error.what()) : unknown);
+        return report_usage(verb, parse_message(app, error, verb, argc, argv));
     } catch (const usage_error& error) {
         return report_usage(verb, error.message);
     }

@@ -44,6 +44,7 @@ void output::write_all(const char* octets, size_t count) {
 }
 
 void output::flush() {
+    if (used_ == 0) return;
     const size_t count = used_;
     used_ = 0;
     write_all(block_, count);
@@ -57,6 +58,7 @@ void output::write_through(const char* octets, size_t count) {
 
 void output::close() {
     flush();
+    if (descriptor_ < 0) write_all(block_, 0);
     const int descriptor = descriptor_;
     descriptor_ = -1;
     // Some file systems tell only here that the octets did not fit. A pipe or terminal cannot be asked twice.

@@ -31,15 +31,20 @@ size_t distance(std::string_view left, std::string_view right) {
     return last[right.size()];
 }
 
+std::string_view without_dashes(std::string_view word) {
+    return word.substr(std::min(word.find_first_not_of('-'), word.size()));
+}
+
 }  // namespace
 
 std::string_view nearest(std::string_view word, const std::vector<std::string_view>& candidates) {
     constexpr size_t longest = 64;  // nobody mistypes more
     std::string_view best;
-    size_t least = std::min<size_t>(word.size(), 8) / 3 + 2;  // closer than this
+    const std::string_view stem = without_dashes(word);
+    size_t least = (std::min<size_t>(stem.size(), 8) + 1) / 3 + 1;  // closer than this; of one letter only the case
     if (word.size() > longest) return best;
     for (std::string_view candidate : candidates) {
-        const size_t there = distance(word, candidate);
+        const size_t there = distance(stem, without_dashes(candidate));
         if (there >= least || there >= candidate.size()) continue;
         least = there;
         best = candidate;

@@ -65,7 +65,9 @@ bool is_printable(uint32_t code_point) {
     return (code_point & 0xFFFE) != 0xFFFE;
 }
 
-std::string printable(std::string_view text) {
+namespace {
+
+std::string escaped(std::string_view text, bool is_source) {
     std::string safe;
     safe.reserve(text.size());
     while (!text.empty()) {
@@ -75,9 +77,9 @@ std::string printable(std::string_view text) {
         if (count == 0) {
             std::snprintf(escape, sizeof(escape), "\\x%02x", static_cast<unsigned char>(text[0]));
             safe += escape;
-        } else if (code_point == '\\') {
+        } else if (code_point == '\\' && !is_source) {
             safe += "\\\\";
-        } else if (is_printable(code_point)) {
+        } else if (is_printable(code_point) || (code_point == '\t' && is_source)) {
             safe += text.substr(0, count);
         } else {
             std::snprintf(escape, sizeof(escape), "\\u{%x}", static_cast<unsigned>(code_point));
@@ -87,6 +89,12 @@ std::string printable(std::string_view text) {
     }
     return safe;
 }
+
+}  // namespace
+
+std::string printable(std::string_view text) { return escaped(text, false); }
+
+std::string printable_source(std::string_view text) { return escaped(text, true); }
 
 std::string in_quotes(std::string_view text) {
     constexpr size_t longest = 40;

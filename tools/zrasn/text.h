@@ -24,6 +24,9 @@ bool is_printable(uint32_t code_point);
 // not UTF-8 as \xff, and the backslash as \\.
 std::string printable(std::string_view text);
 
+// printable_source is the same for a line of a text file, where tabs and backslashes stay as they are.
+std::string printable_source(std::string_view text);
+
 // in_quotes gives the front of a text, made printable, between quotes: enough of it to be found again in a message.
 std::string in_quotes(std::string_view text);
 
