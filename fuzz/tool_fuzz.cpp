@@ -6,11 +6,11 @@
 #include <cstdlib>
 
 #include "asn1/asnbase/status.h"
-#include "ber.h"
-#include "deviations.h"
-#include "locate.h"
+#include "ber/scanner.h"
+#include "ber/deviations.h"
+#include "ber/locate.h"
 #include "pick_record.h"
-#include "record_guide.h"
+#include "ber/record_guide.h"
 #include "support/routes.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "deviations.h"
+#include "ber/deviations.h"
 #include "support/hex.h"
 #include "support/routes.h"
 

@@ -10,8 +10,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "json_reader.h"
-#include "json_writer.h"
+#include "json/record_reader.h"
+#include "json/record_writer.h"
 #include "support/hex.h"
 #include "support/records_json.h"
 #include "support/routes.h"

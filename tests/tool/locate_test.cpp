@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "asn1/asnbase/status.h"
-#include "locate.h"
+#include "ber/locate.h"
 #include "support/hex.h"
 #include "support/routes.h"
 

@@ -1,0 +1,25 @@
+// Which records an encoding is, or comes near to.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "asn1/record/registry.h"
+#include "ber/locate.h"
+
+namespace zr::tool {
+
+struct record_match {
+    std::vector<const record_type*> fitting;
+    // When none fits: those that fit furthest, where that is near, and the first one's mismatch. Near is half of the
+    // octets, or five elements; and no more than five records may come as near.
+    std::vector<const record_type*> nearest;
+    mismatch wrong;
+    // None fits, and each fails at its first octet alike, so that no record matters.
+    bool is_no_sequence = false;
+};
+
+// match_records tries all records on octets without an envelope's header.
+record_match match_records(const unsigned char* data, size_t size);
+
+}  // namespace zr::tool

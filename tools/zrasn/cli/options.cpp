@@ -1,0 +1,90 @@
+#include "cli/options.h"
+
+#include <cstring>
+
+#include "cli/verb_calls.h"
+
+namespace zr::tool {
+
+namespace {
+
+enum verb_bit : unsigned { on_records = 1, on_schema = 2, on_encode = 4, on_decode = 8, on_dump = 16, on_check = 32 };
+
+}  // namespace
+
+const std::vector<verb_row>& verbs() {
+    static const std::vector<verb_row> rows = {
+        {"records", on_records, "show the record types: name, module, fields with their kinds",
+         positional::optional_record, positional::none, "zrasn records acl_ext_s_t", false, records_verb},
+        {"schema", on_schema, "print ASN.1 modules that other ASN.1 compilers accept", positional::names,
+         positional::none, "zrasn schema aclidl_asn > Aclidl-asn.asn1", false, schema_verb},
+        {"encode", on_encode, "turn JSON into the octets of an envelope", positional::record, positional::file,
+         "zrasn encode acl_ext_s_t acl.json -o acl.ber", false, encode_verb},
+        {"decode", on_decode, "turn the octets of an envelope into JSON", positional::record, positional::file,
+         "zrasn decode acl_ext_s_t acl.ber", false, decode_verb},
+        {"dump", on_dump, "show any BER as a tree", positional::file, positional::none,
+         "zrasn dump --record acl_ext_s_t acl.ber", false, dump_verb},
+        {"check", on_check, "say whether an encoding fits a record and where it deviates from what the library writes",
+         positional::file, positional::none, "zrasn check acl.ber", false, check_verb},
+        {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
+         "zrasn completion bash > /etc/bash_completion.d/zrasn", true, completion_verb},
+        {"manual", 0, "print the manual page", positional::none, positional::none, "zrasn manual | man -l -", true,
+         manual_verb},
+    };
+    return rows;
+}
+
+const std::vector<option_row>& options() {
+    static const std::vector<option_row> rows = {
+        {"--json", nullptr, nullptr, nullptr, "as JSON", on_records, &settings::json, nullptr},
+        {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be", on_dump | on_check,
+         nullptr, &settings::record},
+        {"--from", nullptr, "FORM", "auto|raw|hex|base64", "form of the input, instead of recognising it",
+         on_decode | on_dump | on_check, nullptr, &settings::from},
+        {"--hex", nullptr, nullptr, nullptr, "write hexadecimal digits (as on a terminal)", on_encode, &settings::hex,
+         nullptr},
+        {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode, &settings::base64, nullptr},
+        {"--version-byte", nullptr, "N", nullptr,
+         "version in the envelope header, 0 to 255; others than 2 are refused "
+         "by decoders",
+         on_encode, nullptr, &settings::version_byte},
+        {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
+         on_encode | on_decode, &settings::lines, nullptr},
+        {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},
+        {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output", on_encode | on_decode,
+         nullptr, &settings::output},
+        {"--color", nullptr, "WHEN", "auto|always|never",
+         "colours; auto means on a terminal, unless NO_COLOR is set or TERM is dumb", on_decode | on_dump | on_check,
+         nullptr, &settings::color},
+    };
+    return rows;
+}
+
+value_kind value_kind_of(const option_row& option) {
+    if (option.choices != nullptr) return value_kind::choices;
+    if (option.value == nullptr) return value_kind::other;
+    if (std::strcmp(option.value, "RECORD") == 0) return value_kind::record;
+    return std::strcmp(option.value, "FILE") == 0 ? value_kind::file : value_kind::other;
+}
+
+const char* positional_name(positional argument) {
+    switch (argument) {
+        case positional::record:
+            return "RECORD";
+        case positional::optional_record:
+            return "[RECORD]";
+        case positional::names:
+            return "[RECORD|MODULE ...]";
+        case positional::file:
+            return "[FILE]";
+        case positional::shell:
+            return "bash|zsh|fish";
+        case positional::none:
+            break;
+    }
+    return "";
+}
+
+const char* program_version() { return ZRASN_VERSION; }
+
+}  // namespace zr::tool

@@ -1,0 +1,61 @@
+// The command line: one table of verbs and one of options. Parsing, help, completion and the manual page all follow it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zr::tool {
+
+// What the command line said, before names are looked up.
+struct settings {
+    std::string record;
+    std::vector<std::string> names;  // of records and modules
+    std::string file = "-";
+    std::string output;
+    std::string from = "auto";
+    std::string color = "auto";
+    std::string version_byte = "2";
+    std::string shell;
+    bool json = false;
+    bool hex = false;
+    bool base64 = false;
+    bool lines = false;
+    bool compact = false;
+};
+
+// What may be said on the command line without a name of its own.
+enum class positional { none, record, optional_record, names, file, shell };
+
+struct verb_row {
+    const char* name;
+    unsigned bit;  // in option_row::verbs
+    const char* summary;
+    positional first, second;
+    const char* example;
+    bool hidden;
+    int (*run)(const settings& given);
+};
+
+struct option_row {
+    const char* name;     // such as "--from"
+    const char* letter;   // such as "-o", or null
+    const char* value;    // what its value is called; null for a switch
+    const char* choices;  // the values, separated by |; null when there are others
+    const char* help;
+    unsigned verbs;  // that have it: a bit each
+    bool settings::*flag;
+    std::string settings::*text;
+};
+
+enum class value_kind { other, choices, record, file };
+value_kind value_kind_of(const option_row& option);
+
+const std::vector<verb_row>& verbs();
+const std::vector<option_row>& options();
+
+// As shown in messages and help: "RECORD", "[FILE]".
+const char* positional_name(positional argument);
+
+const char* program_version();
+
+}  // namespace zr::tool

@@ -1,0 +1,21 @@
+// The structure of a record to JSON (docs/tool.md states the form).
+#pragma once
+
+#include <string_view>
+
+#include "asn1/record/registry.h"
+#include "base/output.h"
+
+namespace zr::tool {
+
+// Indented lines, or one; a line end is not written behind the last. What nests deeper than 32 levels stands on one
+// line in any case, so that the size stays linear.
+enum class json_layout { indented, one_line };
+
+// Works with a stack of its own, so that any depth will do.
+void write_json(output& out, const record_type& type, const void* contents, json_layout layout);
+
+// A text as JSON string. What may not reach a terminal, and octets that are not UTF-8 (as U+FFFD), is escaped.
+void write_json_string(output& out, std::string_view text);
+
+}  // namespace zr::tool

@@ -1,0 +1,117 @@
+// decode: envelopes to JSON.
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "asn1/asnbase/status.h"
+#include "base/envelope.h"
+#include "base/output.h"
+#include "base/record_holder.h"
+#include "ber/losses.h"
+#include "input/input.h"
+#include "input/line_reader.h"
+#include "input/text_decoder.h"
+#include "json/record_writer.h"
+#include "verbs/explanation.h"
+#include "verbs/line_answers.h"
+#include "verbs/verbs.h"
+
+namespace zr::tool {
+
+namespace {
+
+// What a record that was decoded has and its JSON has not.
+void print_loss(const std::string& label, const loss& lost) {
+    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
+                 lost.path.empty() ? "" : ": ", lost.what.c_str());
+}
+
+// Records that stand one on a line, each decoded on its own.
+class line_decoder {
+public:
+    explicit line_decoder(const decode_options& options)
+        : options_(options), type_(*options.record), out_(options.output), lines_(options.file, out_) {}
+
+    int run() {
+        for (std::string_view line; lines_.next(line);) {
+            if (lines_.too_long())
+                refuse(0, line_reader::default_most, {}, "longer than 1 GiB");
+            else if (octets_of(line))
+                decode();
+        }
+        out_.close();
+        return progress_.any_refused() || !all_given_ ? exit_refused : exit_good;
+    }
+
+private:
+    void refuse(int status, uint64_t offset, std::string_view path, std::string_view message) {
+        const std::string all = "line " + std::to_string(lines_.number()) + ": " + std::string(message);
+        write_line_refusal(out_, {status, lines_.number(), offset, path, all});
+        progress_.refused();
+    }
+
+    bool octets_of(std::string_view line) {
+        text_decoder decoder(options_.from);
+        if (octets_.size() < line.size()) octets_.resize(line.size());
+        const char* at = line.data();
+        count_ = decoder.decode(at, at + line.size(), octets_.data(), octets_.size());
+        if (!decoder.refused() && decoder.finish()) return true;
+        refuse(0, static_cast<uint64_t>(at - line.data()), {}, decoder.problem());
+        return false;
+    }
+
+    void decode() {
+        record_holder record(type_);
+        const int status = decode_octets(type_, octets_.data(), count_, record.get());
+        if (status != zr_ok) {
+            const explanation refused = explain(octets_.data(), count_, type_, status);
+            return refuse(refused.status, refused.offset, refused.path, refused.message);
+        }
+        write_json(out_, type_, record.get(), json_layout::one_line);
+        out_.put('\n');
+        progress_.accepted();
+        find_losses(octets_.data(), count_, envelope_header_size(octets_.data(), count_), type_, record.get(),
+                    [this](const loss& lost) {
+                        print_loss(lines_.label() + ": line " + std::to_string(lines_.number()), lost);
+                        all_given_ = false;
+                    });
+    }
+
+    const decode_options& options_;
+    const record_type& type_;
+    output out_;
+    line_reader lines_;
+    line_progress progress_;
+    std::vector<unsigned char> octets_;  // of the line, as many as `count_`
+    size_t count_ = 0;
+    bool all_given_ = true;
+};
+
+}  // namespace
+
+int run_decode(const decode_options& options) {
+    if (options.lines) return line_decoder(options).run();
+    const octets_input in = read_input(options.file, options.from, wanted_input::record);
+    const record_type& type = *options.record;
+    record_holder record(type);
+    const int status = decode_octets(type, in.data(), in.size(), record.get());
+    if (status != zr_ok) {
+        print_explanation(in, &type, explain(in.data(), in.size(), type, status), options.color);
+        return exit_refused;
+    }
+    output out(options.output);
+    write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented);
+    out.put('\n');
+    out.close();
+    bool all_given = in.remark().empty();
+    if (!all_given) std::fprintf(stderr, "%s\n", in.remark().c_str());
+    find_losses(in.data(), in.size(), envelope_header_size(in.data(), in.size()), type, record.get(),
+                [&](const loss& lost) {
+                    print_loss(in.label(), lost);
+                    all_given = false;
+                });
+    return all_given ? exit_good : exit_refused;
+}
+
+}  // namespace zr::tool

@@ -1,0 +1,335 @@
+// dump: any BER as a tree.
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include <unistd.h>
+
+#include "base/color.h"
+#include "base/output.h"
+#include "ber/record_guide.h"
+#include "ber/scanner.h"
+#include "ber/value.h"
+#include "input/input.h"
+#include "verbs/verbs.h"
+
+namespace zr::tool {
+
+namespace {
+
+using role = record_place::role;
+
+// Levels that are indented; deeper ones are numbered, so that the lines of a deep tree stay short.
+constexpr size_t most_indents = 32;
+
+// Octets after which memory of a mapped file is given back.
+constexpr size_t look_behind = size_t{4} << 20;
+
+class tree_writer {
+public:
+    tree_writer(const octets_input& in, const record_type* record, bool in_color)
+        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color) {
+        for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
+            ++offset_width_;
+    }
+
+    int run() {
+        blanks(offset_width_ - 8);
+        out_.write("  offset  hdr     length  class    tag  form\n");
+        const size_t header = in_.header_size();
+        if (header != 0) envelope(header);
+        ber_scanner scanner(in_.data() + header, in_.size() - header);
+        size_t given_back = 0;
+        for (ber_item item; scanner.next(item);) {
+            const size_t inside = item.offset;
+            item.offset += header;
+            if (item.depth == 0 && inside != 0 && record_ != nullptr && !behind_) end_of_record(item.offset);
+            line(item);
+            if (item.offset - given_back < look_behind) continue;
+            given_back = item.offset;
+            in_.forget(item.offset);
+        }
+        close(0);
+        if (in_.size() == header) damage(0, in_.size(), "no element");
+        out_.close();
+        if (problems_ == 0) return exit_good;
+        std::fprintf(stderr, "%s: %zu problem%s, %llu octet%s not read\n", in_.label().c_str(), problems_,
+                     problems_ == 1 ? "" : "s", static_cast<unsigned long long>(unread_), unread_ == 1 ? "" : "s");
+        return exit_refused;
+    }
+
+private:
+    void envelope(size_t size) {
+        columns(0, size);
+        blanks(32);
+        out_.write("envelope, version ");
+        write_number(out_, in_.version());
+        out_.put('\n');
+    }
+
+    void line(const ber_item& item) {
+        close(item.depth);
+        switch (item.kind) {
+            case ber_kind::element:
+                return element(item);
+            case ber_kind::end_of_contents:
+                start(item);
+                out_.write("end-of-contents\n");
+                return;
+            case ber_kind::missing_end:
+                return damage(item.depth, item.offset, "end-of-contents octets (00 00) are missing");
+            case ber_kind::unreadable:
+                unread_ += item.length;
+                guide_.lose_rest();
+                return damage(item.depth, item.offset, damage_text(item.damage), ": ", item.length,
+                              item.length == 1 ? " octet not read" : " octets not read");
+        }
+    }
+
+    void element(const ber_item& item) {
+        const record_place place = guide_.visit(item);
+        start(item);
+        label(place);
+        type(item, place);
+        if (!item.opens() && item.length != 0) {
+            out_.put(' ');
+            const unsigned char* contents = in_.data() + item.offset + item.header;
+            write_value(out_, item, contents);
+            if (place.is_integer() && item.damage == ber_damage::none) unsigned_value(item, *place.member, contents);
+        }
+        out_.put('\n');
+        if (place.what >= role::unexpected) unexpected(item, place);
+        if (item.damage == ber_damage::too_long) {
+            if (!item.in_cut) too_long(item);
+        } else if (item.damage != ber_damage::none) {
+            damage(item.depth + 1, item.offset, damage_text(item.damage));
+        } else if (const char* wrong = wrong_contents(item)) {
+            damage(item.depth + 1, item.offset, wrong);
+        }
+    }
+
+    void too_long(const ber_item& item) {
+        if (item.declared == UINT64_MAX)
+            damage(item.depth + 1, item.offset, "the length is too large to tell, ", "", item.length,
+                   item.length == 1 ? " octet is there" : " octets are there");
+        else
+            damage(item.depth + 1, item.offset, "the contents run over the end by ", "", item.declared - item.length,
+                   item.declared - item.length == 1 ? " octet" : " octets");
+    }
+
+    // A uint32_t goes out as the signed number of its bits.
+    void unsigned_value(const ber_item& item, const field& member, const unsigned char* contents) {
+        if (member.integer.is_signed || member.integer.octets != 4 || item.length > 4 || *contents < 0x80) return;
+        uint32_t value = ~uint32_t{0};
+        for (size_t i = 0; i < item.length; ++i)
+            value = value << 8 | contents[i];
+        out_.write(" (");
+        write_number(out_, value);
+        out_.write(" as uint32_t)");
+    }
+
+    // What X.690 does not permit of the contents of an element that could be read.
+    const char* wrong_contents(const ber_item& item) const {
+        if (item.cls != 0) return nullptr;
+        const bool structured = item.tag == 16 || item.tag == 17 || item.tag == 8 || item.tag == 11 || item.tag == 29;
+        if (structured && !item.constructed) return "the primitive form, which this type does not have";
+        if (item.constructed) {
+            const bool simple = item.tag == 1 || item.tag == 2 || item.tag == 5 || item.tag == 6 || item.tag == 9 ||
+                                item.tag == 10 || item.tag == 13;
+            return simple ? "the constructed form, which this type does not have" : nullptr;
+        }
+        const unsigned char* contents = in_.data() + item.offset + item.header;
+        switch (item.tag) {
+            case 1:
+                return item.length == 1 ? nullptr : "a BOOLEAN has one octet";
+            case 2:
+            case 10:
+                return item.length != 0 ? nullptr : "a number has at least one octet";
+            case 3:
+                if (item.length == 0) return "a BIT STRING has at least one octet";
+                if (*contents > 7) return "there are at most 7 unused bits";
+                return item.length == 1 && *contents != 0 ? "there are no bits that could be unused" : nullptr;
+            case 5:
+                return item.length == 0 ? nullptr : "a NULL has no contents";
+            case 6:
+            case 13:
+                return wrong_identifier(contents, item.length);
+            default:
+                return nullptr;
+        }
+    }
+
+    void columns(size_t offset, size_t header) {
+        write_number(out_, offset, offset_width_);
+        column(header, 5);
+    }
+
+    // What is too wide for its column is a star there: no line shifts, and the number is told behind.
+    void column(uint64_t number, size_t width) {
+        uint64_t limit = 1;
+        for (size_t i = 1; i < width; ++i)
+            limit *= 10;
+        if (number < limit) return write_number(out_, number, width);
+        blanks(width - 1);
+        out_.put('*');
+    }
+
+    // The columns in front of the tree, and the branch of it. The length is the one that is written.
+    void start(const ber_item& item) {
+        static constexpr const char* classes[] = {"  univ ", "  appl ", "  cont ", "  priv "};
+        columns(item.offset, item.header);
+        if (item.indefinite)
+            out_.write("      indef");
+        else
+            column(item.declared, 11);
+        out_.write(classes[item.cls]);
+        if (item.damage == ber_damage::tag_too_large)
+            out_.write("     ?");
+        else
+            column(item.tag, 6);
+        out_.write(item.constructed ? "  cons  " : "  prim  ");
+        indent(item.depth);
+    }
+
+    void blanks(size_t count) {
+        static constexpr char many[65] = "                                                                ";
+        static_assert(2 * most_indents < sizeof(many));
+        out_.write(many, count);
+    }
+
+    void indent(size_t depth) {
+        blanks(2 * std::min(depth, most_indents));
+        if (depth <= most_indents) return;
+        out_.write("(level ");
+        write_number(out_, depth);
+        out_.write(") ");
+    }
+
+    void label(const record_place& place) {
+        if (place.what != role::record && place.what != role::member && place.what != role::element) return;
+        color("\x1B[36m");
+        if (place.what == role::record) {
+            out_.write(place.record->name);
+        } else if (place.what == role::member) {
+            out_.write(place.member->name);
+        } else {
+            out_.put('[');
+            write_number(out_, place.index);
+            out_.put(']');
+        }
+        color("\x1B[0m");
+        out_.put(' ');
+    }
+
+    void type(const ber_item& item, const record_place& place) {
+        const char* name =
+            item.cls == 0 && item.damage != ber_damage::tag_too_large ? universal_type(item.tag) : nullptr;
+        if (name != nullptr) {
+            out_.write(name);
+        } else {
+            static constexpr const char* classes[] = {"[UNIVERSAL ", "[APPLICATION ", "[", "[PRIVATE "};
+            out_.write(classes[item.cls]);
+            if (item.damage == ber_damage::tag_too_large)
+                out_.put('?');
+            else
+                write_number(out_, item.tag);
+            out_.put(']');
+        }
+        if (place.is_list()) out_.write(" OF");
+        if (place.record != nullptr && place.what != role::record) {
+            out_.write(" (");
+            out_.write(place.record->name);
+            out_.put(')');
+        }
+    }
+
+    void unexpected(const ber_item& item, const record_place& place) {
+        std::string what;
+        if (place.what == role::unexpected_element)
+            what = std::string("no element of ") + place.member->name;
+        else if (place.member != nullptr)
+            what = std::string("not ") + place.member->name + " (" + notation_of(place.member->kind) + ")";
+        else
+            what = item.depth == 0 ? "not a SEQUENCE, as a record is" : "more than the record has members";
+        damage(item.depth + 1, item.offset, what);
+    }
+
+    void end_of_record(size_t offset) {
+        behind_ = true;
+        close(0);
+        damage(0, offset, "the record ends here: ", "", in_.size() - offset,
+               in_.size() - offset == 1 ? " octet more" : " octets more");
+    }
+
+    void close(size_t depth) {
+        guide_.leave(depth, [this](size_t level, const field& field) {
+            start_damage(level);
+            out_.write(field.name);
+            out_.write(" (");
+            out_.write(notation_of(field.kind));
+            out_.write(") is missing");
+            end_damage();
+        });
+    }
+
+    void damage(size_t depth, size_t offset, std::string_view what) {
+        start_damage(depth, offset);
+        out_.write(what);
+        end_damage();
+    }
+    void damage(size_t depth, size_t offset, std::string_view what, std::string_view and_, uint64_t number,
+                std::string_view unit) {
+        start_damage(depth, offset);
+        out_.write(what);
+        out_.write(and_);
+        write_number(out_, number);
+        out_.write(unit);
+        end_damage();
+    }
+    void start_damage(size_t depth) {
+        ++problems_;
+        blanks(offset_width_ + 37);
+        indent(depth);
+        color("\x1B[31m");
+        out_.write("! ");
+    }
+    void start_damage(size_t depth, size_t offset) {
+        ++problems_;
+        write_number(out_, offset, offset_width_);
+        blanks(37);
+        indent(depth);
+        color("\x1B[31m");
+        out_.write("! ");
+    }
+    void end_damage() {
+        color("\x1B[0m");
+        out_.put('\n');
+    }
+
+    void color(const char* sequence) {
+        if (in_color_) out_.write(sequence);
+    }
+
+    const octets_input& in_;
+    record_guide guide_;
+    const record_type* record_;
+    output out_;
+    bool in_color_;
+    size_t offset_width_ = 8;
+    bool behind_ = false;  // the record has ended
+    size_t problems_ = 0;
+    uint64_t unread_ = 0;
+};
+
+}  // namespace
+
+int run_dump(const dump_options& options) {
+    const octets_input in = read_input(options.file, options.from, wanted_input::anything);
+    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO)).run();
+    if (in.remark().empty()) return code;
+    std::fprintf(stderr, "%s\n", in.remark().c_str());
+    return exit_refused;
+}
+
+}  // namespace zr::tool

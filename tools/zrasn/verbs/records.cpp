@@ -1,0 +1,158 @@
+// records: the record types and their fields.
+#include <string>
+
+#include "base/output.h"
+#include "verbs/verbs.h"
+
+namespace zr::tool {
+
+namespace {
+
+std::string c_integer(integer_type type) {
+    return (type.is_signed ? "int" : "uint") + std::to_string(8 * type.octets) + "_t";
+}
+
+// The kind in words that stand behind the name, such as "list of sec_id_t".
+std::string kind_in_words(const field& field) {
+    std::string nested = field.nested != nullptr ? field.nested->name : "";
+    switch (field.kind) {
+        case field_kind::integer:
+            return c_integer(field.integer);
+        case field_kind::text:
+            return "text";
+        case field_kind::octets:
+            return "octets";
+        case field_kind::fixed_octets:
+            return std::to_string(field.size) + " octets";
+        case field_kind::nested:
+            return nested;
+        case field_kind::optional_nested:
+            return "optional " + nested;
+        case field_kind::list_of_records:
+            return "list of " + nested;
+        case field_kind::list_of_pointers:
+            return "list of pointers to " + nested;
+        case field_kind::list_of_texts:
+            return "list of texts";
+        case field_kind::list_of_integers:
+            return "list of " + c_integer(field.integer);
+        case field_kind::slots:
+            return std::to_string(field.size) + " slots of " + nested;
+    }
+    return "";
+}
+
+// The kind as one word.
+const char* kind_word(field_kind kind) {
+    switch (kind) {
+        case field_kind::integer:
+            return "integer";
+        case field_kind::text:
+            return "text";
+        case field_kind::octets:
+            return "octets";
+        case field_kind::fixed_octets:
+            return "fixed_octets";
+        case field_kind::nested:
+            return "nested";
+        case field_kind::optional_nested:
+            return "optional_nested";
+        case field_kind::list_of_records:
+            return "list_of_records";
+        case field_kind::list_of_pointers:
+            return "list_of_pointers";
+        case field_kind::list_of_texts:
+            return "list_of_texts";
+        case field_kind::list_of_integers:
+            return "list_of_integers";
+        case field_kind::slots:
+            return "slots";
+    }
+    return "";
+}
+
+void write_padded(output& out, std::string_view text, size_t width) {
+    out.write(text);
+    for (size_t i = text.size(); i < width; ++i)
+        out.put(' ');
+}
+
+void write_record(output& out, const record_type& type) {
+    out.write(type.name);
+    out.write("  (");
+    out.write(type.module);
+    out.write(")\n");
+    for (const field& field : type) {
+        out.write("    ");
+        write_padded(out, field.name, 28);
+        if (field.count_name == nullptr) {
+            out.write(kind_in_words(field));
+        } else {
+            write_padded(out, kind_in_words(field), 36);
+            out.write("  ");
+            out.write(field.count_name);
+            out.write(": " + c_integer(field.count));
+        }
+        out.put('\n');
+    }
+}
+
+// Names are C identifiers: nothing in them needs to be escaped.
+void write_member(output& out, const char* key, std::string_view value) {
+    out.write(", \"");
+    out.write(key);
+    out.write("\": \"");
+    out.write(value);
+    out.put('"');
+}
+
+void write_record_json(output& out, const record_type& type) {
+    out.write("{\"name\": \"");
+    out.write(type.name);
+    out.put('"');
+    write_member(out, "module", type.module);
+    write_member(out, "binding", type.binding);
+    out.write(", \"fields\": [");
+    for (const field& field : type) {
+        if (&field != type.begin()) out.put(',');
+        out.write("\n    {\"name\": \"");
+        out.write(field.name);
+        out.put('"');
+        write_member(out, "kind", kind_word(field.kind));
+        if (field.kind == field_kind::integer || field.kind == field_kind::list_of_integers)
+            write_member(out, "type", c_integer(field.integer));
+        if (field.nested != nullptr) write_member(out, "record", field.nested->name);
+        if (field.size != 0) out.write(", \"size\": " + std::to_string(field.size));
+        if (field.count_name != nullptr) {
+            write_member(out, "count", field.count_name);
+            write_member(out, "count_type", c_integer(field.count));
+        }
+        out.put('}');
+    }
+    out.write("]}");
+}
+
+}  // namespace
+
+int run_records(const records_options& options) {
+    output out("");
+    if (options.record != nullptr) {
+        options.json ? write_record_json(out, *options.record) : write_record(out, *options.record);
+        if (options.json) out.put('\n');
+        out.close();
+        return exit_good;
+    }
+    const char* separator = options.json ? "[\n" : "";
+    for (const record_module* module : modules()) {
+        for (const record_type* type : *module) {
+            out.write(separator);
+            separator = options.json ? ",\n" : "\n";
+            options.json ? write_record_json(out, *type) : write_record(out, *type);
+        }
+    }
+    if (options.json) out.write("\n]\n");
+    out.close();
+    return exit_good;
+}
+
+}  // namespace zr::tool

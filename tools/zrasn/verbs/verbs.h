@@ -1,0 +1,75 @@
+// The verbs of the tool and what each is asked to do. cli/command_line.cpp fills these from the command line; a verb
+// reads its input, writes its answer and returns the exit code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "asn1/record/registry.h"
+#include "base/color.h"
+#include "base/exit_code.h"
+#include "input/text_decoder.h"
+
+namespace zr::tool {
+
+// Records and modules are looked up before the verb runs: a pointer is null only where the name was left out. A file
+// named "-" is the standard input.
+
+// records [RECORD]: all record types, or one of them.
+struct records_options {
+    const record_type* record = nullptr;
+    bool json = false;
+};
+int run_records(const records_options& options);
+
+// schema [RECORD|MODULE ...]: complete ASN.1 modules. No names at all: every module. Otherwise the named records and
+// modules, in the order given, and what they need.
+struct schema_options {
+    std::vector<const record_type*> records;
+    std::vector<const record_module*> modules;
+};
+int run_schema(const schema_options& options);
+
+// encode RECORD [FILE]: JSON to an envelope.
+struct encode_options {
+    const record_type* record = nullptr;
+    std::string file = "-";
+    std::string output;  // -o; empty is the standard output
+    bool hex = false;
+    bool base64 = false;
+    bool lines = false;  // one JSON value a line in, one line of hex a record out
+    unsigned version = 2;
+};
+int run_encode(const encode_options& options);
+
+// decode RECORD [FILE]: an envelope, or the bare BER element, to JSON.
+struct decode_options {
+    const record_type* record = nullptr;
+    std::string file = "-";
+    std::string output;  // -o; empty is the standard output
+    input_form from = input_form::automatic;
+    bool lines = false;  // one line of hex a record in, one line of JSON out
+    bool compact = false;
+    color_mode color = color_mode::automatic;  // of messages on standard error
+};
+int run_decode(const decode_options& options);
+
+// dump [--record RECORD] [FILE]: any BER as an indented tree.
+struct dump_options {
+    const record_type* record = nullptr;
+    std::string file = "-";
+    input_form from = input_form::automatic;
+    color_mode color = color_mode::automatic;
+};
+int run_dump(const dump_options& options);
+
+// check [--record RECORD] [FILE]: does it fit, and where does it deviate from what the library writes.
+struct check_options {
+    const record_type* record = nullptr;
+    std::string file = "-";
+    input_form from = input_form::automatic;
+    color_mode color = color_mode::automatic;
+};
+int run_check(const check_options& options);
+
+}  // namespace zr::tool
