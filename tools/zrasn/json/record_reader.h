@@ -20,6 +20,6 @@ struct json_error {
 
 // read_json fills a zeroed structure, with blocks from malloc that the record's free function releases, after a refusal
 // too. True on success. Works with a stack of its own, so that any depth will do. Throws std::bad_alloc.
-bool read_json(std::string_view text, const record_type& type, void* contents, json_error& error);
+bool read_json(std::string_view text, const record_type& type, void* structure, json_error& error);
 
 }  // namespace zr::tool

@@ -6,8 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "asn1/record/integers.h"
-#include "asn1/record/shape.h"
+#include "base/members.h"
 #include "base/text.h"
 #include "json/uuid_text.h"
 
@@ -20,8 +19,8 @@ public:
     writer(output& out, json_layout layout)
         : out_(out), spaced_(layout == json_layout::indented), deepest_(spaced_ ? 32 : 0) {}
 
-    void write(const record_type& type, const void* contents) {
-        write_record(&type, contents);
+    void write(const record_type& type, const void* structure) {
+        write_record(&type, structure);
         while (!stack_.empty()) {
             frame& top = stack_.back();
             if (top.in_list) {
@@ -39,19 +38,12 @@ private:
     // A record that is open, and how far it is written.
     struct frame {
         const record_type* type;
-        const char* contents;
+        const void* structure;
         const field* next;  // member; in a list the one that is the list
         uint32_t element;   // of the list: next one
         uint32_t count;     // of the list
         bool in_list;
     };
-
-    template <class T>
-    static T load(const char* from, size_t index = 0) {
-        T value;
-        std::memcpy(&value, from + index * sizeof(T), sizeof(T));
-        return value;
-    }
 
     void open(char bracket) {
         out_.put(bracket);
@@ -78,96 +70,85 @@ private:
     }
 
     void write_next_member(frame& top) {
-        const field& field = *top.next;
-        const char* member = top.contents + field.offset;
-        separate(&field == top.type->fields);
+        const field& member = *top.next;
+        separate(&member == top.type->fields);
         out_.put('"');
-        out_.write(field.name);
+        out_.write(member.name);
         out_.write(spaced_ ? "\": " : "\":");
-        ++top.next;
-        switch (field.kind) {
-            case field_kind::integer:
-                return write_integer(member, field.integer);
-            case field_kind::text:
-                return write_text(load<const char*>(member));
-            case field_kind::octets: {
-                const auto* data = load<const unsigned char*>(member);
-                return write_octets(data, data == nullptr ? 0 : count_of(field, top.contents));
-            }
-            case field_kind::fixed_octets:
-                return write_octets(reinterpret_cast<const unsigned char*>(member), field.size);
-            case field_kind::nested:
-                return write_record(field.nested, member);
-            case field_kind::optional_nested:
-                return write_record(field.nested, load<const void*>(member));
-            case field_kind::list_of_integers:
-                return write_integers(field, top.contents);
-            case field_kind::slots:
-                top.count = field.size;
-                while (top.count != 0 && load<const void*>(member, top.count - 1) == nullptr)
-                    --top.count;
-                break;
-            default:
-                top.count = load<const void*>(member) == nullptr ? 0 : count_of(field, top.contents);
-                break;
+        if (!is_sequence_of(member)) {
+            ++top.next;
+            return write_value(member, top.structure, 0);
+        }
+        const uint32_t count = used_places(member, top.structure);
+        if (value_of(member) == value_kind::integer) {
+            ++top.next;
+            return write_integers(member, top.structure, count);
         }
         open('[');
-        --top.next;
         top.element = 0;
+        top.count = count;
         top.in_list = true;
     }
 
     void write_next_element(frame& top) {
-        const field& field = *top.next;
         if (top.element == top.count) {
             ++top.next;
             top.in_list = false;
             return close(']', top.count == 0);
         }
-        const char* member = top.contents + field.offset;
-        const char* elements = field.kind == field_kind::slots ? member : load<const char*>(member);
-        const size_t index = top.element++;
-        separate(index == 0);
-        if (field.kind == field_kind::list_of_texts) return write_text(load<const char*>(elements, index));
-        write_record(field.nested, field.kind == field_kind::list_of_records ? elements + index * field.nested->size
-                                                                             : load<const char*>(elements, index));
+        separate(top.element == 0);
+        write_value(*top.next, top.structure, top.element++);
+    }
+
+    void write_value(const field& member, const void* structure, uint32_t index) {
+        const void* value = value_at(member, structure, index);
+        switch (value_of(member)) {
+            case value_kind::integer:
+                return write_integer(load_integer(value, member.integer));
+            case value_kind::text:
+                return write_text(load<const char*>(value));
+            case value_kind::octets:
+                return write_octets(load<const unsigned char*>(value), octets_length(member, structure));
+            case value_kind::fixed_octets:
+                return write_octets(static_cast<const unsigned char*>(value), octets_length(member, structure));
+            case value_kind::record:
+                return write_record(record_of(member), value);
+        }
+    }
+
+    template <class T>
+    static T load(const void* from) {
+        T value;
+        std::memcpy(&value, from, sizeof(T));
+        return value;
     }
 
     // Opens it; the loop writes the rest.
-    void write_record(const record_type* type, const void* contents) {
-        if (contents == nullptr) return out_.write("null");
+    void write_record(const record_type* type, const void* structure) {
+        if (structure == nullptr) return out_.write("null");
         if (is_uuid(*type)) {
             char text[uuid_text_size];
-            format_uuid(contents, text);
+            format_uuid(structure, text);
             out_.put('"');
             out_.write({text, sizeof(text)});
             return out_.put('"');
         }
         open('{');
-        stack_.push_back({type, static_cast<const char*>(contents), type->fields, 0, 0, false});
+        stack_.push_back({type, structure, type->fields, 0, 0, false});
     }
 
-    static uint32_t count_of(const field& field, const char* contents) {
-        return static_cast<uint32_t>(load_integer(contents + field.count_offset, field.count));
-    }
-
-    void write_integer(const void* from, integer_type type) {
-        char digits[16];
-        const int32_t value = load_integer(from, type);
-        const auto end = type.is_signed
-                             ? std::to_chars(digits, digits + sizeof(digits), value).ptr
-                             : std::to_chars(digits, digits + sizeof(digits), static_cast<uint32_t>(value)).ptr;
+    void write_integer(int64_t number) {
+        char digits[20];
+        const auto end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
         out_.write({digits, static_cast<size_t>(end - digits)});
     }
 
     // Numbers stand side by side.
-    void write_integers(const field& field, const char* contents) {
-        const char* elements = load<const char*>(contents + field.offset);
-        const uint32_t count = elements == nullptr ? 0 : count_of(field, contents);
+    void write_integers(const field& member, const void* structure, uint32_t count) {
         out_.put('[');
-        for (size_t i = 0; i < count; ++i) {
+        for (uint32_t i = 0; i < count; ++i) {
             if (i != 0) out_.write(spaced_ ? ", " : ",");
-            write_integer(elements + i * field.integer.octets, field.integer);
+            write_integer(load_integer(value_at(member, structure, i), member.integer));
         }
         out_.put(']');
     }

@@ -32,7 +32,7 @@ inline void format_uuid(const void* contents, char* text) {
 }
 
 // Fills the UUID from 36 characters, digits in either case; false, with the UUID as it was, on any other text.
-inline bool parse_uuid(std::string_view text, void* contents) {
+inline bool parse_uuid(std::string_view text, uuid_t& id) {
     if (text.size() != uuid_text_size) return false;
     unsigned char octets[16];
     size_t at = 0;
@@ -43,7 +43,6 @@ inline bool parse_uuid(std::string_view text, void* contents) {
         at += 2;
         octets[i] = static_cast<unsigned char>(high << 4 | low);
     }
-    auto& id = *static_cast<uuid_t*>(contents);
     id.time_low = uint32_t{octets[0]} << 24 | uint32_t{octets[1]} << 16 | uint32_t{octets[2]} << 8 | octets[3];
     id.time_mid = static_cast<uint16_t>(octets[4] << 8 | octets[5]);
     id.time_hi_and_version = static_cast<uint16_t>(octets[6] << 8 | octets[7]);

@@ -1,0 +1,69 @@
+#include "json/place.h"
+
+#include "json/uuid_text.h"
+
+namespace zr::tool {
+
+namespace {
+
+using takes = json_place::takes;
+
+json_place place_of_value(const field& member, bool or_null) {
+    switch (value_of(member)) {
+        case value_kind::integer:
+            return {takes::integer, &member, nullptr, or_null};
+        case value_kind::text:
+            return {takes::text, &member, nullptr, or_null};
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            return {takes::octets, &member, nullptr, or_null};
+        case value_kind::record:
+            break;
+    }
+    const record_type* record = record_of(member);
+    return {is_uuid(*record) ? takes::uuid : takes::object, &member, record, or_null};
+}
+
+}  // namespace
+
+json_place place_of_record(const record_type& type) {
+    return {is_uuid(type) ? takes::uuid : takes::object, nullptr, &type, false};
+}
+
+json_place place_of_member(const field& member) {
+    if (is_sequence_of(member)) return {takes::array, &member, nullptr, false};
+    return place_of_value(member, held_of(member) == holding::optional);
+}
+
+json_place place_of_element(const field& member, uint32_t index) {
+    if (index >= most_places(member)) return {takes::nothing, &member, nullptr, false};
+    return place_of_value(member, held_of(member) == holding::slots);
+}
+
+std::string describe(const json_place& place) {
+    const std::string null = place.or_null ? " or null" : "";
+    switch (place.what) {
+        case takes::integer: {
+            const integer_range range = range_of(place.member->integer);
+            return "a whole number from " + std::to_string(range.least) + " to " + std::to_string(range.most);
+        }
+        case takes::text:
+            return "a text: a string, or {\"hex\": \"...\"}";
+        case takes::octets: {
+            const bool fixed = value_of(*place.member) == value_kind::fixed_octets;
+            return (fixed ? std::to_string(place.member->size) + " " : "") + "octets as a string of hexadecimal digits";
+        }
+        case takes::uuid:
+            return "a UUID such as \"6ba7b810-9dad-11d1-80b4-00c04fd430c8\"" + null;
+        case takes::object:
+            return "an object (" + std::string(place.record->name) + ")" + null;
+        case takes::array:
+            if (held_of(*place.member) != holding::slots) return "an array";
+            return "an array of at most " + std::to_string(place.member->size) + " elements";
+        case takes::nothing:
+            break;
+    }
+    return "at most " + std::to_string(most_places(*place.member)) + " elements";
+}
+
+}  // namespace zr::tool
