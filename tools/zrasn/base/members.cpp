@@ -22,7 +22,16 @@ uint32_t stored_count(const field& member, const void* structure) {
 }
 
 void store_integer(void* to, integer_type type, int64_t number) {
-    std::memcpy(to, &number, type.octets);  // least significant octet first, as on every x86
+    switch (type.octets) {  // least significant octet first, as on every x86
+        case 1:
+            std::memcpy(to, &number, 1);
+            break;
+        case 2:
+            std::memcpy(to, &number, 2);
+            break;
+        default:
+            std::memcpy(to, &number, 4);
+    }
 }
 
 void* zeroed(size_t octets) {
@@ -32,50 +41,6 @@ void* zeroed(size_t octets) {
 }
 
 }  // namespace
-
-value_kind value_of(const field& member) {
-    switch (member.kind) {
-        case field_kind::integer:
-        case field_kind::list_of_integers:
-            return value_kind::integer;
-        case field_kind::text:
-        case field_kind::list_of_texts:
-            return value_kind::text;
-        case field_kind::octets:
-            return value_kind::octets;
-        case field_kind::fixed_octets:
-            return value_kind::fixed_octets;
-        case field_kind::nested:
-        case field_kind::optional_nested:
-        case field_kind::list_of_records:
-        case field_kind::list_of_pointers:
-        case field_kind::slots:
-            break;
-    }
-    return value_kind::record;
-}
-
-holding held_of(const field& member) {
-    switch (member.kind) {
-        case field_kind::optional_nested:
-            return holding::optional;
-        case field_kind::list_of_records:
-        case field_kind::list_of_texts:
-        case field_kind::list_of_integers:
-            return holding::list;
-        case field_kind::list_of_pointers:
-            return holding::pointer_list;
-        case field_kind::slots:
-            return holding::slots;
-        case field_kind::integer:
-        case field_kind::text:
-        case field_kind::octets:
-        case field_kind::fixed_octets:
-        case field_kind::nested:
-            break;
-    }
-    return holding::one;
-}
 
 uint32_t used_places(const field& member, const void* structure) {
     switch (held_of(member)) {

@@ -16,8 +16,20 @@ enum class value_kind : uint8_t { integer, text, octets, fixed_octets, record };
 // or each behind one of a fixed number of pointers.
 enum class holding : uint8_t { one, optional, list, pointer_list, slots };
 
-value_kind value_of(const field& member);
-holding held_of(const field& member);
+// Of each kind of field that the library knows.
+inline value_kind value_of(const field& member) {
+    static constexpr value_kind values[] = {value_kind::integer,      value_kind::text,   value_kind::octets,
+                                            value_kind::fixed_octets, value_kind::record, value_kind::record,
+                                            value_kind::record,       value_kind::record, value_kind::text,
+                                            value_kind::integer,      value_kind::record};
+    return values[static_cast<size_t>(member.kind)];
+}
+inline holding held_of(const field& member) {
+    static constexpr holding ways[] = {holding::one,  holding::one,      holding::one,  holding::one,
+                                       holding::one,  holding::optional, holding::list, holding::pointer_list,
+                                       holding::list, holding::list,     holding::slots};
+    return ways[static_cast<size_t>(member.kind)];
+}
 // The record of the values of the kind record, or null.
 inline const record_type* record_of(const field& member) { return member.nested; }
 

@@ -1,6 +1,7 @@
 #include "base/output.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -10,6 +11,18 @@
 #include "base/text.h"
 
 namespace zr::tool {
+
+namespace {
+
+// The two digits of each octet.
+constexpr auto hex_pairs = [] {
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (size_t octet = 0; octet < pairs.size(); ++octet)
+        pairs[octet] = {"0123456789abcdef"[octet >> 4], "0123456789abcdef"[octet & 15]};
+    return pairs;
+}();
+
+}  // namespace
 
 output::output(std::string file)
     : file_(file == "-" ? std::string() : std::move(file)), descriptor_(file_.empty() ? STDOUT_FILENO : -1) {}
@@ -68,15 +81,12 @@ void output::close() {
 bool output::is_terminal() const { return file_.empty() && isatty(STDOUT_FILENO) != 0; }
 
 void output::write_hex(const unsigned char* octets, size_t count) {
-    static constexpr char digits[] = "0123456789abcdef";
     while (count != 0) {
         if (sizeof(block_) - used_ < 2) flush();
         const size_t some = std::min(count, (sizeof(block_) - used_) / 2);
         char* to = block_ + used_;
-        for (const unsigned char* const end = octets + some; octets != end; ++octets) {
-            *to++ = digits[*octets >> 4];
-            *to++ = digits[*octets & 15];
-        }
+        for (const unsigned char* const end = octets + some; octets != end; ++octets, to += 2)
+            std::memcpy(to, hex_pairs[*octets].data(), 2);
         used_ += 2 * some;
         count -= some;
     }

@@ -1,7 +1,6 @@
 // parse_json over nlohmann's event interface. No other file of the program knows that library.
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 
 #include <nlohmann/json.hpp>
 
@@ -16,30 +15,9 @@ using json = nlohmann::json;
 
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-// text_iterator tells how far the lexer has read.
-struct text_iterator {
-    using iterator_category = std::input_iterator_tag;
-    using value_type = char;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const char*;
-    using reference = const char&;
-
-    const char* at;
-    const char** reached;
-
-    reference operator*() const { return *at; }
-    text_iterator& operator++() {
-        *reached = ++at;
-        return *this;
-    }
-    text_iterator operator++(int) {
-        text_iterator old = *this;
-        ++*this;
-        return old;
-    }
-    bool operator==(const text_iterator& other) const { return at == other.at; }
-    bool operator!=(const text_iterator& other) const { return at != other.at; }
-};
+constexpr bool is_of_number(char c) {
+    return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
+}
 
 // adapter hands the events on, each with its place: the first character behind the one before it that is neither blank
 // nor separates values.
@@ -52,11 +30,9 @@ public:
     using binary_t = json::binary_t;
 
     adapter(std::string_view text, json_events& receiver, json_fault& fault)
-        : text_(text), reached_(text.data()), receiver_(receiver), fault_(fault) {
+        : text_(text), receiver_(receiver), fault_(fault) {
         if (text.substr(0, 3) == "\xEF\xBB\xBF") behind_ = 3;
     }
-
-    const char** reached() { return &reached_; }
 
     bool null() { return word(json_kind::null, 4); }
     bool boolean(bool flag) { return word(json_kind::boolean, flag ? 4 : 5); }
@@ -71,14 +47,15 @@ public:
     bool start_array(size_t) { return word(json_kind::begin_array, 1); }
     bool end_array() { return word(json_kind::end_array, 1); }
 
-    bool parse_error(size_t, const std::string&, const json::exception& exception) {
+    // `read` counts the end of the text as a character.
+    bool parse_error(size_t read, const std::string&, const json::exception& exception) {
         std::string message = exception.what();
         // "[json.exception.parse_error.101] parse error at line 1, column 1: what"
         for (std::string_view front : {"] ", ": "})
             if (const size_t behind = message.find(front); behind != message.npos) message.erase(0, behind + 2);
         constexpr size_t longest = 200;
         if (message.size() > longest) message = message.substr(0, longest) + "...";
-        const auto read = static_cast<size_t>(reached_ - text_.data());
+        read = std::min(read, text_.size());
         fault_ = {read == 0 ? 0 : read - 1, "not JSON: " + printable(message)};
         return false;
     }
@@ -107,17 +84,21 @@ private:
     // The lexer has read one character more.
     bool number() {
         const size_t at = start();
-        behind_ = std::min(text_.find_first_not_of("+-.0123456789eE", at), text_.size());
+        for (behind_ = at; behind_ != text_.size() && is_of_number(text_[behind_]);)
+            ++behind_;
         return receiver_.on({json_kind::number, at, text_.substr(at, behind_ - at)});
     }
     bool quoted(json_kind kind, const string_t& text) {
         const size_t at = start();
-        behind_ = static_cast<size_t>(reached_ - text_.data());
+        behind_ = text_.find('"', at + 1);
+        if (text_[behind_ - 1] == '\\')  // which may belong to an escape
+            for (behind_ = at + 1; text_[behind_] != '"';)
+                behind_ += text_[behind_] == '\\' ? 2 : 1;
+        ++behind_;
         return receiver_.on({kind, at, text});
     }
 
     const std::string_view text_;
-    const char* reached_;
     size_t behind_ = 0;  // the last event
     json_events& receiver_;
     json_fault& fault_;
@@ -127,9 +108,7 @@ private:
 
 bool parse_json(std::string_view text, json_events& receiver, json_fault& fault) {
     adapter events(text, receiver, fault);
-    const text_iterator begin{text.data(), events.reached()};
-    const text_iterator end{text.data() + text.size(), events.reached()};
-    return json::sax_parse(begin, end, &events) && events.is_at_end();
+    return json::sax_parse(text.data(), text.data() + text.size(), &events) && events.is_at_end();
 }
 
 }  // namespace zr::tool

@@ -26,7 +26,9 @@ using takes = json_place::takes;
 class record_builder final : public json_events {
 public:
     record_builder(const record_type& type, void* structure, json_error& error)
-        : root_(type), structure_(structure), error_(error) {}
+        : root_(type), structure_(structure), error_(error) {
+        stack_.reserve(8);  // most records nest no deeper
+    }
 
     bool on(const json_event& event) override {
         offset_ = event.offset;
@@ -227,13 +229,20 @@ private:
         return true;
     }
 
+    // Names are short: a call costs more than the loop.
+    static bool is_name(const char* field, std::string_view name) {
+        for (char c : name)
+            if (*field++ != c || c == 0) return false;
+        return *field == 0;
+    }
+
     // Members mostly come in the order of the fields.
     static const field* find(const frame& top, std::string_view name) {
         const uint32_t count = top.type->field_count;
         uint32_t at = top.current == nullptr ? 0 : static_cast<uint32_t>(top.current - top.type->fields) + 1;
         for (uint32_t i = 0; i < count; ++i, ++at) {
             if (at >= count) at = 0;
-            if (name == top.type->fields[at].name) return &top.type->fields[at];
+            if (is_name(top.type->fields[at].name, name)) return &top.type->fields[at];
         }
         return nullptr;
     }

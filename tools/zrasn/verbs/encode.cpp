@@ -69,9 +69,10 @@ int encode_lines(const encode_options& options) {
     line_reader lines(options.file, out);
     line_progress progress;
     for (std::string_view line; lines.next(line);) {
-        const std::string where = "line " + std::to_string(lines.number());
+        const auto where = [&] { return "line " + std::to_string(lines.number()); };
         if (lines.too_long()) {
-            write_line_refusal(out, {0, lines.number(), line_reader::default_most, {}, where + ": longer than 1 GiB"});
+            write_line_refusal(out,
+                               {0, lines.number(), line_reader::default_most, {}, where() + ": longer than 1 GiB"});
             progress.refused();
             continue;
         }
@@ -82,7 +83,7 @@ int encode_lines(const encode_options& options) {
             progress.accepted();
         } else {
             const std::string message =
-                where + ", column " + std::to_string(result.error.column) + ": " + result.error.message;
+                where() + ", column " + std::to_string(result.error.column) + ": " + result.error.message;
             write_line_refusal(out, {result.status, lines.number(), result.error.offset, result.error.path, message});
             progress.refused();
         }
