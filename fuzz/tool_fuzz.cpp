@@ -1,16 +1,17 @@
 // Any octets for what the command-line program looks at them with: the walk over BER gives every octet once, whatever
-// they are; locate refuses what the decode refuses, with its status; an encoding without deviations is the library's.
+// they are; find_mismatch refuses what the decode refuses, with its status; an encoding without deviations is the
+// library's.
 //
 // The first two octets pick the record, the others are its encoding without the envelope.
 #include <cstdio>
 #include <cstdlib>
 
 #include "asn1/asnbase/status.h"
-#include "ber/scanner.h"
 #include "ber/deviations.h"
-#include "ber/locate.h"
-#include "pick_record.h"
+#include "ber/mismatch.h"
 #include "ber/record_guide.h"
+#include "ber/scanner.h"
+#include "pick_record.h"
 #include "support/routes.h"
 
 namespace {
@@ -45,15 +46,17 @@ void compare(const zr::record_type& type, const octets& ber) {
     structure decoded(type);
     const int status = decode(entry_points, ber, decoded);
     zr::tool::mismatch found;
-    const bool refused = zr::tool::locate_mismatch(ber.data(), ber.size(), type, found);
-    require(refused == (status != 0), "locate and decode disagree");
-    require(!refused || found.status == status, "locate has another status");
+    const bool refused = zr::tool::find_mismatch(ber.data(), ber.size(), type, found);
+    require(refused == (status != 0), "find_mismatch and decode disagree");
+    require(!refused || found.status == status, "find_mismatch has another status");
     if (refused) return;
     bool any = false;
     zr::tool::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&any](const zr::tool::deviation& other) {
         any = any || other.kind != zr::tool::deviation_kind::not_utf8;
     });
-    require(zr::tool::record_end(ber.data(), ber.size(), type) == found.offset, "the record ends elsewhere");
+    structure alone(type);
+    const octets record(ber.begin(), ber.begin() + static_cast<long>(zr::tool::record_end(ber.data(), ber.size())));
+    require(decode(entry_points, record, alone) == 0, "the record ends elsewhere");
     require(any == (encode(entry_points, decoded).ber != ber),
             "deviations where there are none, or none where there are");
 }

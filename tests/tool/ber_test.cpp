@@ -3,8 +3,8 @@
 
 #include <random>
 
-#include "ber/scanner.h"
 #include "ber/record_guide.h"
+#include "ber/scanner.h"
 #include "support/hex.h"
 #include "support/routes.h"
 

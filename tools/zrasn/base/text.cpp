@@ -105,6 +105,10 @@ std::string in_quotes(std::string_view text) {
     return "\"" + printable(text.substr(0, cut)) + "...\"";
 }
 
+std::string counted(uint64_t count, const char* what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string file_label(std::string_view name) {
     constexpr size_t longest = 255;
     if (name.size() <= longest) return printable(name);

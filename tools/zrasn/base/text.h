@@ -30,6 +30,9 @@ std::string printable_source(std::string_view text);
 // in_quotes gives the front of a text, made printable, between quotes: enough of it to be found again in a message.
 std::string in_quotes(std::string_view text);
 
+// "1 octet", "2 octets".
+std::string counted(uint64_t count, const char* what);
+
 // file_label gives the name of a file as messages show it: printable, and of a very long one the end.
 std::string file_label(std::string_view name);
 

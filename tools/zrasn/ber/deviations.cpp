@@ -17,10 +17,6 @@ namespace {
 
 using role = record_place::role;
 
-std::string counted(uint64_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 // The number that the library reads from the contents of an INTEGER, and the contents that it writes for it.
 struct integer_forms {
     int64_t read;
@@ -126,16 +122,14 @@ private:
                            digits_of(forms.written, forms.written_size));
         } else if (is_text(member)) {
             text({reinterpret_cast<const char*>(octets), item.length}, at);
-        } else if (member.kind == field_kind::fixed_octets && place.what == role::member &&
+        } else if (value_of(member) == value_kind::fixed_octets && place.what != role::segment &&
                    item.length != member.size) {
             report(item.offset, counted(item.length, "octet") + " where " + std::to_string(member.size) +
                                     " are written; the rest is " + (item.length < member.size ? "zero" : "dropped"));
         }
     }
 
-    static bool is_text(const field& member) {
-        return member.kind == field_kind::text || member.kind == field_kind::list_of_texts;
-    }
+    static bool is_text(const field& member) { return value_of(member) == value_kind::text; }
 
     void text(std::string_view octets, size_t at) {
         const size_t zero = octets.find('\0');
@@ -159,7 +153,7 @@ private:
 
     // Empty slots behind the last used one are not written, and there are only so many.
     void in_slots(const ber_item& item, const record_place& place) {
-        if (place.what != role::element || place.member->kind != field_kind::slots) return;
+        if (place.what != role::element || held_of(*place.member) != holding::slots) return;
         if (place.index >= place.member->size)
             report(item.offset, "read and dropped: there are " + counted(place.member->size, "slot"));
         const bool open = !slots_.empty() && slots_.back().depth == item.depth;

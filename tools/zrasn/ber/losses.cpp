@@ -4,8 +4,9 @@
 #include <cstring>
 
 #include "base/envelope.h"
+#include "base/text.h"
 #include "ber/deviations.h"
-#include "ber/locate.h"
+#include "ber/mismatch.h"
 
 namespace zr::tool {
 
@@ -39,13 +40,13 @@ bool may_cut_text(const unsigned char* at, const unsigned char* end) {
 
 void find_losses(const unsigned char* data, size_t size, size_t header, const record_type& type, void* contents,
                  const std::function<void(const loss&)>& report) {
-    const size_t end = header + record_end(data + header, size - header, type);
+    const size_t end = header + record_end(data + header, size - header);
     if (may_cut_text(data + header, data + end))
         find_deviations(data, end, header, type, contents, [&](const deviation& found) {
             if (found.kind == deviation_kind::cut_text) report({found.offset, found.path, found.what});
         });
     if (end == size) return;
-    std::string what = std::to_string(size - end) + (size - end == 1 ? " octet" : " octets") + " behind the record";
+    std::string what = counted(size - end, "octet") + " behind the record";
     if (has_header(data + end, size - end) || lacks_header(data + end, size - end)) what += ", as of another one";
     report({end, {}, what + ": not decoded"});
 }

@@ -1,79 +1,23 @@
 #include "ber/record_guide.h"
 
 #include "base/path.h"
+#include "ber/asn1_types.h"
 
 namespace zr::tool {
 
 namespace {
 
-bool is_record(field_kind kind) { return kind == field_kind::nested || kind == field_kind::optional_nested; }
-
-bool holds_elements(field_kind kind) {
-    switch (kind) {
-        case field_kind::list_of_records:
-        case field_kind::list_of_pointers:
-        case field_kind::list_of_texts:
-        case field_kind::list_of_integers:
-        case field_kind::slots:
-            return true;
-        default:
-            return false;
-    }
-}
-
-constexpr uint64_t tag_integer = 2, tag_octets = 4, tag_null = 5, tag_text = 12, tag_sequence = 16;
-
-uint64_t tag_of(field_kind kind) {
-    switch (kind) {
-        case field_kind::integer:
-            return tag_integer;
-        case field_kind::text:
-            return tag_text;
-        case field_kind::octets:
-        case field_kind::fixed_octets:
-            return tag_octets;
-        default:
-            return tag_sequence;
-    }
-}
-
-bool is_element_of(field_kind list, const ber_item& item) {
-    switch (list) {
-        case field_kind::list_of_texts:
-            return item.is_universal(tag_text);
-        case field_kind::list_of_integers:
-            return item.is_universal(tag_integer);
-        case field_kind::slots:
-            return item.is_universal(tag_null) || item.is_universal(tag_sequence);
-        default:
-            return item.is_universal(tag_sequence);
-    }
+bool is_value(const field& member, const ber_item& item) {
+    return item.is_universal(tag_of(value_of(member))) ||
+           (held_of(member) == holding::slots && item.is_universal(tag_null));
 }
 
 }  // namespace
 
-bool record_place::is_list() const { return what == role::member && holds_elements(member->kind); }
+bool record_place::is_list() const { return what == role::member && is_sequence_of(*member); }
 
 bool record_place::is_integer() const {
-    return (what == role::member && member->kind == field_kind::integer) ||
-           (what == role::element && member->kind == field_kind::list_of_integers);
-}
-
-const char* notation_of(field_kind kind) {
-    switch (kind) {
-        case field_kind::integer:
-            return "INTEGER";
-        case field_kind::text:
-            return "UTF8String";
-        case field_kind::octets:
-        case field_kind::fixed_octets:
-            return "OCTET STRING";
-        case field_kind::nested:
-        case field_kind::optional_nested:
-            return "SEQUENCE";
-        default:
-            return "SEQUENCE OF";
-    }
+    return (what == role::element || (what == role::member && !is_list())) && value_of(*member) == value_kind::integer;
 }
 
 record_place record_guide::place_in(level& top, const ber_item& item) {
@@ -84,11 +28,11 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
     } else if (top.what == inside::list) {
         place.member = top.next;
         place.index = top.index++;
-        const bool fits = is_element_of(top.next->kind, item);
+        const bool fits = is_value(*top.next, item);
         place.what = fits ? record_place::role::element : record_place::role::unexpected_element;
-        if (fits && item.is_universal(tag_sequence)) place.record = top.next->nested;
+        if (fits && item.is_universal(tag_sequence)) place.record = record_of(*top.next);
     } else if (top.what == inside::record) {
-        while (top.next != top.type->end() && top.next->kind == field_kind::optional_nested &&
+        while (top.next != top.type->end() && held_of(*top.next) == holding::optional &&
                !item.is_universal(tag_sequence))
             ++top.next;
         if (top.next == top.type->end()) {
@@ -97,9 +41,10 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
             return place;
         }
         place.member = top.next++;
-        const bool fits = item.is_universal(tag_of(place.member->kind));
+        const bool is_list = is_sequence_of(*place.member);
+        const bool fits = is_list ? item.is_universal(tag_sequence) : is_value(*place.member, item);
         place.what = fits ? record_place::role::member : record_place::role::unexpected;
-        if (fits && is_record(place.member->kind)) place.record = place.member->nested;
+        if (fits && !is_list) place.record = record_of(*place.member);
     }
     return place;
 }

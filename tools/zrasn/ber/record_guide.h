@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "asn1/record/registry.h"
+#include "base/members.h"
 #include "ber/scanner.h"
 
 namespace zr::tool {
@@ -47,7 +47,7 @@ public:
             const level& top = levels_.back();
             if (top.what != inside::record || top.lost) continue;
             for (const field* left = top.next; left != top.type->end(); ++left)
-                if (left->kind != field_kind::optional_nested) missing(levels_.size(), *left);
+                if (held_of(*left) != holding::optional) missing(levels_.size(), *left);
         }
     }
     // Then for every element.
@@ -77,8 +77,5 @@ private:
     std::vector<level> levels_;
     bool seen_ = false;  // the record, or what stands in its place
 };
-
-// The ASN.1 type of a field of a kind, as it is written there: "INTEGER", "SEQUENCE OF".
-const char* notation_of(field_kind kind);
 
 }  // namespace zr::tool

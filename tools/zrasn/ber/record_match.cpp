@@ -1,29 +1,43 @@
 #include "ber/record_match.h"
 
-#include <utility>
+#include "ber/examine.h"
+#include "ber/scanner.h"
 
 namespace zr::tool {
+
+namespace {
+
+// Elements that begin before the octet; no more than `most` are counted.
+size_t elements_before(size_t offset, const unsigned char* data, size_t size, size_t most) {
+    ber_scanner scanner(data, size);
+    size_t count = 0;
+    for (ber_item item; count != most && scanner.next(item) && item.offset < offset;)
+        count += item.kind == ber_kind::element ? 1 : 0;
+    return count;
+}
+
+}  // namespace
 
 record_match match_records(const unsigned char* data, size_t size) {
     constexpr size_t many_elements = 5, many_records = 5;
     record_match match;
+    size_t furthest = 0;
     for (const record_module* module : modules()) {
         for (const record_type* type : *module) {
-            mismatch found;
-            if (!locate_mismatch(data, size, *type, found)) {
+            refusal refused;
+            if (examine(*type, data, size, refused) == 0) {
                 match.fitting.push_back(type);
                 continue;
             }
-            if (!match.nearest.empty() && found.offset < match.wrong.offset) continue;
-            if (match.nearest.empty() || found.offset > match.wrong.offset) {
-                match.nearest.clear();
-                match.wrong = std::move(found);
-            }
+            if (refused.offset < furthest) continue;
+            if (refused.offset > furthest) match.nearest.clear();
+            furthest = refused.offset;
             match.nearest.push_back(type);
         }
     }
-    match.is_no_sequence = match.fitting.empty() && match.wrong.offset == 0;
-    const bool near = match.wrong.offset >= size - size / 2 || match.wrong.elements >= many_elements;
+    match.is_no_sequence = match.fitting.empty() && furthest == 0;
+    const bool near =
+        furthest >= size - size / 2 || elements_before(furthest, data, size, many_elements) == many_elements;
     if (!match.fitting.empty() || match.is_no_sequence || !near || match.nearest.size() > many_records)
         match.nearest.clear();
     return match;

@@ -5,16 +5,15 @@
 #include <vector>
 
 #include "asn1/record/registry.h"
-#include "ber/locate.h"
+#include "ber/mismatch.h"
 
 namespace zr::tool {
 
 struct record_match {
     std::vector<const record_type*> fitting;
-    // When none fits: those that fit furthest, where that is near, and the first one's mismatch. Near is half of the
-    // octets, or five elements; and no more than five records may come as near.
+    // When none fits: those that fit furthest, where that is near. Near is half of the octets, or five elements; and no
+    // more than five records may come as near.
     std::vector<const record_type*> nearest;
-    mismatch wrong;
     // None fits, and each fails at its first octet alike, so that no record matters.
     bool is_no_sequence = false;
 };

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "ber/asn1_types.h"
 
 namespace zr::tool {
 
@@ -138,6 +139,15 @@ void write_integer(output& out, const unsigned char* octets, size_t count) {
     out.write(decimal(magnitude, count));
 }
 
+// What is wrong with the contents of an OBJECT IDENTIFIER or RELATIVE-OID (X.690, 8.19 and 8.20); null when nothing is.
+const char* wrong_identifier(const unsigned char* contents, size_t count) {
+    if (count == 0) return "an identifier has at least one octet";
+    if ((contents[count - 1] & 0x80) != 0) return "the last number is cut off";
+    for (size_t i = 0; i != count; ++i)
+        if (contents[i] == 0x80 && (i == 0 || (contents[i - 1] & 0x80) == 0)) return "a number in it begins with 80";
+    return nullptr;
+}
+
 // X.690, 8.19: seven bits an octet; the first number carries two arcs. False when there are none to show: damaged, or
 // larger than `most_decimal` octets.
 bool write_identifier(output& out, const unsigned char* octets, size_t count, bool relative) {
@@ -202,6 +212,24 @@ void write_bits(output& out, const unsigned char* octets, size_t count) {
     write_length(out, std::min(count - 1, most_hex), count - 1);
 }
 
+// Of what was cut off: whether the first octets say something without the others. Those of a number are another number.
+bool is_cut_well(asn1_contents contents) {
+    switch (contents) {
+        case asn1_contents::octets:
+        case asn1_contents::text:
+        case asn1_contents::text_of_2:
+        case asn1_contents::text_of_4:
+            return true;
+        case asn1_contents::boolean:
+        case asn1_contents::integer:
+        case asn1_contents::bits:
+        case asn1_contents::null:
+        case asn1_contents::identifier:
+            break;
+    }
+    return false;
+}
+
 }  // namespace
 
 void write_number(output& out, uint64_t number, size_t width) {
@@ -212,105 +240,64 @@ void write_number(output& out, uint64_t number, size_t width) {
     out.write(digits, static_cast<size_t>(end - digits));
 }
 
-const char* wrong_identifier(const unsigned char* contents, size_t count) {
-    if (count == 0) return "an identifier has at least one octet";
-    if ((contents[count - 1] & 0x80) != 0) return "the last number is cut off";
-    for (size_t i = 0; i != count; ++i)
-        if (contents[i] == 0x80 && (i == 0 || (contents[i - 1] & 0x80) == 0)) return "a number in it begins with 80";
-    return nullptr;
-}
-
-const char* universal_type(uint64_t tag) {
-    static constexpr const char* names[] = {"end-of-contents",
-                                            "BOOLEAN",
-                                            "INTEGER",
-                                            "BIT STRING",
-                                            "OCTET STRING",
-                                            "NULL",
-                                            "OBJECT IDENTIFIER",
-                                            "ObjectDescriptor",
-                                            "EXTERNAL",
-                                            "REAL",
-                                            "ENUMERATED",
-                                            "EMBEDDED PDV",
-                                            "UTF8String",
-                                            "RELATIVE-OID",
-                                            "TIME",
-                                            nullptr,
-                                            "SEQUENCE",
-                                            "SET",
-                                            "NumericString",
-                                            "PrintableString",
-                                            "TeletexString",
-                                            "VideotexString",
-                                            "IA5String",
-                                            "UTCTime",
-                                            "GeneralizedTime",
-                                            "GraphicString",
-                                            "VisibleString",
-                                            "GeneralString",
-                                            "UniversalString",
-                                            "CHARACTER STRING",
-                                            "BMPString",
-                                            "DATE",
-                                            "TIME-OF-DAY",
-                                            "DATE-TIME",
-                                            "DURATION",
-                                            "OID-IRI",
-                                            "RELATIVE-OID-IRI"};
-    return tag < sizeof(names) / sizeof(*names) ? names[tag] : nullptr;
-}
-
-// Whether the first octets of a value say something without the others: of a number they would be another number.
-static bool is_cut_well(uint64_t tag) { return tag == 4 || tag == 12 || tag >= 18; }
-
 void write_value(output& out, const ber_item& item, const unsigned char* contents) {
     const size_t count = item.length;
-    if (item.constructed) return write_damaged(out, contents, count);
-    if (item.cls != 0) return write_octet_string(out, contents, count);
-    if (item.damage == ber_damage::too_long && !is_cut_well(item.tag)) return write_damaged(out, contents, count);
-    switch (item.tag) {
-        case 1:
-            if (count == 1) return out.write(*contents == 0 ? "FALSE" : "TRUE");
-            return write_damaged(out, contents, count);
-        case 2:
-        case 10:
-            return write_integer(out, contents, count);
-        case 3:
-            return write_bits(out, contents, count);
-        case 5:
-            return write_damaged(out, contents, count);
-        case 6:
-        case 13:
-            if (write_identifier(out, contents, count, item.tag == 13)) return;
-            return write_damaged(out, contents, count);
-        case 28:
-            return write_wide_text(out, contents, count, 4);
-        case 30:
-            return write_wide_text(out, contents, count, 2);
-        case 7:
-        case 12:
-        case 14:
-        case 18:
-        case 19:
-        case 20:
-        case 21:
-        case 22:
-        case 23:
-        case 24:
-        case 25:
-        case 26:
-        case 27:
-        case 31:
-        case 32:
-        case 33:
-        case 34:
-        case 35:
-        case 36:
-            return write_text(out, {reinterpret_cast<const char*>(contents), count});
-        default:
+    const asn1_contents how = item.cls == 0 ? universal_type(item.tag).contents : asn1_contents::octets;
+    const bool cut = item.damage == ber_damage::too_long && !is_cut_well(how);
+    if (item.constructed || cut) return write_damaged(out, contents, count);
+    switch (how) {
+        case asn1_contents::octets:
             return write_octet_string(out, contents, count);
+        case asn1_contents::boolean:
+            if (count == 1) return out.write(*contents == 0 ? "FALSE" : "TRUE");
+            break;
+        case asn1_contents::integer:
+            return write_integer(out, contents, count);
+        case asn1_contents::bits:
+            return write_bits(out, contents, count);
+        case asn1_contents::identifier:
+            if (write_identifier(out, contents, count, item.tag == tag_relative_oid)) return;
+            break;
+        case asn1_contents::text:
+            return write_text(out, {reinterpret_cast<const char*>(contents), count});
+        case asn1_contents::text_of_2:
+            return write_wide_text(out, contents, count, 2);
+        case asn1_contents::text_of_4:
+            return write_wide_text(out, contents, count, 4);
+        case asn1_contents::null:
+            break;
     }
+    write_damaged(out, contents, count);
+}
+
+const char* wrong_contents(const ber_item& item, const unsigned char* contents) {
+    if (item.cls != 0 || item.damage != ber_damage::none) return nullptr;
+    const asn1_type& type = universal_type(item.tag);
+    if (type.form == asn1_form::constructed && !item.constructed)
+        return "the primitive form, which this type does not have";
+    if (type.form == asn1_form::primitive && item.constructed)
+        return "the constructed form, which this type does not have";
+    if (item.constructed) return nullptr;
+    switch (type.contents) {
+        case asn1_contents::boolean:
+            return item.length == 1 ? nullptr : "a BOOLEAN has one octet";
+        case asn1_contents::integer:
+            return item.length != 0 ? nullptr : "a number has at least one octet";
+        case asn1_contents::bits:
+            if (item.length == 0) return "a BIT STRING has at least one octet";
+            if (*contents > 7) return "there are at most 7 unused bits";
+            return item.length == 1 && *contents != 0 ? "there are no bits that could be unused" : nullptr;
+        case asn1_contents::null:
+            return item.length == 0 ? nullptr : "a NULL has no contents";
+        case asn1_contents::identifier:
+            return wrong_identifier(contents, item.length);
+        case asn1_contents::octets:
+        case asn1_contents::text:
+        case asn1_contents::text_of_2:
+        case asn1_contents::text_of_4:
+            break;
+    }
+    return nullptr;
 }
 
 }  // namespace zr::tool

@@ -15,10 +15,7 @@ void write_value(output& out, const ber_item& item, const unsigned char* content
 // A number in decimal digits, filled up with spaces on the left.
 void write_number(output& out, uint64_t number, size_t width = 0);
 
-// What is wrong with the contents of an OBJECT IDENTIFIER or RELATIVE-OID (X.690, 8.19 and 8.20); null when nothing is.
-const char* wrong_identifier(const unsigned char* contents, size_t count);
-
-// "INTEGER" and the like; null for a universal tag that is not assigned.
-const char* universal_type(uint64_t tag);
+// What X.690 does not permit of the form and contents of an element that could be read; null when nothing is wrong.
+const char* wrong_contents(const ber_item& item, const unsigned char* contents);
 
 }  // namespace zr::tool

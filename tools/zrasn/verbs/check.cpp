@@ -6,6 +6,7 @@
 #include "base/envelope.h"
 #include "base/output.h"
 #include "base/record_holder.h"
+#include "base/text.h"
 #include "ber/deviations.h"
 #include "ber/record_match.h"
 #include "input/input.h"
@@ -15,10 +16,6 @@
 namespace zr::tool {
 
 namespace {
-
-std::string counted(uint64_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 size_t header_of(const octets_input& in) { return envelope_header_size(in.data(), in.size()); }
 

@@ -8,6 +8,7 @@
 
 #include "base/color.h"
 #include "base/output.h"
+#include "ber/asn1_types.h"
 #include "ber/record_guide.h"
 #include "ber/scanner.h"
 #include "ber/value.h"
@@ -104,7 +105,7 @@ private:
             if (!item.in_cut) too_long(item);
         } else if (item.damage != ber_damage::none) {
             damage(item.depth + 1, item.offset, damage_text(item.damage));
-        } else if (const char* wrong = wrong_contents(item)) {
+        } else if (const char* wrong = wrong_contents(item, in_.data() + item.offset + item.header)) {
             damage(item.depth + 1, item.offset, wrong);
         }
     }
@@ -129,37 +130,6 @@ private:
         out_.write(" as uint32_t)");
     }
 
-    // What X.690 does not permit of the contents of an element that could be read.
-    const char* wrong_contents(const ber_item& item) const {
-        if (item.cls != 0) return nullptr;
-        const bool structured = item.tag == 16 || item.tag == 17 || item.tag == 8 || item.tag == 11 || item.tag == 29;
-        if (structured && !item.constructed) return "the primitive form, which this type does not have";
-        if (item.constructed) {
-            const bool simple = item.tag == 1 || item.tag == 2 || item.tag == 5 || item.tag == 6 || item.tag == 9 ||
-                                item.tag == 10 || item.tag == 13;
-            return simple ? "the constructed form, which this type does not have" : nullptr;
-        }
-        const unsigned char* contents = in_.data() + item.offset + item.header;
-        switch (item.tag) {
-            case 1:
-                return item.length == 1 ? nullptr : "a BOOLEAN has one octet";
-            case 2:
-            case 10:
-                return item.length != 0 ? nullptr : "a number has at least one octet";
-            case 3:
-                if (item.length == 0) return "a BIT STRING has at least one octet";
-                if (*contents > 7) return "there are at most 7 unused bits";
-                return item.length == 1 && *contents != 0 ? "there are no bits that could be unused" : nullptr;
-            case 5:
-                return item.length == 0 ? nullptr : "a NULL has no contents";
-            case 6:
-            case 13:
-                return wrong_identifier(contents, item.length);
-            default:
-                return nullptr;
-        }
-    }
-
     void columns(size_t offset, size_t header) {
         write_number(out_, offset, offset_width_);
         column(header, 5);
@@ -177,13 +147,14 @@ private:
 
     // The columns in front of the tree, and the branch of it. The length is the one that is written.
     void start(const ber_item& item) {
-        static constexpr const char* classes[] = {"  univ ", "  appl ", "  cont ", "  priv "};
         columns(item.offset, item.header);
         if (item.indefinite)
             out_.write("      indef");
         else
             column(item.declared, 11);
-        out_.write(classes[item.cls]);
+        out_.write("  ");
+        out_.write(class_of(item.cls).column);
+        out_.put(' ');
         if (item.damage == ber_damage::tag_too_large)
             out_.write("     ?");
         else
@@ -223,13 +194,12 @@ private:
     }
 
     void type(const ber_item& item, const record_place& place) {
-        const char* name =
-            item.cls == 0 && item.damage != ber_damage::tag_too_large ? universal_type(item.tag) : nullptr;
+        const bool known = item.cls == 0 && item.damage != ber_damage::tag_too_large;
+        const char* name = known ? universal_type(item.tag).name : nullptr;
         if (name != nullptr) {
             out_.write(name);
         } else {
-            static constexpr const char* classes[] = {"[UNIVERSAL ", "[APPLICATION ", "[", "[PRIVATE "};
-            out_.write(classes[item.cls]);
+            out_.write(class_of(item.cls).bracket);
             if (item.damage == ber_damage::tag_too_large)
                 out_.put('?');
             else
@@ -249,7 +219,7 @@ private:
         if (place.what == role::unexpected_element)
             what = std::string("no element of ") + place.member->name;
         else if (place.member != nullptr)
-            what = std::string("not ") + place.member->name + " (" + notation_of(place.member->kind) + ")";
+            what = std::string("not ") + place.member->name + " (" + type_of(*place.member) + ")";
         else
             what = item.depth == 0 ? "not a SEQUENCE, as a record is" : "more than the record has members";
         damage(item.depth + 1, item.offset, what);
@@ -267,7 +237,7 @@ private:
             start_damage(level);
             out_.write(field.name);
             out_.write(" (");
-            out_.write(notation_of(field.kind));
+            out_.write(type_of(field));
             out_.write(") is missing");
             end_damage();
         });

@@ -14,7 +14,7 @@
 #include "base/hex.h"
 #include "base/status_text.h"
 #include "base/text.h"
-#include "ber/locate.h"
+#include "ber/mismatch.h"
 
 namespace zr::tool {
 
@@ -38,7 +38,7 @@ void show_octets(const octets_input& in, uint64_t offset, bool in_color) {
 // Whether the octets have the shape of the record.
 bool fits(const unsigned char* data, size_t size, const record_type& type) {
     mismatch ignored;
-    return !locate_mismatch(data, size, type, ignored);
+    return !find_mismatch(data, size, type, ignored);
 }
 
 std::string other_records(const unsigned char* data, size_t size, const record_type& tried) {
@@ -86,7 +86,7 @@ explanation explain(const unsigned char* data, size_t size, const record_type& t
     }
     const size_t header_size = envelope_header_size(data, size);
     mismatch found;
-    if (!locate_mismatch(data + header_size, size - header_size, type, found)) return result;
+    if (!find_mismatch(data + header_size, size - header_size, type, found)) return result;
     result.offset = header_size + found.offset;
     result.path = found.path;
     result.message = "found " + found.found + ", expected " + found.expected;

@@ -1,6 +1,7 @@
 // records: the record types and their fields.
 #include <string>
 
+#include "base/members.h"
 #include "base/output.h"
 #include "verbs/verbs.h"
 
@@ -12,63 +13,58 @@ std::string c_integer(integer_type type) {
     return (type.is_signed ? "int" : "uint") + std::to_string(8 * type.octets) + "_t";
 }
 
-// The kind in words that stand behind the name, such as "list of sec_id_t".
-std::string kind_in_words(const field& field) {
-    std::string nested = field.nested != nullptr ? field.nested->name : "";
-    switch (field.kind) {
-        case field_kind::integer:
+// One value in words, such as "sec_id_t".
+std::string value_in_words(const field& field) {
+    switch (value_of(field)) {
+        case value_kind::integer:
             return c_integer(field.integer);
-        case field_kind::text:
+        case value_kind::text:
             return "text";
-        case field_kind::octets:
+        case value_kind::octets:
             return "octets";
-        case field_kind::fixed_octets:
+        case value_kind::fixed_octets:
             return std::to_string(field.size) + " octets";
-        case field_kind::nested:
-            return nested;
-        case field_kind::optional_nested:
-            return "optional " + nested;
-        case field_kind::list_of_records:
-            return "list of " + nested;
-        case field_kind::list_of_pointers:
-            return "list of pointers to " + nested;
-        case field_kind::list_of_texts:
-            return "list of texts";
-        case field_kind::list_of_integers:
-            return "list of " + c_integer(field.integer);
-        case field_kind::slots:
-            return std::to_string(field.size) + " slots of " + nested;
+        case value_kind::record:
+            break;
     }
-    return "";
+    return record_of(field)->name;
 }
 
-// The kind as one word.
-const char* kind_word(field_kind kind) {
-    switch (kind) {
-        case field_kind::integer:
-            return "integer";
-        case field_kind::text:
-            return "text";
-        case field_kind::octets:
-            return "octets";
-        case field_kind::fixed_octets:
-            return "fixed_octets";
-        case field_kind::nested:
-            return "nested";
-        case field_kind::optional_nested:
+// The kind in words that stand behind the name, such as "list of sec_id_t".
+std::string kind_in_words(const field& field) {
+    const std::string value = value_in_words(field);
+    switch (held_of(field)) {
+        case holding::one:
+            break;
+        case holding::optional:
+            return "optional " + value;
+        case holding::list:
+            return "list of " + value + (value_of(field) == value_kind::text ? "s" : "");
+        case holding::pointer_list:
+            return "list of pointers to " + value;
+        case holding::slots:
+            return std::to_string(field.size) + " slots of " + value;
+    }
+    return value;
+}
+
+// The kind as one word, such as "list_of_records".
+std::string kind_word(const field& field) {
+    static constexpr const char* values[] = {"integer", "text", "octets", "fixed_octets", "record"};
+    const std::string value = values[static_cast<size_t>(value_of(field))];
+    switch (held_of(field)) {
+        case holding::one:
+            break;
+        case holding::optional:
             return "optional_nested";
-        case field_kind::list_of_records:
-            return "list_of_records";
-        case field_kind::list_of_pointers:
+        case holding::list:
+            return "list_of_" + value + "s";
+        case holding::pointer_list:
             return "list_of_pointers";
-        case field_kind::list_of_texts:
-            return "list_of_texts";
-        case field_kind::list_of_integers:
-            return "list_of_integers";
-        case field_kind::slots:
+        case holding::slots:
             return "slots";
     }
-    return "";
+    return value_of(field) == value_kind::record ? "nested" : value;
 }
 
 void write_padded(output& out, std::string_view text, size_t width) {
@@ -118,10 +114,9 @@ void write_record_json(output& out, const record_type& type) {
         out.write("\n    {\"name\": \"");
         out.write(field.name);
         out.put('"');
-        write_member(out, "kind", kind_word(field.kind));
-        if (field.kind == field_kind::integer || field.kind == field_kind::list_of_integers)
-            write_member(out, "type", c_integer(field.integer));
-        if (field.nested != nullptr) write_member(out, "record", field.nested->name);
+        write_member(out, "kind", kind_word(field));
+        if (value_of(field) == value_kind::integer) write_member(out, "type", c_integer(field.integer));
+        if (record_of(field) != nullptr) write_member(out, "record", record_of(field)->name);
         if (field.size != 0) out.write(", \"size\": " + std::to_string(field.size));
         if (field.count_name != nullptr) {
             write_member(out, "count", field.count_name);

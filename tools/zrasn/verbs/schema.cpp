@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "base/members.h"
 #include "base/output.h"
+#include "ber/asn1_types.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
@@ -42,72 +44,63 @@ std::string reference(const char* name) {
     return text;
 }
 
-const char* integer_notation(integer_type type) {
-    switch (type.octets) {
-        case 1:
-            return type.is_signed ? "INTEGER (-128..127)" : "INTEGER (0..255)";
-        case 2:
-            return type.is_signed ? "INTEGER (-32768..32767)" : "INTEGER (0..65535)";
-        default:
-            return "INTEGER (-2147483648..2147483647)";
+// The ASN.1 type of one value.
+std::string value_notation(const field& field) {
+    const std::string name = universal_type(tag_of(value_of(field))).name;
+    switch (value_of(field)) {
+        case value_kind::integer: {
+            // A uint32_t goes out as the signed number of the same bits.
+            const integer_range range =
+                range_of({field.integer.octets, field.integer.is_signed || field.integer.octets == 4});
+            return name + " (" + std::to_string(range.least) + ".." + std::to_string(range.most) + ")";
+        }
+        case value_kind::fixed_octets:
+            return name + " (SIZE (" + std::to_string(field.size) + "))";
+        case value_kind::text:
+        case value_kind::octets:
+            return name;
+        case value_kind::record:
+            break;
     }
+    return reference(record_of(field)->name);
 }
 
 // One that goes out as a negative number when it is large.
 bool is_unsigned_long(const field& field) {
-    return (field.kind == field_kind::integer || field.kind == field_kind::list_of_integers) &&
-           !field.integer.is_signed && field.integer.octets == 4;
+    return value_of(field) == value_kind::integer && !field.integer.is_signed && field.integer.octets == 4;
 }
 
 // Lists and slots have types of their own: asn1c gives those without a name the member's, and many members have the
 // same.
 std::string list_reference(const field& field) {
-    switch (field.kind) {
-        case field_kind::list_of_texts:
-            return "Text-list";
-        case field_kind::list_of_integers:
-            return (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets) + "-list";
-        case field_kind::slots:
-            return reference(field.nested->name) + "-slots-" + std::to_string(field.size);
-        case field_kind::list_of_records:
-        case field_kind::list_of_pointers:
-            return reference(field.nested->name) + "-list";
-        default:
-            return "";
+    std::string value;
+    switch (value_of(field)) {
+        case value_kind::integer:
+            value = (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets);
+            break;
+        case value_kind::text:
+            value = "Text";
+            break;
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            value = "Octets";
+            break;
+        case value_kind::record:
+            value = reference(record_of(field)->name);
+            break;
     }
+    return value + (held_of(field) == holding::slots ? "-slots-" + std::to_string(field.size) : "-list");
 }
 
 std::string list_definition(const field& field) {
-    switch (field.kind) {
-        case field_kind::list_of_texts:
-            return "SEQUENCE OF UTF8String";
-        case field_kind::list_of_integers:
-            return std::string("SEQUENCE OF ") + integer_notation(field.integer);
-        case field_kind::slots:
-            return "SEQUENCE (SIZE (0.." + std::to_string(field.size) + ")) OF " + reference(field.nested->name) +
-                   "-slot";
-        default:
-            return "SEQUENCE OF " + reference(field.nested->name);
-    }
+    const std::string value = value_notation(field);
+    if (held_of(field) != holding::slots) return "SEQUENCE OF " + value;
+    return "SEQUENCE (SIZE (0.." + std::to_string(field.size) + ")) OF " + value + "-slot";
 }
 
 std::string notation(const field& field) {
-    switch (field.kind) {
-        case field_kind::integer:
-            return integer_notation(field.integer);
-        case field_kind::text:
-            return "UTF8String";
-        case field_kind::octets:
-            return "OCTET STRING";
-        case field_kind::fixed_octets:
-            return "OCTET STRING (SIZE (" + std::to_string(field.size) + "))";
-        case field_kind::nested:
-            return reference(field.nested->name);
-        case field_kind::optional_nested:
-            return reference(field.nested->name) + " OPTIONAL";
-        default:
-            return list_reference(field);
-    }
+    if (is_sequence_of(field)) return list_reference(field);
+    return value_notation(field) + (held_of(field) == holding::optional ? " OPTIONAL" : "");
 }
 
 // Records in the order in which they are written: each behind those it contains.
@@ -116,7 +109,7 @@ public:
     void add(const record_type* type) {
         if (!mark(type)) return;
         for (const field& field : *type)
-            if (field.nested != nullptr) add(field.nested);
+            if (record_of(field) != nullptr) add(record_of(field));
         records_.push_back(type);
     }
     const std::vector<const record_type*>& records() const { return records_; }
@@ -140,11 +133,11 @@ void write_lists(output& out, const record_type& type, std::vector<std::string>&
         out.write(name + " ::= " + definition + "\n\n");
     };
     for (const field& field : type) {
-        if (field.kind == field_kind::slots)
-            once(reference(field.nested->name) + "-slot",
-                 "CHOICE {\n    empty NULL,\n    value " + reference(field.nested->name) + "\n}");
-        const std::string list = list_reference(field);
-        if (!list.empty()) once(list, list_definition(field));
+        if (!is_sequence_of(field)) continue;
+        if (held_of(field) == holding::slots)
+            once(value_notation(field) + "-slot",
+                 "CHOICE {\n    empty NULL,\n    value " + value_notation(field) + "\n}");
+        once(list_reference(field), list_definition(field));
     }
 }
 

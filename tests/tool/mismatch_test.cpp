@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "asn1/asnbase/status.h"
-#include "ber/locate.h"
+#include "ber/mismatch.h"
 #include "support/hex.h"
 #include "support/routes.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 // Every record, whole and with an octet changed, cut or added at random: refused by both or by neither, with the same
 // status.
-TEST(locate, agrees_with_the_decode) {
+TEST(mismatch, agrees_with_the_decode) {
     std::mt19937 random(11);
     size_t refused = 0;
     for (const zr::record_type* type : all_records()) {
@@ -38,7 +38,7 @@ TEST(locate, agrees_with_the_decode) {
             const int status = decode(entry_points, ber, copy);
             SCOPED_TRACE(std::string(type->name) + " " + hex(ber));
             zr::tool::mismatch found;
-            ASSERT_EQ(zr::tool::locate_mismatch(ber.data(), ber.size(), *type, found), status != 0);
+            ASSERT_EQ(zr::tool::find_mismatch(ber.data(), ber.size(), *type, found), status != 0);
             if (status == 0) continue;
             ++refused;
             ASSERT_EQ(found.status, status);
@@ -50,7 +50,7 @@ TEST(locate, agrees_with_the_decode) {
     EXPECT_GT(refused, 1000u);
 }
 
-TEST(locate, names_the_place) {
+TEST(mismatch, names_the_place) {
     const struct {
         const char* record;
         const char* ber;
@@ -87,7 +87,7 @@ TEST(locate, names_the_place) {
         SCOPED_TRACE(row.ber);
         const octets ber = bytes(row.ber);
         zr::tool::mismatch found;
-        ASSERT_TRUE(zr::tool::locate_mismatch(ber.data(), ber.size(), *zr::find_record(row.record), found));
+        ASSERT_TRUE(zr::tool::find_mismatch(ber.data(), ber.size(), *zr::find_record(row.record), found));
         EXPECT_EQ(found.offset, row.offset);
         EXPECT_EQ(found.status, row.status);
         EXPECT_EQ(found.path, row.path);

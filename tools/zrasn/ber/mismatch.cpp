@@ -1,0 +1,117 @@
+#include "ber/mismatch.h"
+
+#include <utility>
+
+#include "asn1/asnbase/status.h"
+#include "base/envelope.h"
+#include "base/hex.h"
+#include "base/text.h"
+#include "ber/asn1_types.h"
+#include "ber/examine.h"
+#include "ber/scanner.h"
+
+namespace zr::tool {
+
+namespace {
+
+// An element by its identifier: "a constructed form of an INTEGER (22)".
+std::string describe(unsigned char identifier) {
+    const unsigned cls = identifier >> 6, tag = identifier & 0x1F;
+    const std::string octet = " (" + hex_text(&identifier, 1) + ")";
+    if (cls == 0 && tag == tag_end_of_contents) return "end-of-contents octets" + octet;
+    const asn1_type& type = universal_type(tag);
+    if (cls != 0 || tag == 0x1F || type.name == nullptr)
+        return "an element with " + with_article(class_of(cls).name) + " tag" + octet;
+    const bool other_form = (identifier & 0x20) != 0 && type.form != asn1_form::constructed;
+    return (other_form ? "a constructed form of " : "") + with_article(type.name) + octet;
+}
+
+unsigned char identifier_of(expectation expected) {
+    switch (expected) {
+        case expectation::integer:
+            return tag_integer;
+        case expectation::utf8_string:
+            return tag_utf8_string;
+        case expectation::octet_string:
+            return tag_octet_string;
+        case expectation::sequence:
+        case expectation::end_of_sequence:
+        case expectation::end_of_contents:
+        case expectation::fewer_elements:
+            break;
+    }
+    return sequence_identifier;
+}
+
+using words = std::pair<std::string, std::string>;  // what was found, what was expected
+
+// Where an element was expected.
+words element_words(const refusal& at, const unsigned char* data) {
+    const unsigned char wanted = identifier_of(at.expected);
+    const std::string expected = describe(wanted);
+    if (at.left == 0) return {"the end of the data", expected};
+    const std::string found = describe(data[at.offset]);
+    int status = at.status;
+    if (status == zr_err_no_match && data[at.offset] == wanted) {  // said of a slot, whatever is wrong inside
+        ber_item item;
+        ber_scanner(data + at.offset, at.left).next(item);
+        if (item.damage != ber_damage::none) status = zr_err_data_ends_early;
+    }
+    switch (status) {
+        case zr_err_data_ends_early:
+            return {found + " that is longer than the " + counted(at.left, "octet") + " left here",
+                    "one that ends within them"};
+        case zr_err_constructed_form:
+            return {found, expected + " in the primitive form"};
+        case zr_err_primitive_form:
+            return {found + " in the primitive form", expected};
+        case zr_err_indefinite_length:
+            return {found + " of indefinite length", "a definite length"};
+        case zr_err_integer_too_long:
+            return {found + " of too many octets", "at most 32 bits"};
+        case zr_err_bad_contents:
+            return {found + " with contents of a wrong form", expected};
+        default:
+            return {found, expected};
+    }
+}
+
+words words_of(const refusal& at, const unsigned char* data) {
+    const std::string here = at.left == 0 ? "no more octets" : describe(data[at.offset]);
+    switch (at.expected) {
+        case expectation::end_of_sequence:
+            return {counted(at.left, "octet") + " more: " + here, "the end of the SEQUENCE"};
+        case expectation::end_of_contents:
+            return {here, "end-of-contents octets (00 00)"};
+        case expectation::fewer_elements:
+            return {"more than 65535 elements", "as many as " + std::string(at.count_name) + " can count"};
+        case expectation::sequence:
+        case expectation::integer:
+        case expectation::utf8_string:
+        case expectation::octet_string:
+            break;
+    }
+    return element_words(at, data);
+}
+
+}  // namespace
+
+bool find_mismatch(const unsigned char* data, size_t size, const record_type& type, mismatch& found) {
+    refusal refused;
+    if (examine(type, data, size, refused) == 0) return false;
+    words told = words_of(refused, data);
+    found = {refused.offset, refused.status, std::move(refused.path), std::move(told.first), std::move(told.second)};
+    return true;
+}
+
+size_t record_end(const unsigned char* data, size_t size) {
+    ber_scanner scanner(data, size);
+    ber_item item;
+    scanner.next(item);
+    if (!item.indefinite) return item.header + item.length;
+    while (scanner.next(item))
+        if (item.kind == ber_kind::end_of_contents && item.depth == 1) return item.offset + item.header;
+    return size;
+}
+
+}  // namespace zr::tool
