@@ -1,6 +1,7 @@
 #!/bin/bash
 # pages.sh PROGRAM DIRECTORY ROOT: what docs/tool.md shows is what the program prints. Each block that begins with "$ "
-# is run, with the files that the page speaks of; DIRECTORY is made anew.
+# is run, with the files that the page speaks of; DIRECTORY is made anew. And the program's rooms are as their page has
+# them: each includes only itself and those above it.
 set -u
 mkdir -p "$2/bin" && ln -sf "$(realpath "$1")" "$2/bin/zrasn" || exit 1
 export PATH="$(realpath "$2")/bin:$PATH"
@@ -10,6 +11,15 @@ cp "$root/examples/acl.json" .
 zrasn encode acl_ext_s_t acl.json -o acl.ber
 zrasn encode acl_ext_s_t acl.json --hex | sed 's/020101020102/020101010102/' > broken.hex
 sed 's/"perms": \[1\]/"perm": [1]/' acl.json > typo.json
+
+above=
+for room in $(sed -nE 's/^\| `([a-z]+)\/` \|.*/\1/p' "$root/tools/zrasn/README.md"); do
+    above="$above|$room"
+    for include in $(sed -nE 's/^#include "([a-z]+)\/.*/\1/p' "$root/tools/zrasn/$room"/*.h "$root/tools/zrasn/$room"/*.cpp); do
+        [[ "$above|asn1|zrasn|" == *"|$include|"* ]] || { echo "$room/ includes $include/" >&2; exit 1; }
+    done
+done
+[ "$above" = '|base|input|ber|json|verbs|cli' ] || { echo "the rooms are $above" >&2; exit 1; }
 
 awk '/^```/ { inside = !inside; if (inside) shown = 0; next } inside && /^\$ / { shown = 1 } inside && shown' \
     "$root/docs/tool.md" > expected
