@@ -1,5 +1,5 @@
-# The ways into the repository. Every goal installs the Debian packages it needs when they are missing; a build
-# directory is configured once, and again when the presets change.
+# The ways into the repository. Every goal installs the Debian packages it needs when they are missing, or says which they
+# are; a build directory is configured once, and again when the presets change.
 #   make demo     build the command-line program and show what it does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
@@ -13,11 +13,16 @@ BENCH_SECONDS ?= 0.3
 COUNTS ?= check
 
 tested := release asan x86
-packages_release := g++ cmake ninja-build googletest libcli11-dev nlohmann-json3-dev pkg-config locales
-packages_schema := python3 asn1c erlang-base erlang-asn1
-packages_x86 := g++-multilib cmake ninja-build googletest nlohmann-json3-dev locales
-packages_asan := clang libclang-rt-14-dev cmake ninja-build googletest libcli11-dev nlohmann-json3-dev locales
-packages_fuzz := $(packages_asan)
+packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
+# Every build with tests; uuid-dev and both compilers for the tests of the headers.
+tests_need := cmake ninja-build googletest nlohmann-json3-dev locales
+packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev
+packages_x86 := g++-multilib $(tests_need) clang uuid-dev
+packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
+# What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
+packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm openssl python3 asn1c erlang-base erlang-asn1 \
+    zsh fish man-db
+packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl
 packages_bench-x86 := g++-multilib cmake ninja-build
@@ -29,12 +34,12 @@ deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 .DELETE_ON_ERROR:
 .PHONY: demo test fuzz bench counts tidy format $(deps)
 
-demo: build/release/build.ninja
-	@cmake --build build/release --target zrasn_cli
-	@examples/tool_demo.sh build/release/tools/zrasn/zrasn examples/acl.json
+demo: build/demo/build.ninja
+	@cmake --build build/demo --target zrasn_cli
+	@examples/tool_demo.sh build/demo/tools/zrasn/zrasn examples/acl.json
 
 # One run of ctest over all builds, so that one summary closes it.
-test: deps-schema $(tested:%=build/%/build.ninja)
+test: deps-test $(tested:%=build/%/build.ninja)
 	@for preset in $(tested); do cmake --build build/$$preset -j $(JOBS) || exit 1; done
 	@echo 'subdirs($(tested))' > build/CTestTestfile.cmake
 	@ctest --test-dir build --output-on-failure -j $(JOBS)
@@ -61,8 +66,8 @@ format: deps-format
 	@clang-format -i $$(git ls-files '*.h' '*.cpp')
 
 $(deps): deps-%:
-	@cmake/install-deps.sh $(packages_$*)
+	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,release asan x86 fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
+$(patsubst %,build/%/build.ninja,demo $(tested) fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

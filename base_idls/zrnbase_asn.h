@@ -3,8 +3,11 @@
 
 #include "asn1/record/record.h"
 
-// uuid_t is a UUID in the DCE layout (RFC 4122, 4.1.2). A system header declares another uuid_t (<uuid/uuid.h>): the
-// two cannot be included in one source.
+// uuid_t is a UUID in the DCE layout (RFC 4122, 4.1.2). A system header declares another uuid_t (<uuid/uuid.h>). A source
+// that needs both gives that one another name, before it includes this header or any that includes it:
+//     #define uuid_t other_uuid_t
+//     #include <uuid/uuid.h>
+//     #undef uuid_t
 struct uuid_t {
     uint32_t time_low;
     uint16_t time_mid;

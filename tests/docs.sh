@@ -1,6 +1,6 @@
 #!/bin/sh
 # docs.sh ROOT: what the pages list is complete: every status constant stands in docs/api.md with its code, every schema
-# module in src/zrasn/records.h.
+# module in src/zrasn/records.h, every preset in the README.
 set -u
 cd "$1" || exit 1
 
@@ -20,6 +20,12 @@ END
 
 for header in base_idls/*_asn.h; do
     grep -qxF "#include \"$header\"" src/zrasn/records.h || fail "src/zrasn/records.h does not include $header"
+done
+
+presets=$(sed -nE 's/^ +\{ "name": "([a-z0-9-]+)", "configurePreset".*/\1/p' CMakePresets.json)
+[ "$(echo "$presets" | wc -l)" -ge 9 ] || fail "no presets found"
+for preset in $presets; do
+    awk '/cmake --list-presets/, /each lies in/' README.md | grep -qF "\`$preset\`" || fail "the README does not list $preset"
 done
 
 exit $result

@@ -35,7 +35,9 @@ public:
     int asnread(zr_r_buffer_t& input) override;
     int asnwrite(zr_buffer_t& output) const override;
 
-    // set_syntax binds `syntax`, which must outlive the binding, and clears what was bound before; null unbinds.
+    // set_syntax binds `syntax`, which must outlive the binding, and clears what was bound before; null unbinds. A
+    // syntax object that is still bound when the ANY is gone points at it: before it is used again (it may be
+    // destroyed) it needs set_parent(nullptr) or another parent.
     int set_syntax(zr_asn_object* syntax);
     zr_asn_object* get_syntax() const { return syntax_; }
     void set_preparse(zr_asn_any_hook hook) { preparse_ = hook; }
