@@ -24,8 +24,8 @@ packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm openssl py
     zsh fish man-db
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
-    libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl
-packages_bench-x86 := g++-multilib cmake ninja-build
+    libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl locales
+packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
 packages_tidy := clang-tidy
 packages_format := clang-format git

@@ -26,6 +26,7 @@ WORKLOADS = {
     "audit": "audit event",
     "objects": "2,000 objects",
 }
+TREES = ["LCS forms", "bindings"]
 OPERATIONS = {"encode": "Encode", "decode": "Decode and free"}
 REPETITIONS = 9
 
@@ -100,6 +101,34 @@ def speed_table(results):
             cells += [number(ns), f"{octets * 1000 / ns:,.0f}"]
         rows.append([title] + cells)
     return table(["zrasn", "octets", "encode, ns", "MB/s", "decode and free, ns", "MB/s"], rows)
+
+
+def trees_table(results, operation):
+    """What goes by way of the object tree, against the plain forms."""
+    plain = {workload: results.ns[workload, LIBRARY, operation] for workload in WORKLOADS}
+    rows = [["plain forms, ns"] + [number(ns) for ns in plain.values()] + ["1"]]
+    for way in TREES:
+        ratios = [results.ns[workload, way, operation] / ns for workload, ns in plain.items()]
+        rows.append([way] + [number(ratio) for ratio in ratios + [statistics.geometric_mean(ratios)]])
+    return table([OPERATIONS[operation]] + list(WORKLOADS.values()) + ["geometric mean"], rows)
+
+
+def type_codes_table(results):
+    rows = []
+    for what in sorted(what for what, peer, operation in results.ns if (peer, operation) == ("type code", "encode")):
+        times = [results.ns[what, "type code", operation] for operation in OPERATIONS]
+        rows.append([what, f"{results.octets[what, 'type code', 'encode']:,.0f}"] + [number(ns) for ns in times])
+    return table(["Type code", "octets", "encode, ns", "decode and free, ns"], rows)
+
+
+def conversions_table(results):
+    texts = {}
+    for what, characters, operation in results.ns:
+        if operation == "convert":
+            texts.setdefault(what, {})[int(characters)] = results.ns[what, characters, operation]
+    sizes = sorted({size for times in texts.values() for size in times})
+    rows = [[what] + [number(times[size]) for size in sizes] for what, times in sorted(texts.items())]
+    return table(["ns per text"] + [f"{size:,} characters" for size in sizes], rows)
 
 
 def heap_table(heap, results):
@@ -241,6 +270,22 @@ The workloads: one UUID; 10 attributes of 3 values; an extended-decision request
 attributes each, two more lists of 5 attributes); an access-control list of 200 entries with 8 permissions; an audit
 event with a tree of 340 elements, 4 levels deep; 2,000 objects with 256-octet bodies.
 
+## Other ways
+
+What the plain entry points do without objects, the forms for the local code set (LCS) and the binding classes do with
+an object tree: one object for each field and element. The figures are multiples of the plain forms' time. LCS forms
+were measured with ASCII texts, which need no conversion. Bindings are `set_value` and `saveEncoding`, `loadObject` and
+`get_value`, with a new binding object for each record.
+
+{trees_table(native, "encode")}
+{trees_table(native, "decode")}
+The type-code interface uses object trees too:
+
+{type_codes_table(native)}
+Conversions between code sets, of texts in which every tenth character is é, into a new buffer. The local code set is
+ISO 8859-1; its conversions open the C library's converter for each text that is not ASCII.
+
+{conversions_table(native)}
 ## Memory
 
 Calls of the allocator, and the octets held at most, for one operation. Encoders that are not listed take one

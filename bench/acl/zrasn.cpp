@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<acl_workload>> peer(acl_workload::name, library);
+static zrasn_peers<acl_workload> peers;
 
 }  // namespace bench

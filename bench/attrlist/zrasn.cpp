@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<attrlist_workload>> peer(attrlist_workload::name, library);
+static zrasn_peers<attrlist_workload> peers;
 
 }  // namespace bench

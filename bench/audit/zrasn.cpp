@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<audit_workload>> peer(audit_workload::name, library);
+static zrasn_peers<audit_workload> peers;
 
 }  // namespace bench

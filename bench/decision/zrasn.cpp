@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<decision_workload>> peer(decision_workload::name, library);
+static zrasn_peers<decision_workload> peers;
 
 }  // namespace bench

@@ -12,6 +12,7 @@
 #include "bench/harness/peer.h"
 #include "bench/harness/runner.h"
 #include "bench/scaling/scaling.h"
+#include "bench/values/values.h"
 
 namespace bench {
 namespace {
@@ -100,6 +101,10 @@ int run(int argc, char** argv) {
     std::vector<timed_case> cases = scaling ? scaling_cases() : cases_of_peers();
     if (argc == 2 && std::strncmp(argv[1], heap_flag, sizeof heap_flag - 1) == 0)
         return write_heap_use(cases, argv[1] + sizeof heap_flag - 1);
+    if (!scaling) {
+        for (auto& more : {type_code_cases(), conversion_cases()})
+            cases.insert(cases.end(), more.begin(), more.end());
+    }
     for (timed_case& timed : cases)
         timed.batch = batch_for(timed);
     if (!scaling) return time_cases(cases, argc, argv);

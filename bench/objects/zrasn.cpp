@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<objects_workload>> peer(objects_workload::name, library);
+static zrasn_peers<objects_workload> peers;
 
 }  // namespace bench

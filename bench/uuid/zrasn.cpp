@@ -3,6 +3,6 @@
 
 namespace bench {
 
-static codec_peer<zrasn_codec<uuid_workload>> peer(uuid_workload::name, library);
+static zrasn_peers<uuid_workload> peers;
 
 }  // namespace bench
