@@ -87,7 +87,6 @@ class random_tree {
 public:
     explicit random_tree(unsigned int seed) : random_(seed), form_(make_sequence(0, true)) {}
 
-    const shape& form() const { return form_; }
     size_t below(size_t n) { return random_() % n; }
 
     // A value for the tree; a complete one lacks nothing that is mandatory.
