@@ -35,23 +35,22 @@ TEST(envelope, saving) {
     EXPECT_EQ(out.length, 77u);
     EXPECT_EQ(out.data, &before);
     const std::vector<unsigned char> many(2000);
-    zr_test::allocations watch;
-    bool thrown = true;
-    for (size_t n = 1; thrown; ++n) {
-        watch.fail_allocation(n);
+    const size_t failures = zr_test::fail_each_allocation([&](auto&& failing) {
         zr_asn_octetstring text(zr_normal);
-        thrown = false;
-        try {
-            text.set_value(many.data(), 2000);
-            static_cast<void>(zr_asnbase::saveEncoding(text, 2, out));
-        } catch (const zr_asn_memexception&) {
-            thrown = true;
-            EXPECT_EQ(out.data, &before);
-        }
-        EXPECT_EQ(thrown, watch.failed());
-    }
-    std::free(out.data);
-    EXPECT_EQ(watch.live(), 0u);
+        bool refused = false;
+        const bool failed = failing([&] {
+            try {
+                text.set_value(many.data(), 2000);
+                static_cast<void>(zr_asnbase::saveEncoding(text, 2, out));
+            } catch (const zr_asn_memexception&) {
+                refused = true;
+            }
+        });
+        EXPECT_EQ(refused, failed);
+        EXPECT_EQ(out.data == &before, failed);
+        if (!failed) std::free(out.data);
+    });
+    EXPECT_GT(failures, 1u);
 }
 
 TEST(envelope, loading) {

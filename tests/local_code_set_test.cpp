@@ -178,28 +178,24 @@ TEST(local_code_set, memory_runs_out) {
     std::vector<unsigned char> text(4000, 0xC6);  // so long that the block of the result has to grow
     text.push_back(0);
     for (const bool setting : {true, false}) {
-        zr_test::allocations watched;
-        size_t n = 0;
-        do {
-            {
-                zrasnUTF8String object(zr_local_code_set);
-                if (!setting) object.set_value(text.data());
-                unsigned char* out = nullptr;
-                unsigned int status = 0;
-                watched.fail_allocation(++n);
+        const size_t failures = zr_test::fail_each_allocation([&](auto&& failing) {
+            zrasnUTF8String object(zr_local_code_set);
+            if (!setting) object.set_value(text.data());
+            unsigned char* out = nullptr;
+            unsigned int status = 0;
+            const bool failed = failing([&] {
                 try {
                     status = static_cast<unsigned int>(setting ? object.set_value(text.data()) : object.get_value(out));
                 } catch (const zr_asn_memexception& exception) {
                     status = exception.code;
                     EXPECT_STRNE(exception.message, "");
                 }
-                EXPECT_EQ(status, watched.failed() ? out_of_memory : 0) << n;
-                EXPECT_EQ(out != nullptr, !setting && !watched.failed());
-                std::free(out);
-            }
-            EXPECT_EQ(watched.live(), 0u);
-        } while (watched.failed());
-        EXPECT_GT(n, 2u);
+            });
+            EXPECT_EQ(status, failed ? out_of_memory : 0);
+            EXPECT_EQ(out != nullptr, !setting && !failed);
+            std::free(out);
+        });
+        EXPECT_GT(failures, 1u);
     }
 }
 
@@ -246,15 +242,7 @@ TEST(utf8_string, texts) {
 
 // A secret text in no form is found in a block that is released or moved.
 TEST(utf8_string, secret_texts_are_wiped) {
-    zr_test::allocations watched;
-    int found = 0;
-    watched.on_release(
-        [](void* context, const void* block, size_t size) {
-            const std::string_view octets(static_cast<const char*>(block), size);
-            for (const std::string_view secret : {"sesame", "s\0e\0s\0a"})
-                if (octets.find(secret) != std::string_view::npos) ++*static_cast<int*>(context);
-        },
-        &found);
+    const zr_test::secret_search search({"sesame", {"s\0e\0s\0a", 7}});
     char text[] = "open sesame, \xC8open sesame";
     {
         zrasnUTF8String field(zr_secure);
@@ -268,7 +256,7 @@ TEST(utf8_string, secret_texts_are_wiped) {
             EXPECT_EQ(i % 2 == 0 ? string.convert2BMP() : string.convert2T61(), 0);
         }
     }
-    EXPECT_EQ(found, 0);
+    EXPECT_EQ(search.found(), 0u);
 }
 
 }  // namespace

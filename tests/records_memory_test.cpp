@@ -48,27 +48,22 @@ void each_record(unsigned int seed, void (*check)(structure& original)) {
 TEST(records_out_of_memory, encoding) {
     each_record(21, [](structure& original) {
         for (const route& way : all_routes) {
-            allocations watched;
-            caught_stderr printed;
-            for (size_t n = 1;; ++n) {
+            SCOPED_TRACE(way.name);
+            const size_t failures = fail_each_allocation([&](auto&& failing) {
                 unsigned char untouched = 0;
                 zr_asn_buffer_t out{7, &untouched};
-                watched.fail_allocation(n);
-                const int status = way.encode(original.type(), out, original.get());
-                const bool failed = watched.failed();
-                watched.fail_allocation(0);
-                if (!failed) {
-                    ASSERT_GT(n, 1u);
+                int status = 0;
+                caught_stderr printed;
+                if (!failing([&] { status = way.encode(original.type(), out, original.get()); })) {
                     ASSERT_EQ(status, 0);
-                    zr_asn_buffer_free(out);
-                    break;
+                    return zr_asn_buffer_free(out);
                 }
-                ASSERT_EQ(status, zr_err_out_of_memory) << way.name << ", allocation " << n;
+                ASSERT_EQ(status, zr_err_out_of_memory);
                 ASSERT_TRUE(out.length == 7 && out.data == &untouched);
-                ASSERT_EQ(watched.live(), 0u) << way.name << ", allocation " << n;
                 const std::string line = printed.take();
                 ASSERT_TRUE(is_memory_line(line)) << line;
-            }
+            });
+            ASSERT_GT(failures, 0u);
         }
     });
 }
@@ -101,32 +96,27 @@ TEST(records_out_of_memory, decoding) {
         for (size_t form = 0; form < 2 * std::size(all_routes); ++form) {
             const route& way = all_routes[form / 2];
             envelope& in = forms[form % 2];
+            SCOPED_TRACE(way.name);
             structure copy(original.type());
-            allocations watched;
-            caught_stderr printed;
-            bool failed = true;
-            for (size_t n = 1; failed; ++n) {
+            fail_each_allocation([&](auto&& failing) {
                 zr_asn_buffer_t buffer = in.buffer();
                 // What the caller's structure held is nothing that a failed decode may leave there.
                 std::memset(copy.get(), 0x5A, original.type().size);
-                watched.fail_allocation(n);
-                const int status = way.decode(original.type(), buffer, copy.get());
-                failed = watched.failed();
-                watched.fail_allocation(0);
-                const std::string fault = [&]() -> std::string {
-                    const std::string line = printed.take();
-                    if (status != 0 && (!failed || status != zr_err_out_of_memory || !is_memory_line(line)))
-                        return std::to_string(status) + " " + line;
-                    if (status != 0) return consists_of(copy, 0) ? "" : "the structure is not all zero";
+                int status = 0;
+                caught_stderr printed;
+                const bool failed = failing([&] { status = way.decode(original.type(), buffer, copy.get()); });
+                const std::string line = printed.take();
+                if (status != 0) {
+                    ASSERT_TRUE(failed && status == zr_err_out_of_memory && is_memory_line(line)) << status << line;
+                    ASSERT_TRUE(consists_of(copy, 0));
+                } else {
                     const size_t missing = complete_texts(original, copy);
                     null_texts += missing;
-                    if (missing > (failed ? 1u : 0u) || !line.empty()) return "texts are missing " + line;
-                    return difference(original.type(), original.get(), copy.get());
-                }();
-                ASSERT_EQ(fault, "") << way.name << ", allocation " << n;
-                ASSERT_EQ(leftover_of_free(copy), "") << way.name << ", allocation " << n;
-                ASSERT_EQ(watched.live(), 0u) << way.name << ", allocation " << n;
-            }
+                    ASSERT_TRUE(missing <= (failed ? 1u : 0u) && line.empty()) << missing << line;
+                    ASSERT_EQ(difference(original.type(), original.get(), copy.get()), "");
+                }
+                ASSERT_EQ(leftover_of_free(copy), "");
+            });
         }
     });
     EXPECT_GT(null_texts, 100u);

@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "asn1/asn_yvobjs.h"
 #include "support/allocations.h"
 #include "support/ber.h"
+#include "support/caught_stderr.h"
 
 using zr_test::allocations;
 using zr_test::bytes;
@@ -226,73 +229,46 @@ TEST(zrasnapi, released_values_are_empty) {
     EXPECT_EQ(zrasn_obj_free(0, 262, nullptr), 0);
 }
 
-// Runs one call again and again, each time with another allocation failing, until none fails: the status of exhausted
-// memory with nothing lost. What the runtime throws is reported in one line, and only then is there a line. `call` is
-// given what it calls when the failing is over, before it looks at what it got.
-template <class Call>
-void fail_each_allocation(int silent_status, Call&& call) {
-    bool failed = true;
-    size_t n = 0;
-    do {
-        SCOPED_TRACE(++n);
-        testing::internal::CaptureStderr();
-        int status = 0;
-        {
-            allocations watch;
-            watch.fail_allocation(n);
-            status = call([&] {
-                failed = watch.failed();
-                watch.fail_allocation(0);
-            });
-            EXPECT_EQ(watch.live(), 0u);
-        }
-        const std::string printed = testing::internal::GetCapturedStderr();
-        if (!printed.empty()) {
-            EXPECT_EQ(status, zr_err_out_of_memory);
-            EXPECT_EQ(printed.rfind("Exception: Out of memory", 0), 0u) << printed;
-            EXPECT_NE(printed.find(" [10652065] in src/asn1/as"), std::string::npos) << printed;
-            EXPECT_EQ(printed.find('\n'), printed.size() - 1);
-        } else {
-            EXPECT_EQ(status, failed ? silent_status : 0);
-        }
-    } while (failed);
-}
-
-// Half a list is never written as a whole one, and half a value is never handed out.
+// Half a list is never written as a whole one, and half a value is never handed out. What the runtime throws is
+// reported in one line, and only then is there a line.
 TEST(zrasnapi, exhausted_memory) {
     cert_request_in request{name_a, name_b, 2, body};
     yvobj_update_list_s_t list{3, three};
     zrasn_integer_value number = 7;
-    const auto check = [](unsigned int type, void* value) {
-        SCOPED_TRACE(type);
+    const std::pair<unsigned int, void*> values[] = {{259, &request}, {260, &list}, {262, &number}};
+    for (const auto& [type, value] : values) {
         const std::string whole = encoded(type, value);
-        fail_each_allocation(zr_err_out_of_memory, [&](auto&& called) {
-            zr_asn_buffer_t out{};
-            const int status = zrasn_encode_obj(2, value, type, out);
-            called();
-            EXPECT_EQ(hex(out.data, out.length), status == 0 ? whole : "");
-            zr_asn_buffer_free(out);
-            return status;
-        });
         auto octets = bytes(whole);
         zr_asn_buffer_t in = over(octets);
-        fail_each_allocation(zr_err_out_of_memory, [&](auto&& called) {
-            any_value back{};
-            std::memset(&back, 0x5A, sizeof back);
-            const int status = zrasn_decode_obj(2, in, type, &back);
-            called();
-            if (status != 0) {
-                std::vector<unsigned char> left(size_of(type));
-                std::memcpy(left.data(), &back, left.size());
-                EXPECT_EQ(left, std::vector<unsigned char>(left.size()));
-            }
-            EXPECT_EQ(zrasn_obj_free(2, type, &back), 0);
-            return status;
-        });
-    };
-    check(259, &request);
-    check(260, &list);
-    check(262, &number);
+        for (const bool encodes : {true, false}) {
+            SCOPED_TRACE(testing::Message() << (encodes ? "encoding " : "decoding ") << type);
+            zr_test::fail_each_allocation([&, code = type, from = value](auto&& failing) {
+                zr_asn_buffer_t out{};
+                any_value back{};
+                std::memset(&back, 0x5A, sizeof back);
+                int status = 0;
+                zr_test::caught_stderr printed;
+                const bool failed = failing([&] {
+                    status = encodes ? zrasn_encode_obj(2, from, code, out) : zrasn_decode_obj(2, in, code, &back);
+                });
+                EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0);
+                const std::string line = printed.take();
+                EXPECT_TRUE(line.empty() || (failed && line.rfind("Exception: Out of memory", 0) == 0 &&
+                                             line.find(" [10652065] in src/asn1/as") != line.npos &&
+                                             line.find('\n') == line.size() - 1))
+                    << line;
+                if (encodes) {
+                    EXPECT_EQ(hex(out.data, out.length), failed ? "" : whole);
+                    zr_asn_buffer_free(out);
+                } else {
+                    const auto* first = reinterpret_cast<const unsigned char*>(&back);
+                    EXPECT_TRUE(!failed ||
+                                std::all_of(first, first + size_of(code), [](int octet) { return octet == 0; }));
+                    EXPECT_EQ(zrasn_obj_free(2, code, &back), 0);
+                }
+            });
+        }
+    }
 }
 
 TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {

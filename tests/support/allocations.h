@@ -3,7 +3,12 @@
 // (Memory that libstdc++ or the C library take for themselves with malloc, such as strdup's, does not.)
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace zr_test {
 
@@ -58,6 +63,51 @@ private:
     bool busy_ = false;  // inside the inspector
     inspector inspect_ = nullptr;
     void* context_ = nullptr;
+};
+
+// fail_each_allocation calls attempt(failing) until no allocation fails, each time for the next one: failing(operation)
+// runs the operation with that allocation failing, and tells whether it was asked for. The operation must not throw.
+// Nothing may be left behind an attempt. Answers how many allocations there were.
+template <class Attempt>
+size_t fail_each_allocation(Attempt&& attempt) {
+    bool failed = true;
+    size_t n = 0;
+    while (failed && !testing::Test::HasFatalFailure()) {
+        SCOPED_TRACE(testing::Message() << "allocation " << ++n << " fails");
+        failed = false;
+        allocations watched;
+        attempt([&](auto&& operation) {
+            watched.fail_allocation(n);
+            operation();
+            failed = watched.failed();
+            watched.fail_allocation(0);
+            return failed;
+        });
+        EXPECT_EQ(watched.live(), 0u);
+    }
+    return n - 1;
+}
+
+// secret_search counts the blocks that hold one of some secrets when they are released or moved, while it lives.
+class secret_search {
+public:
+    explicit secret_search(std::vector<std::string_view> secrets) : secrets_(std::move(secrets)) {
+        watched_.on_release(
+            [](void* context, const void* block, size_t size) {
+                auto& search = *static_cast<secret_search*>(context);
+                const std::string_view octets(static_cast<const char*>(block), size);
+                for (const std::string_view secret : search.secrets_)
+                    if (octets.find(secret) != octets.npos) ++search.found_;
+            },
+            this);
+    }
+
+    size_t found() const { return found_; }
+
+private:
+    std::vector<std::string_view> secrets_;
+    size_t found_ = 0;
+    allocations watched_;
 };
 
 }  // namespace zr_test
