@@ -9,6 +9,7 @@
 #include "asn1/zrasnbase.h"
 #include "support/allocations.h"
 #include "support/ber.h"
+#include "support/out_of_memory.h"
 
 namespace {
 

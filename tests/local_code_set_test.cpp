@@ -13,6 +13,7 @@
 #include "asn1/zrasnutf8.h"
 #include "support/allocations.h"
 #include "support/ber.h"
+#include "support/out_of_memory.h"
 #include "zrz/zrz.h"
 
 // The C library loses the search path that newlocale makes of LOCPATH.

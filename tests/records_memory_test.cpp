@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "support/allocations.h"
 #include "support/caught_stderr.h"
+#include "support/out_of_memory.h"
 #include "support/routes.h"
 
 namespace zr_test {

@@ -12,6 +12,7 @@
 #include "support/allocations.h"
 #include "support/ber.h"
 #include "support/caught_stderr.h"
+#include "support/out_of_memory.h"
 
 using zr_test::allocations;
 using zr_test::bytes;

@@ -3,8 +3,6 @@
 // (Memory that libstdc++ or the C library take for themselves with malloc, such as strdup's, does not.)
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -64,29 +62,6 @@ private:
     inspector inspect_ = nullptr;
     void* context_ = nullptr;
 };
-
-// fail_each_allocation calls attempt(failing) until no allocation fails, each time for the next one: failing(operation)
-// runs the operation with that allocation failing, and tells whether it was asked for. The operation must not throw.
-// Nothing may be left behind an attempt. Answers how many allocations there were.
-template <class Attempt>
-size_t fail_each_allocation(Attempt&& attempt) {
-    bool failed = true;
-    size_t n = 0;
-    while (failed && !testing::Test::HasFatalFailure()) {
-        SCOPED_TRACE(testing::Message() << "allocation " << ++n << " fails");
-        failed = false;
-        allocations watched;
-        attempt([&](auto&& operation) {
-            watched.fail_allocation(n);
-            operation();
-            failed = watched.failed();
-            watched.fail_allocation(0);
-            return failed;
-        });
-        EXPECT_EQ(watched.live(), 0u);
-    }
-    return n - 1;
-}
 
 // secret_search counts the blocks that hold one of some secrets when they are released or moved, while it lives.
 class secret_search {
