@@ -2,8 +2,9 @@
 """Puts the faults of faults.txt into a copy of the repository, one after the other, and runs the tests with each.
 
 run.py [--work DIRECTORY] [--only WORDS] [--jobs N]: the copy is made of what git knows, as it stands, and built with the
-preset "release" and -O1, since a fault in a header builds most of it again. Prints for each fault which test found it, or that none did. Exit code 1 when one was not found, 2 when
-one does not fit the sources, does not compile, or the tests fail without any.
+preset "release" and -O1, since a fault in a header builds most of it again. Prints for each fault which test found it,
+or that none did. Exit code 1 when one was not found, 2 when one does not fit the sources, does not compile, or the tests
+fail without any.
 """
 import argparse
 import re
