@@ -28,8 +28,9 @@ envelope_fault explain_envelope(const unsigned char* data, size_t size) {
         return {size, size == envelope_header_octets
                           ? "found the end of the data behind the envelope header, expected a SEQUENCE (30)"
                           : "found the end of the data in the envelope header, expected 04 02 ac dc"};
-    if (size > envelope_header_octets && data[2] == 0xAC && data[3] == 0xDC && data[1] != standard_header[1])
-        return {1, "found version " + std::to_string(data[1]) + ", expected version 2"};
+    if (size > envelope_header_octets && data[2] == 0xAC && data[3] == 0xDC &&
+        data[envelope_version_at] != standard_header[envelope_version_at])
+        return {1, "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
     return {0, "found " + hex_text(data, std::min(size, envelope_header_octets)) + ", expected " + wanted};
 }
 

@@ -12,6 +12,7 @@ constexpr unsigned char sequence_identifier = 0x30;
 
 // An encoding holds no more octets than 32 bits can count, its header included.
 constexpr size_t envelope_header_octets = 4;
+constexpr size_t envelope_version_at = 1;  // in the header
 constexpr size_t most_encoding_octets = UINT32_MAX;
 
 // Whether the octets begin with a header of any version.

@@ -7,6 +7,7 @@
 
 #include "asn1/asnbase/status.h"
 #include "asn1/zrasnapi.h"
+#include "base/envelope.h"
 #include "base/text.h"
 #include "ber/record_guide.h"
 #include "ber/scanner.h"
@@ -63,7 +64,8 @@ public:
         : data_(data), size_(size), type_(type), guide_(&type), report_(report) {}
 
     void run(size_t header, void* contents) {
-        if (header != 0 && header != 4) report(0, "a header of " + counted(header, "octet") + ", 4 are written");
+        if (header != 0 && header != envelope_header_octets)
+            report(0, "a header of " + counted(header, "octet") + ", 4 are written");
         ber_scanner scanner(data_ + header, size_ - header);
         size_t end = size_;
         for (ber_item item; scanner.next(item);) {
@@ -172,7 +174,7 @@ private:
     void compare(void* contents, size_t begin, size_t end) {
         zr_asn_buffer_t written{0, nullptr};
         if (type_.encode(written, contents) != zr_ok) return report(begin, "the library cannot write this");
-        constexpr size_t header = 4;
+        constexpr size_t header = envelope_header_octets;
         const unsigned char* octets = written.data + header;
         const size_t count = std::min<size_t>(end - begin, written.length - header);
         const auto differs = static_cast<size_t>(std::mismatch(octets, octets + count, data_ + begin).first - octets);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/envelope.h"
 #include "base/exit_code.h"
 #include "input/text_decoder.h"
 
@@ -39,7 +40,7 @@ public:
     // The octets before `offset` will hardly be looked at again: memory that maps them may go to others.
     void forget(size_t offset) const;
     // Of the header; meaningless without one.
-    unsigned char version() const { return header_size_ != 0 ? data_[1] : 0; }
+    unsigned char version() const { return header_size_ != 0 ? data_[envelope_version_at] : 0; }
     // "FILE:OFFSET: what" that a text had beside these octets, such as another armoured block; empty when it had
     // nothing.
     const std::string& remark() const { return remark_; }

@@ -4,6 +4,7 @@
 
 #include "asn1/asnbase/status.h"
 #include "asn1/zrasnapi.h"
+#include "base/envelope.h"
 #include "base/output.h"
 #include "base/record_holder.h"
 #include "base/status_text.h"
@@ -36,7 +37,7 @@ encoded_record encode_text(std::string_view text, const encode_options& options)
     result.status = options.record->encode(out, record.get());
     result.good = result.status == zr_ok;
     if (result.good)
-        out.data[1] = static_cast<unsigned char>(options.version);
+        out.data[envelope_version_at] = static_cast<unsigned char>(options.version);
     else
         result.error.message = status_text(result.status);
     return result;

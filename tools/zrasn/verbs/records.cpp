@@ -32,7 +32,7 @@ std::string value_in_words(const field& field) {
 
 // The kind in words that stand behind the name, such as "list of sec_id_t".
 std::string kind_in_words(const field& field) {
-    const std::string value = value_in_words(field);
+    std::string value = value_in_words(field);
     switch (held_of(field)) {
         case holding::one:
             break;
@@ -51,7 +51,7 @@ std::string kind_in_words(const field& field) {
 // The kind as one word, such as "list_of_records".
 std::string kind_word(const field& field) {
     static constexpr const char* values[] = {"integer", "text", "octets", "fixed_octets", "record"};
-    const std::string value = values[static_cast<size_t>(value_of(field))];
+    std::string value = values[static_cast<size_t>(value_of(field))];
     switch (held_of(field)) {
         case holding::one:
             break;

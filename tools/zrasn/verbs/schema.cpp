@@ -46,7 +46,7 @@ std::string reference(const char* name) {
 
 // The ASN.1 type of one value.
 std::string value_notation(const field& field) {
-    const std::string name = universal_type(tag_of(value_of(field))).name;
+    std::string name = universal_type(tag_of(value_of(field))).name;
     switch (value_of(field)) {
         case value_kind::integer: {
             // A uint32_t goes out as the signed number of the same bits.
