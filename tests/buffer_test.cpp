@@ -21,7 +21,7 @@ using zr_test::hex;
 const unsigned char* octets_of(const std::string& text) { return reinterpret_cast<const unsigned char*>(text.data()); }
 
 std::string text_of(const zr_buffer_t& buffer) {
-    return {reinterpret_cast<const char*>(buffer.data()), buffer.length()};
+    return {reinterpret_cast<const char*>(buffer.current()), buffer.length()};
 }
 
 // A heap of its own behind a memory table. It shows whether a block that is given back still holds an octet.
@@ -90,21 +90,29 @@ TEST(buffer, growth) {
     }
 }
 
-// Every operation against a string, in every mode and with every way to memory.
+// Every operation against a string, in every mode and with every way to memory; in half of the rounds the buffer is
+// read, too, and set to octets of others.
 TEST(buffer, random_operations) {
     heap own;
     const zr_memory_funcs_t tables[] = {{}, own.table()};
     zr_test::allocations watch;
-    for (unsigned int seed = 0; seed < 200; ++seed) {
+    for (unsigned int seed = 0; seed < 800; ++seed) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
         const security_t security = seed % 2 == 0 ? zr_secure : zr_normal;
+        const bool reads = seed / 4 % 2 != 0;
         zr_buffer_t buffer(tables[seed / 2 % 2], security);
         std::string expected;
+        std::string others;  // of a set, until they are copied
         for (int step = 0; step < 60; ++step) {
             const std::string more(below(200), static_cast<char>('a' + below(26)));
-            const unsigned int what = below(10);
+            const unsigned int what = below(reads ? 15 : 10);
             if (what < 3) expected += more;
+            const auto stands_on_others = [&] {
+                const unsigned char* const begin = octets_of(others);
+                return buffer.current() >= begin && buffer.current() <= begin + others.size();
+            };
+            const bool foreign = stands_on_others();
             switch (what) {
                 case 0:
                     buffer.append(octets_of(more), static_cast<unsigned int>(more.size()));
@@ -122,10 +130,13 @@ TEST(buffer, random_operations) {
                     expected += expected;
                     break;
                 case 4: {  // from inside itself
-                    const unsigned int from = below(buffer.length() + 1);
-                    const unsigned int part = below(buffer.length() - from + 1);
-                    buffer.append(buffer.data() + from, part);
-                    expected += expected.substr(from, part);
+                    // Those read before them included.
+                    const unsigned char* start = foreign ? buffer.current() : buffer.data();
+                    const auto all = static_cast<unsigned int>(buffer.current() - start) + buffer.length();
+                    const unsigned int from = below(all + 1);
+                    const unsigned int part = below(all - from + 1);
+                    if (part != 0) expected.append(reinterpret_cast<const char*>(start) + from, part);
+                    buffer.append(start + from, part);
                     break;
                 }
                 case 5: {
@@ -146,7 +157,7 @@ TEST(buffer, random_operations) {
                     break;
                 case 7:
                     buffer.terminate();
-                    EXPECT_EQ(buffer.data()[buffer.length()], 0);
+                    EXPECT_EQ(buffer.current()[buffer.length()], 0);
                     break;
                 case 8: {
                     if (below(4) != 0) break;
@@ -158,7 +169,7 @@ TEST(buffer, random_operations) {
                     expected.clear();
                     break;
                 }
-                default: {
+                case 9: {
                     if (below(4) != 0) break;
                     unsigned char* data = nullptr;
                     unsigned int length = 0;
@@ -170,10 +181,35 @@ TEST(buffer, random_operations) {
                     if (data != nullptr) std::memset(data, 0, length);
                     tables[seed / 2 % 2].free(data);
                     expected.clear();
+                    break;
+                }
+                case 10:
+                    if (foreign || below(4) != 0) break;
+                    others = more;
+                    expected = more;
+                    buffer.set(reinterpret_cast<unsigned char*>(others.data()), static_cast<unsigned int>(more.size()));
+                    break;
+                case 11: {
+                    const auto distance = buffer.current() - buffer.data();
+                    buffer.extend(below(100));
+                    if (!foreign) {
+                        EXPECT_EQ(buffer.current() - buffer.data(), distance);
+                    }
+                    break;
+                }
+                default: {
+                    unsigned char* read = nullptr;
+                    const unsigned int count = what == 12 ? buffer.length() : below(buffer.length() + 1);
+                    ASSERT_TRUE(buffer.take(count, read));
+                    expected.erase(0, count);
                 }
             }
-            ASSERT_EQ(text_of(buffer), expected) << "seed " << seed << " step " << step;
-            ASSERT_EQ(buffer.current(), buffer.data());
+            ASSERT_EQ(text_of(buffer), expected) << "seed " << seed << " step " << step << " what " << what;
+            if (!reads) {
+                ASSERT_EQ(buffer.current(), buffer.data());
+            }
+            // What has been copied is nobody's business any more.
+            if (!stands_on_others()) std::fill(others.begin(), others.end(), '?');
         }
     }
     EXPECT_TRUE(own.blocks.empty());
@@ -201,6 +237,36 @@ TEST(buffer, memory_tables) {
     zr_buffer_t buffer(own.table());
     buffer.append("x");
     EXPECT_EQ(own.blocks.size(), 1u);
+}
+
+// Reading and appending in turns, with so many octets kept back, moves about one octet for each that is appended. What
+// was moved away from is zero in a secure buffer.
+TEST(buffer, reading_and_appending_in_turns) {
+    for (const security_t security : {zr_normal, zr_secure}) {
+        for (const auto& [backlog, most] :
+             {std::pair(0u, 100u), {10u, 100u}, {1000u, 1u}, {5000u, 3000u}, {127u, 1u}}) {
+            std::mt19937 random(backlog);
+            zr_buffer_t buffer(security);
+            uint64_t appended = 0, moved = 0;
+            while (appended < 300000) {
+                const unsigned int count = 1 + static_cast<unsigned int>(random() % most);
+                const auto read = buffer.current() - buffer.data();
+                const unsigned int held = buffer.length(), capacity = buffer.capacity();
+                buffer.append(octets_of(std::string(count, '#')), count);
+                appended += count;
+                if (buffer.capacity() != capacity || buffer.current() - buffer.data() != read) moved += held;
+                if (security == zr_secure && read != 0 && buffer.current() == buffer.data()) {
+                    unsigned char* const end = buffer.data() + buffer.capacity();
+                    ASSERT_EQ(std::count(buffer.data() + buffer.length(), end, '#'), 0);
+                }
+                unsigned char* octets = nullptr;
+                if (buffer.length() <= backlog) continue;
+                EXPECT_TRUE(buffer.take(buffer.length() - backlog, octets));
+            }
+            EXPECT_LE(moved, appended + appended / 4) << backlog;
+            EXPECT_LE(buffer.capacity(), 3 * (backlog + most) + 2048) << backlog;
+        }
+    }
 }
 
 TEST(buffer, secure_octets_are_gone_from_every_block) {
@@ -277,6 +343,18 @@ TEST(buffer, exhausted_memory_changes_nothing) {
             expect_refused(buffer, [&] { buffer.append_int(7); });
             expect_refused(buffer, [&] { buffer.extend(0); });
             expect_refused(buffer, [&] { buffer.terminate(); });
+            for (const unsigned int digits : {2u, 4u}) {  // all or none
+                if (buffer.length() != 0) buffer.truncate(buffer.length() - 1);
+                expect_refused(buffer, [&] { (digits == 2 ? write2d : write4d)(buffer, 77); });
+            }
+            std::string foreign(2000, 'f');
+            zr_buffer_t set(own.table(), security);
+            set.set(reinterpret_cast<unsigned char*>(foreign.data()), 2000);
+            unsigned char* data = nullptr;
+            unsigned int length = 0;
+            expect_refused(set, [&] { set.append(octets_of(text), 9); });
+            expect_refused(set, [&] { set.detach(data, length); });
+            expect_refused(set, [&] { set.assign(octets_of(text), 9); });
             if (filled) expect_refused(buffer, [&] { zr_buffer_t copy(buffer); });
             if (filled) expect_refused(other, [&] { other = buffer; });
         }
@@ -338,7 +416,7 @@ TEST(buffer, cursors) {
     EXPECT_EQ(copy.depth(), 3u);
     other = cursor;
     EXPECT_EQ(other.fill_octet(), 0);
-    EXPECT_EQ(other.depth(), 0u);
+    EXPECT_EQ(other.depth(), 3u);
     EXPECT_TRUE(other == cursor);
 
     unsigned char* octets = nullptr;
@@ -353,6 +431,27 @@ TEST(buffer, cursors) {
     cursor.reset();
     EXPECT_EQ(cursor.current(), first);
     EXPECT_EQ(cursor.remaining(), 4u);
+    cursor.set(second + 1, 2);  // a new origin
+    cursor.move_to(second + 3, 0);
+    cursor.reset();
+    EXPECT_EQ(cursor.current(), second + 1);
+    EXPECT_EQ(cursor.remaining(), 2u);
+
+    zr_buffer_t buffer(zr_normal);  // of a buffer the origin is its storage, all of it
+    buffer.append("abc");
+    EXPECT_TRUE(buffer.take(3, octets));
+    buffer.reset();
+    EXPECT_EQ(buffer.current(), buffer.data());
+    EXPECT_EQ(buffer.remaining(), buffer.capacity());
+    buffer.clear();
+    buffer.append(0);  // a literal is an octet, whatever its type
+    buffer.append('a');
+    buffer.append(0x141);
+    EXPECT_EQ(hex(buffer.current(), buffer.length()), "00 61 41");
+    buffer.set(second + 1, 1);
+    buffer.append("x");
+    buffer.reset();  // copied: its own storage again
+    EXPECT_EQ(buffer.current(), buffer.data());
 
     for (unsigned int from = 0; from < 4; ++from)
         EXPECT_EQ(check_EOC(zr_r_buffer_t(first + from, 4 - from)), from == 2 ? 1 : 0);

@@ -21,10 +21,17 @@ constexpr const char out_of_memory[] = "Out of memory in buffer_t::extend";
 // chunk without its upper bound, for sums that pass 32 bits.
 uint64_t chunk_octets(uint64_t octets) { return (octets & ~uint64_t{63}) + (octets > 64 ? 960 : 64); }
 
+// All digits or none.
 int append_digits(zr_buffer_t& buffer, unsigned int value, unsigned int unit) {
     if (value >= unit * 10) return zr_err_too_many_digits;
-    for (; unit != 0; unit /= 10)
-        buffer.append(static_cast<unsigned char>('0' + value / unit % 10));
+    const unsigned int before = buffer.length();
+    try {
+        for (; unit != 0; unit /= 10)
+            buffer.append('0' + value / unit % 10);
+    } catch (...) {
+        buffer.truncate(before);
+        throw;
+    }
     return 0;
 }
 
@@ -57,6 +64,7 @@ void* zr_memory_funcs_t::calloc(unsigned int count, unsigned int octets) const {
 zr_r_buffer_t& zr_r_buffer_t::operator=(const zr_r_buffer_t& other) {
     origin_ = other.origin_;
     origin_length_ = other.origin_length_;
+    depth_ = other.depth_;
     move_to(other.current_, other.remaining_);
     return *this;
 }
@@ -86,6 +94,7 @@ zr_buffer_t::zr_buffer_t(unsigned int size, zr_memory_funcs_t memory, security_t
 zr_buffer_t::zr_buffer_t(const zr_buffer_t& other)
     : zr_r_buffer_t(), memory_(other.memory_), security_(other.security_) {
     fill_octet_ = other.fill_octet_;
+    depth_ = other.depth_;
     append(other);
 }
 
@@ -111,25 +120,19 @@ void zr_buffer_t::release() {
     data_ = nullptr;
 }
 
+// Whether an octet lies in the block.
 bool zr_buffer_t::owns(const unsigned char* octet) const {
     const std::less<const unsigned char*> before;
     return data_ != nullptr && !before(octet, data_) && before(octet, data_ + capacity_);
-}
-
-// What to extend by so that `n` more octets fit: n itself, unless set() has placed the cursor on foreign octets and the
-// count that passes for written is beyond the capacity.
-unsigned int zr_buffer_t::room_for(unsigned int n) const {
-    if (remaining_ <= capacity_) return n;
-    const uint64_t missing = uint64_t{remaining_} + n - capacity_;
-    if (missing > UINT32_MAX) zr::throw_out_of_memory(out_of_memory);
-    return static_cast<unsigned int>(missing);
 }
 
 void zr_buffer_t::extend(unsigned int n) {
     const uint64_t wanted = chunk_octets(uint64_t{capacity_} + n);
     if (wanted > UINT32_MAX) zr::throw_out_of_memory(out_of_memory);
     const auto capacity = static_cast<uint32_t>(wanted);
-    const size_t read = owns(current_) ? static_cast<size_t>(current_ - data_) : 0;
+    const bool inside = in_block();
+    const size_t read = inside ? static_cast<size_t>(current_ - data_) : 0;
+    const bool origin_inside = inside || owns(origin_);
     unsigned char* block = nullptr;
     if (security_ == zr_secure) {
         // Never realloc: the allocator could leave a copy behind.
@@ -141,32 +144,57 @@ void zr_buffer_t::extend(unsigned int n) {
         block = static_cast<unsigned char*>(memory_.realloc(data_, capacity));
         if (block == nullptr) zr::throw_out_of_memory(out_of_memory);
     }
-    data_ = origin_ = block;
-    capacity_ = origin_length_ = capacity;
-    current_ = block + read;
+    data_ = block;
+    capacity_ = capacity;
+    // A cursor on octets of others stays there.
+    if (inside) current_ = block + read;
+    if (!origin_inside) return;
+    origin_ = block;
+    origin_length_ = capacity;
+}
+
+// Whether only a larger block has room for `count` octets behind those held, which lie in the block: when fewer were
+// read than are held, moving them would cost more than appending has paid for.
+bool zr_buffer_t::must_grow(unsigned int count) const {
+    if (!in_block()) return false;
+    return static_cast<size_t>(current_ - data_) < remaining_ || uint64_t{remaining_} + count > capacity_;
+}
+
+void zr_buffer_t::make_room(unsigned int count, unsigned int step) {
+    if (current_ == data_ || must_grow(count)) return extend(step);
+    // Octets of others may be more than the block has room for.
+    const uint64_t needed = uint64_t{remaining_} + count;
+    if (needed > UINT32_MAX) zr::throw_out_of_memory(out_of_memory);
+    if (needed > capacity_) extend(static_cast<unsigned int>(needed - capacity_));
+    assign(current_, remaining_);
 }
 
 int zr_buffer_t::append(const unsigned char* octets, unsigned int count) {
     if (count == 0) return 0;
-    if (uint64_t{remaining_} + count > capacity_) {
+    if (!fits(count)) {
         const bool own = owns(octets);
+        if (own && !must_grow(count)) {
+            // Those held will move over them.
+            zr_buffer_t aside(memory_, security_);
+            aside.append(octets, count);
+            return append(aside);
+        }
         const size_t offset = own ? static_cast<size_t>(octets - data_) : 0;
-        extend(room_for(count));
+        make_room(count, count);
         if (own) octets = data_ + offset;
     }
-    memmove(data_ + remaining_, octets, count);
+    memmove(current_ + remaining_, octets, count);
     remaining_ += count;
     return 0;
 }
 
 int zr_buffer_t::assign(const unsigned char* octets, unsigned int count) {
-    if (!owns(octets)) {
-        clear();
-        return append(octets, count);
-    }
-    memmove(data_, octets, count);
-    move_to(data_, count);
-    if (security_ == zr_secure) zr::wipe(data_ + count, capacity_ - count);
+    // More octets than the block has do not lie in it. Growing comes first: when memory ends nothing has changed.
+    if (count > capacity_) extend(count);
+    if (count != 0) memmove(data_, octets, count);
+    zr_r_buffer_t::set(data_, count);
+    origin_length_ = capacity_;
+    if (security_ == zr_secure && data_ != nullptr) zr::wipe(data_ + count, capacity_ - count);
     return 0;
 }
 
@@ -191,7 +219,16 @@ int zr_buffer_t::clear() {
     return 0;
 }
 
+void zr_buffer_t::rewrite(const zr_r_buffer_t& source) {
+    if (!owns(source.current())) {
+        clear();
+    } else {
+        move_to(data_, 0);
+    }
+}
+
 void zr_buffer_t::detach(unsigned char*& octets, unsigned int& count) {
+    if (current_ != data_) assign(current_, remaining_);
     octets = data_;
     count = remaining_;
     data_ = origin_ = nullptr;
@@ -200,8 +237,8 @@ void zr_buffer_t::detach(unsigned char*& octets, unsigned int& count) {
 }
 
 void zr_buffer_t::terminate() {
-    if (capacity_ <= remaining_) extend(1);
-    data_[remaining_] = 0;
+    if (!fits(1)) make_room(1, 1);
+    current_[remaining_] = 0;
 }
 
 unsigned int chunk(unsigned int octets) {

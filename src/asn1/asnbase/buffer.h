@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "asn1/export.h"
 
@@ -49,7 +50,7 @@ public:
     zr_r_buffer_t() = default;
     zr_r_buffer_t(unsigned char* octets, unsigned int count)
         : origin_(octets), origin_length_(count), current_(octets), remaining_(count) {}
-    // A copy keeps the fill octet and the nesting depth; an assignment takes neither.
+    // A copy keeps the fill octet and the nesting depth; an assignment takes the depth, not the fill octet.
     zr_r_buffer_t(const zr_r_buffer_t&) = default;
     zr_r_buffer_t& operator=(const zr_r_buffer_t& other);
 
@@ -100,10 +101,17 @@ protected:
     uint32_t remaining_ = 0;
 };
 
-// zr_buffer_t is a growable block of octets that it owns. Its octets written so far are what remains to be read from it
-// as a cursor: it can be passed wherever a cursor is read. Growing throws zr_asn_memexception
-// ("Out of memory in buffer_t::extend") when memory ends or 2^32-1 octets are passed, and the buffer is then as it was.
-// A secure buffer (mode 1) leaves none of its octets in any block that it releases.
+// zr_buffer_t is a growable block of octets that it owns. What it holds is what remains to be read from it as a cursor:
+// it can be passed wherever a cursor is read, and be written again after that. Octets already read are no part of it.
+// Octets of others that `set` has put the cursor on count as held too; they are copied into the block by the first
+// append or detach, until which they must live. Cursors copied from a buffer end with its next append.
+//
+// When the room behind the octets held ends, they move to the front of the block if at least as many were read as are
+// held; otherwise the block grows. Reading and appending in turns thus moves about one octet for each one appended.
+// Growing throws zr_asn_memexception ("Out of memory in buffer_t::extend") when memory ends or 2^32-1 octets are
+// passed, and the buffer then holds what it held.
+//
+// A secure buffer (mode 1) leaves none of its octets in any block that it releases, nor where it moved them away from.
 class ZR_API zr_buffer_t : public zr_r_buffer_t {
 public:
     explicit zr_buffer_t(zr_memory_funcs_t memory);
@@ -117,15 +125,20 @@ public:
     zr_buffer_t& operator=(const zr_buffer_t& other);
     virtual ~zr_buffer_t();
 
-    // extend grows the capacity to chunk(capacity + n).
+    // extend grows the capacity to chunk(capacity + n). The cursor keeps its place in the block.
     void extend(unsigned int n);
 
-    // append adds octets behind those written; each form returns 0. The octets may lie in this buffer. A null text
-    // counts as empty; the terminating zero of a text is not appended.
+    // append adds octets behind those held; each form returns 0. The octets may lie in this buffer, also among those
+    // already read. A null text counts as empty; the terminating zero of a text is not appended.
     int append(unsigned char octet) {
-        if (capacity_ <= remaining_) extend(room_for(64));
-        data_[remaining_++] = octet;
+        if (!fits(1)) make_room(1, 64);
+        current_[remaining_++] = octet;
         return 0;
+    }
+    // Any other integer stands for the octet of its low eight bits.
+    template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
+    int append(Integer octet) {
+        return append(static_cast<unsigned char>(octet));
     }
     int append(const unsigned char* octets, unsigned int count);
     int append(const char* text);
@@ -133,25 +146,37 @@ public:
     // append_int adds `value` as decimal text.
     int append_int(long value);
 
-    // assign replaces the octets written with others, which may lie in this buffer. Returns 0.
+    // assign replaces the octets held by others, which may lie in this buffer. Returns 0.
     int assign(const unsigned char* octets, unsigned int count);
 
-    // clear forgets the octets written and keeps the storage, which a secure buffer overwrites with zeros. Returns 0.
+    // clear forgets the octets held and keeps the storage, which a secure buffer overwrites with zeros. Returns 0.
     int clear();
 
-    // detach hands the storage to the caller: `octets` gets the block (null when there is none), `count` the octets
-    // written. The caller releases it with the allocator that this buffer uses. The buffer is empty then and can be
-    // used again.
+    // rewrite forgets the octets held so that others can be appended that are read from `source`: like clear, unless
+    // `source` stands on octets of this buffer. These then stay for it to read, and what is appended, from the front of
+    // the block on, must never be more than `source` has passed.
+    void rewrite(const zr_r_buffer_t& source);
+
+    // detach hands the storage to the caller: `octets` gets the block (null when there is none), which begins with the
+    // octets held, `count` their number. The caller releases it with the allocator that this buffer uses. The buffer is
+    // empty then and can be used again.
     void detach(unsigned char*& octets, unsigned int& count);
 
-    // terminate puts one zero octet behind the octets written without counting it.
+    // terminate puts one zero octet behind the octets held without counting it.
     void terminate();
 
-    // truncate forgets the octets written behind the first `count`; no effect when there are fewer.
+    // truncate forgets the octets held behind the first `count`; no effect when there are fewer.
     void truncate(unsigned int count) {
         if (count < remaining_) remaining_ = count;
     }
 
+    // fits tells whether `count` more octets have room behind those held, without a move.
+    bool fits(unsigned int count) const { return end_in_block() + count <= capacity_; }
+    // make_room makes so many fit that do not; where the block must grow for it, extend(step) does it, which is to be
+    // enough.
+    void make_room(unsigned int count, unsigned int step);
+
+    // data() is the block; the octets held begin at current(), which is the same while nothing has been read.
     unsigned char* data() const { return data_; }
     unsigned int length() const { return remaining_; }
     unsigned int capacity() const { return capacity_; }
@@ -159,9 +184,18 @@ public:
     void set_security(security_t security) { security_ = security; }
 
 private:
-    void release();
+    // Where in the block the octets held end; beyond any capacity when they are not in it.
+    uint64_t end_in_block() const {
+        const uintptr_t read = reinterpret_cast<uintptr_t>(current_) - reinterpret_cast<uintptr_t>(data_);
+        const uint64_t end = uint64_t{read} + remaining_;
+        return read <= capacity_ && end <= capacity_ ? end : not_in_block;
+    }
+    static constexpr uint64_t not_in_block = uint64_t{1} << 62;
+
+    bool in_block() const { return end_in_block() != not_in_block; }
     bool owns(const unsigned char* octet) const;
-    unsigned int room_for(unsigned int n) const;
+    bool must_grow(unsigned int count) const;
+    void release();
 
     unsigned char* data_ = nullptr;
     zr_memory_funcs_t memory_{};

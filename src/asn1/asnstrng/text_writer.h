@@ -27,17 +27,17 @@ public:
     explicit text_writer(zr_buffer_t& out) : out_(out), start_(out.length()) {}
     // Appends the low eight bits.
     void put(uint32_t octet) {
-        if (out_.length() == out_.capacity()) grow();
-        out_.append(static_cast<unsigned char>(octet));
+        if (!out_.fits(1)) out_.make_room(1, step());
+        out_.append(octet);
     }
     // Takes back all that was put.
     void reset() { out_.truncate(start_); }
 
 private:
-    void grow() {
+    unsigned int step() const {
         // Up to 2^32-1 octets; the buffer adds less than 1024 of its own accord.
         const unsigned int spare = UINT32_MAX - 1024 - std::min<unsigned int>(out_.capacity(), UINT32_MAX - 1024);
-        out_.extend(std::max(64u, std::min(out_.capacity() / 2, spare)));
+        return std::max(64u, std::min(out_.capacity() / 2, spare));
     }
 
     zr_buffer_t& out_;
