@@ -243,6 +243,7 @@ TEST(values, lists_of_strings_are_freed) {
         for (const int used : {0, 2})
             if (count > 0) strings[used] = static_cast<char*>(std::malloc(4));
         zr_free_strings(count, strings);
+        zr_free_strings(count, nullptr);
         EXPECT_EQ(watch.live(), 0u);
     }
 }

@@ -108,6 +108,8 @@ TEST(integer, state) {
     EXPECT_EQ(object.get_default_value()->get_tag(), 7u);
     EXPECT_EQ(value_of(object), "9");
     EXPECT_EQ(contents(object), "09");
+    EXPECT_EQ(object.set_default_value(0) + object.set_default_value(0U) + object.set_default_value(0LL), 0);
+    EXPECT_EQ(value_of(object), "0");
     const unsigned char wide[] = {1, 0, 0, 0, 0};
     object.set_default_value(wide, 5);
     EXPECT_EQ(value_of(object), "77, 275063193");
@@ -337,17 +339,123 @@ TEST(primitive, secure_values_are_wiped) {
     }
 }
 
-// A value may be set from the object's own contents, in secure mode too, where these are wiped as they are replaced.
-TEST(octetstring, set_from_its_own_contents) {
+// Calls `check` for each type whose value is octets, in both modes: with an object, how many of its units an octet is,
+// and encodings of it, which the tests also take for values.
+template <class Check>
+void for_octet_types(Check&& check) {
+    using encodings = std::vector<const char*>;
     for (const security_t mode : {zr_normal, zr_secure}) {
-        zr_asn_octetstring object(mode);
-        const unsigned char text[] = {'a', 'b', 'c', 'd'};
-        object.set_value(text, sizeof text);
-        unsigned char* data = nullptr;
-        unsigned int length = 0;
-        ASSERT_EQ(object.get_value(data, length), 0);
-        object.set_value(data + 1, 2);
-        EXPECT_EQ(contents(object), "62 63") << "mode " << mode;
+        SCOPED_TRACE(testing::Message() << "mode " << mode);
+        const auto with = [&](auto made, unsigned int unit, const encodings& octets) {
+            SCOPED_TRACE(made->get_type_name());
+            check(*made, unit, octets);
+        };
+        with(std::make_unique<zr_asn_octetstring>(mode), 1,
+             {"04 02 61 62 04 01 63", "24 80 04 01 61 24 80 04 01 62 00 00 00 00 04 00", "04 80 61 62",
+              "24 80 04 01 61 05 00", "04 80 00 00 05"});
+        with(std::make_unique<zr_asn_integer>(mode), 1, {"02 02 61 62 02 01 63", "02 05 61 62"});
+        with(std::make_unique<zr_asn_bitstring>(mode), 8,
+             {"03 03 04 61 ff 03 01 00", "23 80 03 02 00 61 23 80 03 02 04 6f 00 00 00 00 05 00", "03 02 09 61"});
+        with(std::make_unique<zr_asn_any>(mode), 1, {"04 02 61 62 05 00", "30 03 02 01 61", "30 80 00 00"});
+    }
+}
+
+// The octets that an object holds, or the status.
+template <class T>
+std::string held(const T& object, unsigned int unit) {
+    unsigned char* octets = nullptr;
+    unsigned int count = 0;
+    const int status = object.get_value(octets, count);
+    return status != 0 ? std::to_string(status) : zr_test::hex(octets, (count + unit - 1) / unit);
+}
+
+// What an object holds can be what it is set from or what it reads, in secure mode as in another.
+TEST(primitive, from_their_own_contents) {
+    for_octet_types([](auto& object, unsigned int unit, const std::vector<const char*>& encodings) {
+        const auto take = [&](const std::vector<unsigned char>& octets) {
+            unsigned char* inside = nullptr;
+            unsigned int count = 0;
+            object.set_value(octets.data(), static_cast<unsigned int>(octets.size()) * unit);
+            EXPECT_EQ(object.get_value(inside, count), 0);
+            return inside;
+        };
+        object.set_value(take(bytes("61 62 63 64")) + 1, 2 * unit);
+        EXPECT_EQ(held(object, unit), "62 63");
+        for (const char* row : encodings) {
+            SCOPED_TRACE(row);
+            std::remove_reference_t<decltype(object)> other(zr_normal);
+            input elsewhere(row);
+            const int expected = other.asnread(elsewhere);
+            zr_r_buffer_t inside(take(bytes(row)), static_cast<unsigned int>(bytes(row).size()));
+            EXPECT_EQ(object.asnread(inside), expected);
+            EXPECT_EQ(inside.remaining(), elsewhere.remaining());
+            EXPECT_EQ(held(object, unit), held(other, unit));
+            if (expected != 0) continue;
+            EXPECT_EQ(zr_test::hex(inside), zr_test::hex(elsewhere));  // and what follows can still be read
+        }
+    });
+}
+
+TEST(primitive, a_value_without_memory_changes_nothing) {
+    const std::vector<unsigned char> more(300, 'x');
+    for_octet_types([&](auto& object, unsigned int unit, const auto&) {
+        zr_asn_sequence parent(zr_normal);
+        parent.register_child(&object);
+        for (const bool present : {false, true}) {
+            if (present) object.set_value(bytes("61 62").data(), 2 * unit - unit / 8);
+            const auto state = [&] {
+                std::string text = std::to_string(object.is_encoding_valid() + 2 * parent.is_encoding_valid());
+                text += " " + held(object, unit);
+                text += " " + written(object);
+                return text + " " + written(parent);
+            };
+            state();  // fills the caches
+            const std::string before = state();
+            zr_test::allocations watch;
+            watch.fail_allocation(1);
+            EXPECT_THROW(object.set_value(more.data(), 300 * unit), zr_asn_memexception);
+            EXPECT_TRUE(watch.failed());
+            watch.fail_allocation(0);
+            EXPECT_EQ(state(), before);
+        }
+    });
+    zr_asn_integer number(zr_normal);
+    zr_test::allocations watch;
+    watch.fail_allocation(1);
+    EXPECT_THROW(number.set_value(5L), zr_asn_memexception);
+    EXPECT_EQ(value_of(number), "77, 275063200");
+    watch.fail_allocation(0);
+    number.set_value(5L);
+    watch.fail_allocation(1);  // none is needed after that
+    EXPECT_EQ(number.set_value(0x12345678L), 0);
+    watch.fail_allocation(0);
+    EXPECT_EQ(value_of(number), "305419896");
+}
+
+// What failed inside a segment of segments is not part of the contents; the segments that were complete are.
+TEST(primitive, contents_of_a_string_that_fails) {
+    // clang-format off
+    static const struct { const char *octets, *contents; unsigned int count; } table[] = {
+        {"24 80 04 01 61 24 80 04 01 62 04 01 63 05 00", "61", 1}, {"24 80 24 80 04 01 62 05 00", "", 0},
+        {"24 80 24 80 04 01 61 00 00 04 01 62 24 03 04 01 63 04", "61 62 63", 3}, {"24 80 04 01 61 04 80 62", "61", 1},
+        {"23 80 03 02 00 61 23 80 03 02 00 62 05 00", "61", 8}, {"23 08 03 02 04 ff 03 02 00 ff", "f0", 4},
+        {"23 80 03 02 04 ff 05 00", "f0", 4}, {"23 80 23 80 03 02 04 ff 03 02 00 61", "", 0}
+    };
+    // clang-format on
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.octets);
+        zr_asn_octetstring string(zr_normal);
+        zr_asn_bitstring bits(zr_normal);
+        const bool of_bits = row.octets[1] == '3';
+        zr_asn_object& object = of_bits ? static_cast<zr_asn_object&>(bits) : string;
+        EXPECT_NE(read(object, row.octets), 0);
+        EXPECT_EQ(object.is_present(), 0);
+        object.set_value_valid();
+        unsigned char* octets = nullptr;
+        unsigned int count = 0;
+        EXPECT_EQ(of_bits ? bits.get_value(octets, count) : string.get_value(octets, count), 0);
+        EXPECT_EQ(count, row.count);
+        EXPECT_EQ(zr_test::hex(octets, of_bits ? (count + 7) / 8 : count), row.contents);
     }
 }
 

@@ -45,6 +45,7 @@ long zr_intvalue(zr_asn_integer& object) {
 }
 
 void zr_free_strings(int count, char** strings) {
+    if (strings == nullptr) return;
     for (int i = 0; i < count; ++i)
         std::free(strings[i]);
     std::free(strings);

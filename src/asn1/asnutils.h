@@ -17,5 +17,5 @@ ZR_API int zr_get_strvalue(const zr_asn_octetstring& object, char*& text);
 // zr_intvalue gives the value, 0 when there is none that fits 32 bits.
 ZR_API long zr_intvalue(zr_asn_integer& object);
 
-// zr_free_strings frees `count` texts (none when it is negative) and then the array.
+// zr_free_strings frees `count` texts (none when it is negative) and then the array. A null array is none.
 ZR_API void zr_free_strings(int count, char** strings);

@@ -10,7 +10,7 @@ zr_asn_any::~zr_asn_any() = default;
 int zr_asn_any::decode_value(zr_r_buffer_t& input, unsigned int len) {
     if (syntax_ != nullptr) return zr_err_syntax_bound;
     invalidate_value(zr_invalidate_all);
-    raw_.clear();
+    raw_.rewrite(input);
     unsigned char* octets = nullptr;
     if (!input.take(len, octets)) return zr_err_data_ends_early;
     return raw_.append(octets, len);
@@ -79,8 +79,7 @@ int zr_asn_any::set_syntax(zr_asn_object* syntax) {
 
 int zr_asn_any::set_value(const unsigned char* octets, unsigned int len) {
     if (syntax_ != nullptr) return zr_err_syntax_bound;
-    raw_.clear();
-    raw_.append(octets, len);
+    raw_.assign(octets, len);
     return set_value_valid();
 }
 

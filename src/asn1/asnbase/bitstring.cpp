@@ -12,7 +12,9 @@ class bit_gatherer : public zr::segment_sink {
 public:
     explicit bit_gatherer(zr_buffer_t& octets) : octets_(octets) {}
 
-    uint8_t bits_field() const { return bits_field_; }
+    // What the complete segments of the whole have brought: octets, and the bits_field that the last of them leaves.
+    unsigned int complete_octets() const { return complete_octets_; }
+    uint8_t complete_bits_field() const { return complete_bits_field_; }
 
     int on_begin() override { return bits_field_ != 0 ? zr_err_bad_bitstring_segment : 0; }
 
@@ -35,6 +37,11 @@ public:
         return 0;
     }
 
+    void on_complete() override {
+        complete_octets_ = octets_.length();
+        complete_bits_field_ = bits_field_;
+    }
+
     // Primitive contents: the octet that counts the unused bits, then the bits.
     static int append(const unsigned char* contents, unsigned int len, zr_buffer_t& octets, uint8_t& unused) {
         if (len == 0 || contents[0] > 7 || (len == 1 && contents[0] != 0)) return zr_err_bad_bitstring;
@@ -47,7 +54,7 @@ public:
 private:
     static void clear_unused(zr_buffer_t& octets, uint8_t unused) {
         if (unused == 0) return;
-        unsigned char& last = octets.data()[octets.length() - 1];
+        unsigned char& last = octets.current()[octets.length() - 1];
         last = static_cast<unsigned char>(last & 0xFF << unused);
     }
 
@@ -60,6 +67,8 @@ private:
     zr_buffer_t& octets_;
     uint8_t bits_field_ = 0;
     bool any_ = false;
+    unsigned int complete_octets_ = 0;
+    uint8_t complete_bits_field_ = 0;
 };
 
 }  // namespace
@@ -74,9 +83,8 @@ zr_asn_bitstring::~zr_asn_bitstring() = default;
 int zr_asn_bitstring::set_value(const unsigned char* data, unsigned int nbits) {
     const unsigned int whole = nbits / 8;
     const unsigned int rest = nbits % 8;
-    octets_.clear();
-    octets_.append(data, whole);
-    if (rest != 0) octets_.append(static_cast<unsigned char>(data[whole] & 0xFF00 >> rest));
+    octets_.assign(data, whole + (rest != 0 ? 1 : 0));
+    if (rest != 0) octets_.current()[whole] &= static_cast<unsigned char>(0xFF00 >> rest);
     bits_field_ = static_cast<uint8_t>(rest);
     invalidate_encoding();
     return set_value_valid();
@@ -112,12 +120,14 @@ int zr_asn_bitstring::encode_value(zr_buffer_t& output) const {
 }
 
 int zr_asn_bitstring::decode_value(zr_r_buffer_t& input, unsigned int len) {
-    octets_.clear();
+    octets_.rewrite(input);
     bits_field_ = 0;
     if (is_constructed() != 0) {
         bit_gatherer gatherer(octets_);
-        if (int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 3, gatherer)) return status;
-        bits_field_ = gatherer.bits_field();
+        const int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 3, gatherer);
+        octets_.truncate(gatherer.complete_octets());
+        bits_field_ = gatherer.complete_bits_field();
+        if (status != 0) return status;
     } else {
         zr::cursor_guard guard(input);
         unsigned char* contents = nullptr;
@@ -133,7 +143,7 @@ int zr_asn_bitstring::read_bit(unsigned int n, int& value) const {
     return zr::read_value(
         *this,
         [&] {
-            value = n / 8 < octets_.length() ? octets_.data()[n / 8] >> (7 - n % 8) & 1 : 0;
+            value = n / 8 < octets_.length() ? octets_.current()[n / 8] >> (7 - n % 8) & 1 : 0;
             return zr_ok;
         },
         [&](const zr_asn_bitstring& standard) { return standard.read_bit(n, value); });
@@ -157,7 +167,7 @@ int zr_asn_namedbits::set_bit(unsigned int n, int value) {
             constexpr unsigned int step = 1024;
             static constexpr unsigned char zeros[step] = {};
             unsigned int missing = octet + 1 - octets_.length();
-            if (octets_.capacity() - octets_.length() < missing) octets_.extend(missing);
+            if (!octets_.fits(missing)) octets_.make_room(missing, missing);
             for (; missing > step; missing -= step)
                 octets_.append(zeros, step);
             octets_.append(zeros, missing);
@@ -165,9 +175,9 @@ int zr_asn_namedbits::set_bit(unsigned int n, int value) {
         } else if (bits_field_ > unused) {
             bits_field_ = unused;
         }
-        octets_.data()[octet] |= mask;
+        octets_.current()[octet] |= mask;
     } else if (octet < octets_.length()) {
-        octets_.data()[octet] &= static_cast<unsigned char>(~mask);
+        octets_.current()[octet] &= static_cast<unsigned char>(~mask);
     }
     invalidate_value(zr_invalidate_all);
     return set_value_valid();
@@ -183,14 +193,14 @@ int zr_asn_namedbits::asnwrite(zr_buffer_t& output) const {
     const unsigned int before = octets_.length();
     const uint8_t bits_before = bits_field_;
     unsigned int count = before;
-    while (count != 0 && octets_.data()[count - 1] == 0)
+    while (count != 0 && octets_.current()[count - 1] == 0)
         --count;
     if (count != before) {
         octets_.truncate(count);
         bits_field_ = 0;
     }
     if (count != 0) {
-        const unsigned int last = octets_.data()[count - 1];
+        const unsigned int last = octets_.current()[count - 1];
         for (uint8_t unused = 7; unused != 0; --unused) {
             if (unused == 2 || (last & ((1U << unused) - 1)) != 0) continue;
             bits_field_ = unused;

@@ -43,9 +43,14 @@ class octet_gatherer : public zr::segment_sink {
 public:
     explicit octet_gatherer(zr_buffer_t& contents) : contents_(contents) {}
     int on_segment(const unsigned char* octets, unsigned int len) override { return contents_.append(octets, len); }
+    void on_complete() override { complete_ = contents_.length(); }
+
+    // How many octets the complete segments have brought.
+    unsigned int complete() const { return complete_; }
 
 private:
     zr_buffer_t& contents_;
+    unsigned int complete_ = 0;
 };
 
 }  // namespace
@@ -80,6 +85,7 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
                 cursor.move_to(start + closed.end, closed.remaining_after);
             }
             in_indefinite = closed.in_indefinite != 0;
+            if (levels.empty()) sink.on_complete();
         }
         if (int status = sink.on_begin()) return status;
         ber_header header{};
@@ -109,6 +115,7 @@ int walk_segments(zr_r_buffer_t& input, bool indefinite, unsigned int len, unsig
             if (check_EOC(cursor) == 0) return zr_err_bad_contents;
             cursor.move_to(cursor.current() + 2, cursor.remaining() - 2);
         }
+        if (levels.empty()) sink.on_complete();
     }
 }
 
@@ -152,10 +159,12 @@ void zr_asn_octetstring::set_secure(security_t secure) {
 }
 
 int zr_asn_octetstring::decode_value(zr_r_buffer_t& input, unsigned int len) {
-    cache_.clear();
+    cache_.rewrite(input);
     if (is_constructed() != 0) {
         octet_gatherer gatherer(cache_);
-        if (int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 4, gatherer)) return status;
+        const int status = zr::walk_segments(input, is_indefinite_length() != 0, len, 4, gatherer);
+        cache_.truncate(gatherer.complete());
+        if (status != 0) return status;
     } else {
         unsigned char* octets = nullptr;
         if (!input.take(len, octets)) return zr_err_data_ends_early;

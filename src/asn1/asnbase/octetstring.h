@@ -43,6 +43,8 @@ public:
     virtual int on_segment(const unsigned char* octets, unsigned int len) = 0;
     // A constructed segment, or the whole string, has no more segments.
     virtual int on_close(bool /*outermost*/) { return 0; }
+    // A segment of the whole string is complete, with the end-of-contents octets that it may have.
+    virtual void on_complete() {}
 
 protected:
     ~segment_sink() = default;

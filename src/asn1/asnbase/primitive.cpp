@@ -15,22 +15,25 @@ int zr_asn_integer::set_value(long value) {
     if (value < INT32_MIN || (value > INT32_MAX && static_cast<unsigned long>(value) > UINT32_MAX))
         return zr_err_integer_too_long;
     const auto bits = static_cast<uint32_t>(value);
-    value_ = static_cast<int32_t>(bits);
-    exact_ = 1;
+    const int sign = static_cast<int32_t>(bits) < 0 ? -1 : 0;
     // The shortest two's complement: drop leading octets that only repeat the sign.
     int octets = 4;
-    while (octets > 1 && static_cast<int32_t>(bits << (8 * (4 - octets))) >> 23 == (value_ < 0 ? -1 : 0))
+    while (octets > 1 && static_cast<int32_t>(bits << (8 * (4 - octets))) >> 23 == sign)
         --octets;
+    // Without memory everything stays as it is.
+    if (cache_.capacity() == 0) cache_.extend(64);
     cache_.clear();
     while (octets-- != 0)
-        cache_.append(static_cast<unsigned char>(bits >> (8 * octets)));
+        cache_.append(bits >> (8 * octets));
+    value_ = static_cast<int32_t>(bits);
+    exact_ = 1;
     encoding_valid_ = 1;
     return set_value_valid();
 }
 
 int zr_asn_integer::set_value(const unsigned char* octets, unsigned int len) {
-    value_ = 0;
     cache_.assign(octets, len);
+    value_ = 0;
     update_int_val();
     encoding_valid_ = 1;
     return set_value_valid();
@@ -91,7 +94,7 @@ void zr_asn_integer::update_int_val() {
 }
 
 int zr_asn_integer::decode_value(zr_r_buffer_t& input, unsigned int len) {
-    cache_.clear();
+    cache_.rewrite(input);
     exact_ = 0;
     unsigned char* octets = nullptr;
     if (!input.take(len, octets)) return zr_err_data_ends_early;

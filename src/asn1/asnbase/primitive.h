@@ -35,6 +35,12 @@ public:
     int get_value(long& value) const;
     int get_value(unsigned char*& octets, unsigned int& len) const;
     int set_default_value(long value);
+    // A literal 0 is a number too, not a null pointer.
+    int set_default_value(int value) { return set_default_value(static_cast<long>(value)); }
+    int set_default_value(unsigned int value) { return set_default_value(static_cast<long>(value)); }
+    int set_default_value(unsigned long value) { return set_default_value(static_cast<long>(value)); }
+    int set_default_value(long long value) { return set_default_value(static_cast<long>(value)); }
+    int set_default_value(unsigned long long value) { return set_default_value(static_cast<long>(value)); }
     int set_default_value(const unsigned char* octets, unsigned int len);
 
     // update_int_val recomputes the cached value from the contents. More than four octets that begin with 00 are

@@ -41,9 +41,8 @@ int zr_asn_charstring::set_codeset(unsigned int codeset) {
 unsigned int zr_asn_charstring::get_codeset() const { return codeset_; }
 
 int zr_asn_charstring::set_value_uninterpreted(const char* data, unsigned int len) {
+    second_.assign(reinterpret_cast<const unsigned char*>(data), data != nullptr ? len : 0);
     invalidate_value(zr_invalidate_all);
-    second_.clear();
-    second_.append(reinterpret_cast<const unsigned char*>(data), data != nullptr ? len : 0);
     return set_value_valid();
 }
 
@@ -205,8 +204,7 @@ int zr_asn_charstring::convert_in_place(unsigned int target) {
         status = zr::convert_text(source.codeset, source.text, target, converted);
     }
     if (status != 0) return status;
-    second_.clear();
-    second_.append(converted);
+    second_.assign(converted.current(), converted.remaining());
     // A text made visible is named printable, one made UTF-8 is named universal: kept so.
     if (target == zr_visible) target = zr_printable;
     if (target == zr_utf8) target = zr_universal;
@@ -239,13 +237,14 @@ int zr_asn_charstring::get_value_UTF8(zr_buffer_t& out) const { return convert2U
 
 int zr_asn_charstring::get_value_C(zr_buffer_t& out, char replacement) const {
     if (int status = convert2IA5(out)) return status;
+    unsigned char* octets = out.current();
     for (unsigned int i = 0; i < out.length(); ++i) {
-        const int32_t mapped = IA52Local_table[out.data()[i]];
+        const int32_t mapped = IA52Local_table[octets[i]];
         if (mapped < 0 && replacement == 0) {
             out.truncate(0);
             return zr_err_conversion;
         }
-        out.data()[i] = static_cast<unsigned char>(mapped < 0 ? replacement : mapped);
+        octets[i] = static_cast<unsigned char>(mapped < 0 ? replacement : mapped);
     }
     return 0;
 }
