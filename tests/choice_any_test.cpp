@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <deque>
+#include <numeric>
+#include <random>
 
 #include "support/allocations.h"
 #include "support/ber.h"
@@ -147,6 +151,76 @@ TEST(choice, is_default_when_complete_encodings_are_equal) {
     EXPECT_EQ(written(object), "80 01 ff");
     EXPECT_EQ(read(object, "05 00"), 0);
     EXPECT_EQ(object.is_present(), 0);
+}
+
+TEST(choice, is_default_whatever_the_caches_hold) {
+    for (const int filled : {0, 1, 2, 3}) {
+        numbers object;
+        auto* standard = new numbers;
+        for (numbers* each : {&object, standard}) {
+            each->select(1);
+            each->flag.set_value(1);
+        }
+        object.set_default_value(standard);
+        if ((filled & 1) != 0) static_cast<void>(object.flag.get_encoding());
+        if ((filled & 2) != 0) static_cast<void>(standard->flag.get_encoding());
+        EXPECT_EQ(object.is_encoding_valid(), filled & 1);
+        EXPECT_EQ(object.is_default_value(), 1) << filled;
+        object.flag.set_value(0);
+        EXPECT_EQ(object.is_default_value(), 0) << filled;
+    }
+    numbers nothing;  // is not even the default that selects nothing either
+    nothing.set_default_value(new numbers);
+    nothing.set_value_valid();
+    EXPECT_EQ(nothing.is_default_value(), 0);
+    EXPECT_EQ(written(nothing), "275063208");
+}
+
+// How often a CHOICE is asked while n of them are read, whose first alternative becomes present and then fails, and
+// while n members that are present are set again in any order: at most a few times for each.
+TEST(choice, cost_is_linear) {
+    static long asked;
+    struct either : zr_asn_choice {
+        either() : zr_asn_choice(zr_normal) {
+            shorter.register_child(&some);
+            longer.register_child(&bits);
+            longer.register_child(&flag);
+            register_child(&shorter);
+            register_child(&longer);
+        }
+        int is_valid(int deep) const override { return ++asked, zr_asn_choice::is_valid(deep); }
+        int is_present() const override { return ++asked, zr_asn_choice::is_present(); }
+        zr_asn_sequence shorter{zr_normal}, longer{zr_normal};
+        zr_asn_namedbits some{zr_normal}, bits{zr_normal};
+        zr_asn_boolean flag{zr_normal};
+    };
+    constexpr size_t n = 3000;
+    for (const int optional : {0, 1}) {
+        for (const int empty_permitted : {0, 1}) {
+            std::deque<either> members(n);
+            zr_asn_sequence sequence(zr_normal);
+            sequence.set_empty_permitted(empty_permitted);
+            std::string octets = "30 82 69 78";
+            for (either& each : members) {
+                each.set_optional(optional);
+                sequence.register_child(&each);
+                octets += " 30 07 03 02 07 80 01 01 ff";
+            }
+            std::vector<size_t> order(n);
+            std::iota(order.begin(), order.end(), 0);
+            std::shuffle(order.begin(), order.end(), std::mt19937(1));
+            asked = 0;
+            EXPECT_EQ(read(sequence, octets), 0);
+            EXPECT_LE(asked, 20 * static_cast<long>(n));
+            asked = 0;
+            for (const size_t at : order)
+                members[at].bits.set_bit(1, 1);
+            for (size_t at = n; at-- != 0;)
+                members[at].bits.set_bit(2, 1);
+            EXPECT_LE(asked, 20 * static_cast<long>(n));
+            EXPECT_EQ(sequence.is_present(), 1);
+        }
+    }
 }
 
 TEST(choice, forbidden_operations) {

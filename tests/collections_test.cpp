@@ -86,6 +86,8 @@ TEST(sequenceof, a_present_list_brings_its_parent_back) {
 TEST(sequenceof, sized_form_leaves_flags_off) {
     integers list(4, zr_normal);
     EXPECT_EQ(list.get_child_capacity(), 4U);
+    EXPECT_EQ(list.is_present(), 1);
+    EXPECT_EQ(written(list), "10 00");
     fill(list, {1});
     EXPECT_EQ(written(list), "10 03 02 01 01");
     EXPECT_EQ(read(list, "30 80 00 00"), zr_err_indefinite_length);

@@ -74,6 +74,17 @@ TEST(object, identifiers) {
     }
 }
 
+TEST(object, a_class_outside_0_to_3_is_universal) {
+    probe object;
+    for (int cls = -300; cls <= 300; ++cls) {
+        object.set_class(cls);
+        EXPECT_EQ(object.get_class(), cls);
+        zr_buffer_t output(zr_normal);
+        object.write_type(output);
+        EXPECT_EQ(output.data()[0], 4 | (cls >= 0 && cls <= 3 ? cls << 6 : 0)) << cls;
+    }
+}
+
 TEST(object, lengths) {
     // clang-format off
     static const struct { unsigned int length; const char* octets; } table[] = {

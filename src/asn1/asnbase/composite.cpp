@@ -56,17 +56,24 @@ void zr_asn_composite::grow(uint64_t increment) {
     capacity_ = static_cast<uint32_t>(capacity);
 }
 
-void zr_asn_composite::adopt(zr_asn_object* child) {
+// Mode 1 is not taken away by another one that is handed down.
+inline void zr_asn_composite::hand_mode_to(zr_asn_object& child) const {
+    if (secure_ == zr_secure || child.secure_ != zr_secure) child.set_secure(secure_);
+}
+
+void zr_asn_composite::adopt(zr_asn_object* child, uint32_t slot) {
     child->set_parent(this);
-    if (secure_ != zr_normal) child->set_secure(secure_);
+    child->slot_ = slot;
+    child->changed_ = false;
+    if (secure_ != zr_normal) hand_mode_to(*child);
     invalidate_encoding();
 }
 
 int zr_asn_composite::register_child(zr_asn_object* child) {
     if (child == nullptr) return zr_err_bad_argument;
     if (count_ >= capacity_) grow(table_increment(count_));
-    children_[count_++] = child;
-    adopt(child);
+    children_[count_] = child;
+    adopt(child, count_++);
     check_valid(0);
     return 0;
 }
@@ -82,8 +89,8 @@ int zr_asn_composite::register_child_before(zr_asn_object* child) {
     }
     children_[0] = child;
     ++count_;
-    member_lost_ = true;
-    adopt(child);
+    forget_checks();
+    adopt(child, 0);
     return 0;
 }
 
@@ -93,58 +100,102 @@ void zr_asn_composite::remove_child(unsigned int index) {
     --count_;
     std::memmove(children_ + index, children_ + index + 1, (count_ - index) * sizeof *children_);
     children_[count_] = nullptr;
-    member_lost_ = true;
+    forget_checks();
 }
 
 void zr_asn_composite::forget_children() {
     for (uint32_t i = 0; i < count_; ++i)
         children_[i] = nullptr;
     count_ = 0;
-    member_lost_ = true;
+    forget_checks();
 }
 
-// Answers whether every child is valid; `any` then tells whether one of them is present or has a default.
-bool zr_asn_composite::walk_children(int deep, bool& any) {
-    const auto counts = [](const zr_asn_object& child) {
-        return child.is_present() != 0 || child.is_defaultable() != 0;
-    };
-    if (deep != 0) {
-        any = false;
-        for (uint32_t i = 0; i < count_; ++i) {
-            if (children_[i] == nullptr) continue;
-            if (children_[i]->is_valid(deep) == 0) return false;
-            any = any || counts(*children_[i]);
+namespace {
+
+bool counts(const zr_asn_object& child) { return child.is_present() != 0 || child.is_defaultable() != 0; }
+
+}  // namespace
+
+// Of a composite: remembers that a member among those checked changes.
+void zr_asn_object::keep_change_of(zr_asn_object& member) {
+    auto& composite = static_cast<zr_asn_composite&>(*this);
+    if (composite.children_[member.slot_] != &member) {
+        composite.forget_checks();
+    } else if (!member.changed_) {
+        member.changed_ = true;
+        member.next_changed_ = composite.first_changed_;
+        composite.first_changed_ = member.slot_;
+    }
+}
+
+void zr_asn_composite::forget_checks() {
+    losses_before_ = gains_before_ = 0;
+    counting_ = 0;
+    first_changed_ = no_slot;
+}
+
+void zr_asn_composite::count(zr_asn_object& child, uint32_t slot) {
+    // One that was registered twice counts once, and what is another composite's by now is not marked.
+    const bool own = child.parent_ == this;
+    const bool now = (!own || child.slot_ == slot) && counts(child);
+    if (own) child.counted_ = now;
+    counting_ += now ? 1 : 0;
+}
+
+// Whether every child is valid. Each change of a child costs one question, so that setting or reading n members costs n
+// steps in any order.
+bool zr_asn_composite::children_valid() {
+    while (first_changed_ < losses_before_) {
+        const uint32_t slot = first_changed_;
+        zr_asn_object* child = children_[slot];
+        if (child == nullptr || !child->changed_) {
+            forget_checks();  // one of them has been registered with another composite
+            break;
         }
-        return true;
+        first_changed_ = child->next_changed_;
+        child->changed_ = false;
+        if (child->is_valid(0) == 0) {
+            keep_change_of(*child);
+            return false;
+        }
+        if (empty_permitted_ != 0) continue;
+        counting_ -= child->counted_ ? 1 : 0;
+        count(*child, slot);
     }
-    // What the last walk found still holds unless a child has lost something since; so that setting or reading n
-    // members one after another costs n steps, go on where it stopped.
-    if (member_lost_) {
-        checked_ = 0;
-        any_present_ = false;
-    }
-    member_lost_ = false;
-    for (; checked_ < count_; ++checked_) {
-        const zr_asn_object* child = children_[checked_];
+    for (uint32_t& next = losses_before_; next < count_; ++next) {
+        zr_asn_object* child = children_[next];
         if (child == nullptr) continue;
+        // Children before it may have come or gone.
+        if (child->slot_ != next && child->parent_ == this && get_child(child->slot_) != child) child->slot_ = next;
         if (child->is_valid(0) == 0) return false;
-        any_present_ = any_present_ || counts(*child);
+        child->changed_ = false;
+        if (empty_permitted_ != 0) continue;
+        count(*child, next);
+        gains_before_ = next + 1;
     }
-    if (!any_present_ && member_gained_ && get_empty_permitted() == 0) {
-        for (uint32_t i = 0; i < count_ && !any_present_; ++i)
-            any_present_ = children_[i] != nullptr && counts(*children_[i]);
-    }
-    member_gained_ = false;
-    any = any_present_;
     return true;
 }
 
+bool zr_asn_composite::children_valid_now(int deep) const {
+    for (uint32_t i = 0; i < count_; ++i)
+        if (children_[i] != nullptr && children_[i]->is_valid(deep) == 0) return false;
+    return true;
+}
+
+// Whether a child is present or has a default; all are valid.
+bool zr_asn_composite::any_counts(int deep) const {
+    if (deep == 0 && empty_permitted_ == 0) return counting_ != 0;
+    for (uint32_t i = 0; i < count_; ++i)
+        if (children_[i] != nullptr && counts(*children_[i])) return true;
+    return false;
+}
+
 int zr_asn_composite::check_valid(int deep) {
-    if (clearing_) return 0;  // invalidate_value re-evaluates once, when all children are cleared
+    if (clearing_ != clearing::no) return 0;  // invalidate_value re-evaluates once, when all children are cleared
     if (count_ == 0 && get_empty_permitted() == 0) return invalidate_value(zr_invalidate_own);
-    bool any = false;
-    if (!walk_children(deep, any)) return is_present() != 0 ? invalidate_value(zr_invalidate_own) : 0;
-    if (!any && get_empty_permitted() == 0) return invalidate_value(zr_invalidate_own);
+    const bool valid = deep == 0 ? children_valid() : children_valid_now(deep);
+    if (!valid) return is_present() != 0 ? invalidate_value(zr_invalidate_own) : 0;
+    if (get_empty_permitted() == 0 && !any_counts(deep)) return invalidate_value(zr_invalidate_own);
     // Nothing changes any more: this keeps the propagation finite.
     if (is_present() != 0 && present_ != 0 && enclosing_present()) return 0;
     return set_value_valid();
@@ -152,15 +203,14 @@ int zr_asn_composite::check_valid(int deep) {
 
 int zr_asn_composite::invalidate_value(invalidate_t extent) {
     if (extent != zr_invalidate_own) {
-        const bool lost_before = member_lost_;
-        member_lost_ = false;
-        clearing_ = true;
+        forget_checks();
+        clearing_ = clearing::yes;
         for (uint32_t i = 0; i < count_; ++i) {
             if (children_[i] != nullptr) children_[i]->invalidate_value(zr_invalidate_quiet);
         }
-        clearing_ = false;
-        if (member_lost_) note_loss();
-        member_lost_ = member_lost_ || lost_before;
+        const bool changed = clearing_ == clearing::changed;
+        clearing_ = clearing::no;
+        if (changed) note_loss();
     }
     return zr_asn_object::invalidate_value(zr_invalidate_own);
 }
@@ -211,13 +261,13 @@ void zr_asn_composite::set_secure(security_t secure) {
     zr_asn_object::set_secure(secure);
     if (secure == zr_normal) return;
     for (uint32_t i = 0; i < count_; ++i) {
-        if (children_[i] != nullptr) children_[i]->set_secure(secure);
+        if (children_[i] != nullptr) hand_mode_to(*children_[i]);
     }
 }
 
 int zr_asn_composite::set_empty_permitted(int permitted) {
     empty_permitted_ = permitted;
-    member_lost_ = true;
+    forget_checks();
     check_valid(0);
     return 0;
 }

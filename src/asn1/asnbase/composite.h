@@ -9,7 +9,8 @@
 // parent when that is gone: before it is used again (it may be destroyed) it needs set_parent(nullptr), or a step that
 // gives it another parent, as registering it elsewhere does.
 //
-// A child class that overrides is_valid or is_present must report every loss through invalidate_value.
+// A child class that overrides is_valid or is_present must report every loss through invalidate_value. A child that
+// outlives its composite must not be used before set_parent(nullptr), or before it is registered with another.
 class ZR_API zr_asn_composite : public zr_asn_object {
 public:
     // Constructed form, definite and indefinite lengths, an empty composite permitted.
@@ -27,7 +28,8 @@ public:
     int normalize() override;
     int is_valid(int deep) const override;
     ~zr_asn_composite() override;
-    // A mode other than normal is handed down to the children, here and when they are registered.
+    // A mode other than normal is handed down to the children, here and when they are registered; one that is secure
+    // stays so.
     void set_secure(security_t secure) override;
     int set_empty_permitted(int permitted) override;
     int check_encode_flags(int valid) const override;
@@ -56,18 +58,27 @@ protected:
     void forget_children();
 
 private:
+    friend class zr_asn_object;
+
     void grow(uint64_t increment);
-    void adopt(zr_asn_object* child);
-    bool walk_children(int deep, bool& any);
+    void adopt(zr_asn_object* child, uint32_t slot);
+    void hand_mode_to(zr_asn_object& child) const;
+    bool children_valid();
+    bool children_valid_now(int deep) const;
+    bool any_counts(int deep) const;
+    void count(zr_asn_object& child, uint32_t slot);
+    void forget_checks();
 
     int empty_permitted_ = 1;
     uint32_t count_ = 0;
     uint32_t capacity_ = 0;
     zr_asn_object** children_ = nullptr;
 
-    // What the last walk over the children found: the first `checked_` are valid, and one of these counts as present.
-    uint32_t checked_ = 0;
-    bool any_present_ = false;
+    // What is known of the children before the place losses_before_: they are valid, but for those that have changed
+    // since, which form a list that begins at `first_changed_`. Where empty is not permitted `counting_` of them count
+    // as present, and gains of theirs are heard of too.
+    uint32_t first_changed_ = no_slot;
+    uint32_t counting_ = 0;
 };
 
 // zr_asn_sequence is ASN.1 SEQUENCE (X.690 8.9): its children's encodings in table order. On input every child is read

@@ -27,10 +27,7 @@ int read_length(zr_r_buffer_t& input, bool& definite, unsigned int& length) {
 
 }  // namespace zr
 
-zr_asn_object::zr_asn_object(security_t secure) : cache_(secure) {
-    set_type_name("OBJECT");
-    zr_asn_object::invalidate_value(zr_invalidate_all);
-}
+zr_asn_object::zr_asn_object(security_t secure) : cache_(secure) { zr_asn_object::invalidate_value(zr_invalidate_all); }
 
 zr_asn_object::zr_asn_object(const zr_asn_object& other) : cache_(other.secure_) {
     zr::throw_unsupported("Can't copy asn_objects");
@@ -42,18 +39,8 @@ zr_asn_object::~zr_asn_object() {
     delete default_;
     default_ = nullptr;
     set_type_name("Deleted");
-}
-
-void zr_asn_object::set_identity(security_t secure, unsigned int tag, const char* type_name) {
-    secure_ = secure;
-    class_ = 0;
-    tag_ = tag;
-    set_type_name(type_name);
-}
-
-void zr_asn_object::set_type_name(const char* type_name) {
-    std::memset(type_name_, 0, sizeof type_name_);
-    std::memcpy(type_name_, type_name, strnlen(type_name, sizeof type_name_ - 1));
+    // Nobody may read a destroyed object, so the compiler would leave that out: make it believe that somebody does.
+    __asm__ volatile("" : : "r"(type_name_) : "memory");
 }
 
 void zr_asn_object::permit_forms(int primitive, int constructed, int indefinite) {
@@ -66,20 +53,28 @@ int zr_asn_object::check_valid(int) { return 0; }
 
 void zr_asn_object::invalidate_encoding() const {
     encoding_valid_ = 0;
-    if (parent_ != nullptr && !parent_->clearing_) parent_->invalidate_encoding();
+    if (parent_ != nullptr && parent_->clearing_ == clearing::no) parent_->invalidate_encoding();
 }
 
 // Containers may answer for what they contain, so a change may concern every one that encloses this object.
-void zr_asn_object::note_loss() const {
+void zr_asn_object::note_loss() {
+    zr_asn_object* member = this;
     for (zr_asn_object* container = parent_; container != nullptr; container = container->parent_) {
-        container->member_lost_ = true;
-        if (container->clearing_) break;
+        if (member->slot_ < container->losses_before_) container->keep_change_of(*member);
+        if (container->clearing_ != clearing::no) {
+            container->clearing_ = clearing::changed;
+            break;
+        }
+        member = container;
     }
 }
 
-void zr_asn_object::note_gain() const {
-    for (zr_asn_object* container = parent_; container != nullptr; container = container->parent_)
-        container->member_gained_ = true;
+void zr_asn_object::note_gain() {
+    zr_asn_object* member = this;
+    for (zr_asn_object* container = parent_; container != nullptr; container = container->parent_) {
+        if (member->slot_ < container->gains_before_) container->keep_change_of(*member);
+        member = container;
+    }
 }
 
 int zr_asn_object::invalidate_value(invalidate_t extent) {

@@ -1,6 +1,8 @@
 // The root of every ASN.1 value: identifier, presence, defaults, cached contents, BER reading and writing.
 #pragma once
 
+#include <cstring>
+
 #include "asn1/asnbase/buffer.h"
 #include "asn1/asnbase/status.h"
 
@@ -160,9 +162,20 @@ public:
     void set_postread(zr_asn_postread_hook hook) { postread_ = hook; }
 
 protected:
-    // What every concrete constructor states: mode, universal class, tag, type name (cut to 16 characters).
-    void set_identity(security_t secure, unsigned int tag, const char* type_name);
-    void set_type_name(const char* type_name);
+    // What every concrete constructor states: mode, universal class, tag, type name (cut to 16 characters). Inline, so
+    // that a literal name costs a few stores.
+    void set_identity(security_t secure, unsigned int tag, const char* type_name) {
+        secure_ = secure;
+        class_ = 0;
+        tag_ = tag;
+        set_type_name(type_name);
+    }
+    void set_type_name(const char* type_name) {
+        constexpr size_t most = sizeof type_name_ - 1;
+        const size_t length = std::strlen(type_name);
+        std::memset(type_name_, 0, sizeof type_name_);
+        std::memcpy(type_name_, type_name, length < most ? length : most);
+    }
     void permit_forms(int primitive, int constructed, int indefinite);
 
     // Whether nothing encloses this object, or what does is present by its own flag.
@@ -186,20 +199,31 @@ protected:
     int indefinite_permitted_ = 0;
     zr_asn_preread_hook preread_ = nullptr;
     zr_asn_postread_hook postread_ = nullptr;
-    char type_name_[17] = {};
+    char type_name_[17] = "OBJECT";
 
-    // What happened to members, and theirs, since this container last looked: one may have become invalid, one has
-    // become present. They let it keep what it knows of the others (zr_asn_composite::check_valid).
-    bool member_lost_ = false;
-    bool member_gained_ = false;
-    // This container is clearing its members. They do not pass on what happens to them: the container tells those
-    // around it once, so that clearing a tree costs one step for each of its objects.
-    bool clearing_ = false;
-
-    // Tell every container around this object of a loss or a gain.
-    void note_loss() const;
-    void note_gain() const;
+    // Tell every container around this object of its change: it may have become invalid, or it has become present. They
+    // keep what they know of their other members until they look again (zr_asn_composite::check_valid).
+    void note_loss();
+    void note_gain();
 
 private:
+    friend class zr_asn_composite;
+
+    static constexpr uint32_t no_slot = ~uint32_t{0};
+
+    // For the container that this object is a member of: the member's place in its table, whether it has changed since
+    // the container looked, the place of the next one that has, and whether it then counted as present.
+    uint32_t slot_ = no_slot;
+    uint32_t next_changed_ = no_slot;
+    bool changed_ = false;
+    bool counted_ = false;
+    // While a container clears its members they do not pass on what happens to them: it tells those around it once, so
+    // that clearing a tree costs one step for each of its objects.
+    enum class clearing : uint8_t { no, yes, changed } clearing_ = clearing::no;
+    // What a composite wants to hear of: losses of the members before the one place, gains of those before the other.
+    uint32_t losses_before_ = 0;
+    uint32_t gains_before_ = 0;
+
+    void keep_change_of(zr_asn_object& member);
     int read_element(zr_r_buffer_t& input, zr::cursor_guard& guard);
 };
