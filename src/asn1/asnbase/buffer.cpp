@@ -131,7 +131,7 @@ void zr_buffer_t::extend(unsigned int n) {
     if (wanted > UINT32_MAX) zr::throw_out_of_memory(out_of_memory);
     const auto capacity = static_cast<uint32_t>(wanted);
     const bool inside = in_block();
-    const size_t read = inside ? static_cast<size_t>(current_ - data_) : 0;
+    const uintptr_t read = offset();
     const bool origin_inside = inside || owns(origin_);
     unsigned char* block = nullptr;
     if (security_ == zr_secure) {
@@ -157,7 +157,7 @@ void zr_buffer_t::extend(unsigned int n) {
 // read than are held, moving them would cost more than appending has paid for.
 bool zr_buffer_t::must_grow(unsigned int count) const {
     if (!in_block()) return false;
-    return static_cast<size_t>(current_ - data_) < remaining_ || uint64_t{remaining_} + count > capacity_;
+    return offset() < remaining_ || uint64_t{remaining_} + count > capacity_;
 }
 
 void zr_buffer_t::make_room(unsigned int count, unsigned int step) {

@@ -131,7 +131,7 @@ public:
     // append adds octets behind those held; each form returns 0. The octets may lie in this buffer, also among those
     // already read. A null text counts as empty; the terminating zero of a text is not appended.
     int append(unsigned char octet) {
-        if (!fits(1)) make_room(1, 64);
+        if (full()) make_room(1, 64);
         current_[remaining_++] = octet;
         return 0;
     }
@@ -171,7 +171,7 @@ public:
     }
 
     // fits tells whether `count` more octets have room behind those held, without a move.
-    bool fits(unsigned int count) const { return end_in_block() + count <= capacity_; }
+    bool fits(unsigned int count) const { return in_block() && count <= capacity_ - offset() - remaining_; }
     // make_room makes so many fit that do not; where the block must grow for it, extend(step) does it, which is to be
     // enough.
     void make_room(unsigned int count, unsigned int step);
@@ -184,15 +184,10 @@ public:
     void set_security(security_t security) { security_ = security; }
 
 private:
-    // Where in the block the octets held end; beyond any capacity when they are not in it.
-    uint64_t end_in_block() const {
-        const uintptr_t read = reinterpret_cast<uintptr_t>(current_) - reinterpret_cast<uintptr_t>(data_);
-        const uint64_t end = uint64_t{read} + remaining_;
-        return read <= capacity_ && end <= capacity_ ? end : not_in_block;
-    }
-    static constexpr uint64_t not_in_block = uint64_t{1} << 62;
-
-    bool in_block() const { return end_in_block() != not_in_block; }
+    // How far into the block the cursor stands; beyond the capacity when it stands on octets of others.
+    uintptr_t offset() const { return reinterpret_cast<uintptr_t>(current_) - reinterpret_cast<uintptr_t>(data_); }
+    bool full() const { return offset() > capacity_ || remaining_ >= capacity_ - offset(); }  // not fits(1)
+    bool in_block() const { return offset() <= capacity_ && remaining_ <= capacity_ - offset(); }
     bool owns(const unsigned char* octet) const;
     bool must_grow(unsigned int count) const;
     void release();
