@@ -443,6 +443,10 @@ TEST(buffer, cursors) {
     buffer.reset();
     EXPECT_EQ(buffer.current(), buffer.data());
     EXPECT_EQ(buffer.remaining(), buffer.capacity());
+    EXPECT_TRUE(buffer.take(buffer.remaining(), octets));
+    const unsigned int distance = buffer.capacity();
+    buffer.extend(1);  // all of a full one was read: the cursor keeps its distance
+    EXPECT_EQ(buffer.current() - buffer.data(), distance);
     buffer.clear();
     buffer.append(0);  // a literal is an octet, whatever its type
     buffer.append('a');
