@@ -5,9 +5,7 @@
 
 // zr_asn_composite keeps an ordered table of children and derives its own presence from theirs: it becomes present as
 // soon as every mandatory child holds a value, and absent as soon as one loses it. Children are registered once; the
-// composite never owns them, and they must outlive it or be members of the same object. A child still points at its
-// parent when that is gone: before it is used again (it may be destroyed) it needs set_parent(nullptr), or a step that
-// gives it another parent, as registering it elsewhere does.
+// composite never owns them, and they must outlive it or be members of the same object.
 //
 // A child class that overrides is_valid or is_present must report every loss through invalidate_value. A child that
 // outlives its composite must not be used before set_parent(nullptr), or before it is registered with another.
