@@ -1,5 +1,5 @@
 #include "base_idls/RemoteLog_asn.h"
 
-ZR_DEFINE_RECORD(remote_log_request);
+#include "asn1/codec/define_record.h"
 
 ZR_DEFINE_MODULE(RemoteLog_asn, remote_log_request);

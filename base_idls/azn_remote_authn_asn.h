@@ -29,8 +29,8 @@ struct azn_util_password_in_s_t {
     char* str_b;
 };
 ZR_RECORD(azn_remote_authn_asn, azn_util_password_in_s_t, asn_azn_util_password_in_t,
-          zr::text(ZR_M(str_a)),
-          zr::text(ZR_M(str_b)));
+          zr::secret(zr::text(ZR_M(str_a))),
+          zr::secret(zr::text(ZR_M(str_b))));
 
 // azn_util_password_out_s_t is the reply to azn_util_password_in_s_t.
 struct azn_util_password_out_s_t {

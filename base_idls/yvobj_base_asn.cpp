@@ -1,5 +1,5 @@
 #include "base_idls/yvobj_base_asn.h"
 
-ZR_DEFINE_RECORD(yvobj_t);
+#include "asn1/codec/define_record.h"
 
 ZR_DEFINE_MODULE(yvobj_base_asn, yvobj_t);

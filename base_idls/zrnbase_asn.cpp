@@ -1,5 +1,5 @@
 #include "base_idls/zrnbase_asn.h"
 
-ZR_DEFINE_RECORD(uuid_t);
+#include "asn1/codec/define_record.h"
 
 ZR_DEFINE_MODULE(zrnbase_asn, uuid_t);

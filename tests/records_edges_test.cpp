@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "asn1/record/members.h"
+#include "asn1/record/operations.h"
 #include "base_idls/aclidl_asn.h"
 #include "base_idls/ejauditidl_asn.h"
 #include "base_idls/namevalue_asn.h"
@@ -20,7 +22,7 @@ namespace zr_test {
 namespace {
 
 using zr::field;
-using zr::field_kind;
+using zr::holding;
 using zr::place;
 
 // Encoding refuses it, releasing passes over it.
@@ -28,7 +30,7 @@ TEST(records, a_null_element_in_an_array_of_pointers) {
     size_t found = 0;
     for (const zr::record_type* type : all_records()) {
         for (const field& field : *type) {
-            if (field.kind != field_kind::list_of_pointers) continue;
+            if (field.held != holding::pointer_list) continue;
             ++found;
             for (const route& way : routes) {
                 SCOPED_TRACE(type->name + std::string(", ") + way.name);
@@ -36,10 +38,10 @@ TEST(records, a_null_element_in_an_array_of_pointers) {
                 allocations watched;
                 structure original(*type);
                 auto** elements = static_cast<void**>(zeroed(4 * sizeof(void*)));
-                elements[0] = zeroed(field.nested->size);
-                elements[2] = zeroed(field.nested->size);
+                elements[0] = zeroed(field.record->size);
+                elements[2] = zeroed(field.record->size);
                 place<void**>(original.get(), field.offset) = elements;
-                place<uint32_t>(original.get(), field.count_offset) = 4;
+                zr::store_count(field, original.get(), 4);
                 caught_stderr printed;
                 zr_asn_buffer_t out{7, nullptr};
                 EXPECT_EQ(way.encode(*type, out, original.get()), zr_err_out_of_memory);
@@ -210,10 +212,10 @@ TEST(records, positions_beyond_the_slots) {
     for (const auto& array : arrays) {
         const zr::record_type& type = *zr::find_record(array.name);
         const field* slots = type.fields;
-        while (slots->kind != field_kind::slots)
+        while (slots->held != holding::slots)
             ++slots;
         ASSERT_EQ(slots->size, 32u);
-        structure slot(*slots->nested);
+        structure slot(*slots->record);
         const octets filled = encode(entry_points, slot).ber;
         const auto repeated = [](size_t count, const octets& part) {
             octets all;
@@ -250,8 +252,8 @@ TEST(records, positions_beyond_the_slots) {
                 structure copy(type);
                 ASSERT_EQ(decode(way, ber, copy), row.status);
                 for (int i = 0; i < 32; ++i) {
-                    const size_t at = slots->offset + static_cast<size_t>(i) * sizeof(void*);
-                    EXPECT_EQ(place<void*>(copy.get(), at) != nullptr, row.first <= i && i <= row.last) << i;
+                    const void* slot = zr::value_at(*slots, copy.get(), static_cast<uint32_t>(i));
+                    EXPECT_EQ(slot != nullptr, row.first <= i && i <= row.last) << i;
                 }
                 EXPECT_EQ(leftover_of_free(copy), "");
                 EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
@@ -342,8 +344,11 @@ void* run_deep(void*) {
     make_chain(original, levels);
     zr_asn_buffer_t out{};
     if (zrAsnEncodeObj(out, original) != 0) return answer("encoding failed");
-    zrAsnFreeObj(original);
     S copy{};
+    bool equal = false;
+    if (zr::copy(original, copy) != 0 || zr::equal(original, copy, equal) != 0 || !equal) return answer("no copy");
+    zrAsnFreeObj(copy);
+    zrAsnFreeObj(original);
     // The innermost record as it is, with a string in the constructed form, and ending too early.
     unsigned char* const innermost = out.data + out.length - 6;
     for (const bool odd : {false, true}) {

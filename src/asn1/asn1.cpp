@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace {
 

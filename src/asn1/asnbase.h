@@ -10,4 +10,4 @@
 #include "asn1/asnbase/object.h"
 #include "asn1/asnbase/octetstring.h"
 #include "asn1/asnbase/primitive.h"
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"

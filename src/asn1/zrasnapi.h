@@ -18,7 +18,7 @@ using zrasn_integer_value = int32_t;
 
 // The type-code interface. `value` points at the C value that `type` names; of `version`, the one in the envelope, the
 // low eight bits count. All return -1 for an unknown type code and do nothing then; else 0 or a status of
-// asn1/asnbase/status.h. No exception leaves them: a zr_asn_exception is reported to standard error and its code
+// asn1/status.h. No exception leaves them: a zr_asn_exception is reported to standard error and its code
 // returned, any other becomes 275062885 without a word. Texts are not converted.
 
 // zrasn_encode_obj gives the encoding in a new block, which the caller releases with zr_asn_buffer_free. What `out`

@@ -6,18 +6,7 @@
 #include <new>
 
 #include "asn1/asnutils.h"
-
-namespace {
-
-constexpr unsigned char header_length = 4;
-constexpr unsigned char magic_1 = 0xAC;
-constexpr unsigned char magic_2 = 0xDC;
-
-bool has_header(const zr_asn_buffer_t& in) {
-    return in.data != nullptr && in.length > header_length && in.data[2] == magic_1 && in.data[3] == magic_2;
-}
-
-}  // namespace
+#include "asn1/envelope.h"
 
 zr_asnbase::zr_asnbase(security_t secure) : zr_asn_sequence(secure) {}
 zr_asnbase::~zr_asnbase() = default;
@@ -32,7 +21,8 @@ int zr_asnbase::set_default_value() {
 
 int zr_asnbase::saveEncoding(zr_asn_object& object, int version, zr_asn_buffer_t& out) {
     zr_buffer_t buffer(zr_normal);
-    const unsigned char header[] = {header_length, static_cast<unsigned char>(version), magic_1, magic_2};
+    unsigned char header[zr::envelope_header_octets];
+    zr::put_envelope_header(header, version);
     buffer.append(header, sizeof header);
     if (int status = object.asnwrite(buffer)) return status;
     buffer.detach(out.data, out.length);
@@ -40,15 +30,15 @@ int zr_asnbase::saveEncoding(zr_asn_object& object, int version, zr_asn_buffer_t
 }
 
 int zr_asnbase::loadObject(zr_asn_object& object, int version, zr_asn_buffer_t& in) {
-    if (!has_header(in) || in.data[1] != static_cast<unsigned char>(version)) return zr_err_bad_envelope;
-    const unsigned int skip = in.data[0];
-    if (skip == 0 || skip > in.length) return zr_err_bad_envelope;
-    zr_r_buffer_t cursor(in.data + skip, in.length - skip);
+    const unsigned char* contents = nullptr;
+    if (int status = zr::open_envelope(in, version, contents)) return status;
+    const auto skipped = static_cast<unsigned int>(contents - in.data);
+    zr_r_buffer_t cursor(in.data + skipped, in.length - skipped);
     return object.asnread(cursor);
 }
 
 int zr_asnbase::get_encoded_version(const zr_asn_buffer_t& in, unsigned int& flag) {
-    flag = has_header(in) && in.data[1] != 0 ? 0 : 1;
+    flag = zr::has_envelope_header(in) && in.data[1] != 0 ? 0 : 1;
     return flag == 0 ? 0 : zr_err_bad_envelope;
 }
 

@@ -10,7 +10,7 @@
 
 #include <cstddef>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace zr {
 

@@ -15,11 +15,8 @@ namespace zr_test {
 // All records of the registry, in its order.
 std::vector<const zr::record_type*> all_records();
 
-// Every pointer inside a structure is a block from malloc here too, so that zrAsnFreeObj can release what tests have
-// filled, and release what a decode has filled. release leaves pointers null and counts 0.
-void release(const zr::record_type& type, void* contents);
-
-// structure owns one zeroed structure of a record and releases its contents with it.
+// structure owns one zeroed structure of a record and releases its contents with it. Every pointer inside it is a block
+// from malloc, in what tests fill as in what a decode does.
 class structure {
 public:
     explicit structure(const zr::record_type& type);
@@ -50,8 +47,7 @@ struct limits {
 // empty texts, null arrays whatever the count says, null slots before filled ones.
 void fill(const zr::record_type& type, void* contents, std::mt19937& random, const limits& limits = {});
 
-// difference names the first place where two structures differ, such as "attrs[1].name"; empty when they are equal.
-// Null and empty texts are equal, and so are null arrays, null data and whatever counts 0.
+// difference says in which order two structures come, or what the comparison answers; empty when they are equal.
 std::string difference(const zr::record_type& type, const void* left, const void* right);
 
 // leftover names the first pointer that is not null or count that is not 0; empty when a structure holds nothing.

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "asn1/record/integers.h"
+#include "asn1/record/members.h"
 #include "support/hex.h"
 #include "support/records.h"
 
@@ -12,8 +12,9 @@ namespace zr_test {
 
 using nlohmann::json;
 using zr::field;
-using zr::field_kind;
+using zr::holding;
 using zr::place;
+using zr::value_kind;
 
 namespace {
 
@@ -30,64 +31,49 @@ void store_number(void* member, zr::integer_type type, const json& value) {
     require(number == (unsigned_32 ? int64_t{static_cast<uint32_t>(stored)} : stored), "a number out of range");
 }
 
-void* made(const zr::record_type& type, const json& value) {
-    void* contents = zeroed(type.size);
-    fill_from_json(type, contents, value);
-    return contents;
-}
-
-void fill_list(const field& field, void* contents, const json& value) {
-    require(value.is_array(), field.name + std::string(" is not an array"));
-    zr::store_integer(&place<char>(contents, field.count_offset), field.count, static_cast<int32_t>(value.size()));
-    if (value.empty()) return;
-    auto* element = static_cast<char*>(zeroed(value.size() * field.element_octets()));
-    place<char*>(contents, field.offset) = element;
-    for (const json& item : value) {
-        if (field.kind == field_kind::list_of_texts) place<char*>(element, 0) = copy_text(item.get<std::string>());
-        if (field.kind == field_kind::list_of_integers) store_number(element, field.integer, item);
-        if (field.kind == field_kind::list_of_records) fill_from_json(*field.nested, element, item);
-        if (field.kind == field_kind::list_of_pointers) place<void*>(element, 0) = made(*field.nested, item);
-        element += field.element_octets();
+// Fills the value in a place.
+void fill_value(const field& field, void* contents, void* where, const json& value) {
+    switch (field.value) {
+        case value_kind::integer:
+            store_number(where, field.integer, value);
+            break;
+        case value_kind::text:
+            place<char*>(where, 0) = copy_text(value.get<std::string>());
+            break;
+        case value_kind::octets: {
+            const std::vector<unsigned char> octets = bytes(value.get<std::string>());
+            place<char*>(where, 0) = copy_text({octets.begin(), octets.end()});
+            zr::store_count(field, contents, static_cast<uint32_t>(octets.size()));
+            break;
+        }
+        case value_kind::fixed_octets: {
+            const std::vector<unsigned char> octets = bytes(value.get<std::string>());
+            require(octets.size() == field.size, "not as many octets as the member has");
+            std::memcpy(where, octets.data(), octets.size());
+            break;
+        }
+        case value_kind::record:
+            if (zr::is_by_pointer(field.held)) {
+                if (value.is_null()) return;
+                where = place<void*>(where, 0) = zeroed(field.record->size);
+            }
+            fill_from_json(*field.record, where, value);
+            break;
     }
 }
 
 void fill_field(const field& field, void* contents, const json& value) {
-    void* member = &place<char>(contents, field.offset);
-    switch (field.kind) {
-        case field_kind::integer:
-            store_number(member, field.integer, value);
-            break;
-        case field_kind::text:
-            place<char*>(member, 0) = copy_text(value.get<std::string>());
-            break;
-        case field_kind::octets: {
-            const std::vector<unsigned char> octets = bytes(value.get<std::string>());
-            place<char*>(member, 0) = copy_text({octets.begin(), octets.end()});
-            zr::store_integer(&place<char>(contents, field.count_offset), field.count,
-                              static_cast<int32_t>(octets.size()));
-            break;
-        }
-        case field_kind::fixed_octets: {
-            const std::vector<unsigned char> octets = bytes(value.get<std::string>());
-            require(octets.size() == field.size, "not as many octets as the member has");
-            std::memcpy(member, octets.data(), octets.size());
-            break;
-        }
-        case field_kind::nested:
-            fill_from_json(*field.nested, member, value);
-            break;
-        case field_kind::optional_nested:
-            if (!value.is_null()) place<void*>(member, 0) = made(*field.nested, value);
-            break;
-        case field_kind::slots:
-            require(value.is_array() && value.size() <= field.size, "more positions than slots");
-            for (size_t i = 0; i < value.size(); ++i)
-                if (!value[i].is_null()) place<void*>(member, i * sizeof(void*)) = made(*field.nested, value[i]);
-            break;
-        default:
-            fill_list(field, contents, value);
-            break;
+    if (field.held == holding::one || field.held == holding::optional)
+        return fill_value(field, contents, zr::place_at(field, contents, 0), value);
+    require(value.is_array(), field.name + std::string(" is not an array"));
+    if (field.held == holding::slots) {
+        require(value.size() <= field.size, "more positions than slots");
+    } else if (!value.empty()) {
+        place<void*>(contents, field.offset) = zeroed(value.size() * zr::place_octets(field));
+        zr::store_count(field, contents, static_cast<uint32_t>(value.size()));
     }
+    for (uint32_t i = 0; i < value.size(); ++i)
+        fill_value(field, contents, zr::place_at(field, contents, i), value[i]);
 }
 
 }  // namespace
@@ -98,7 +84,7 @@ void fill_from_json(const zr::record_type& type, void* contents, const json& val
     for (const field& field : type) {
         const auto found = value.find(field.name);
         if (found == value.end()) {
-            require(field.kind == field_kind::optional_nested, type.name + std::string(" lacks ") + field.name);
+            require(field.held == holding::optional, type.name + std::string(" lacks ") + field.name);
             continue;
         }
         ++known;

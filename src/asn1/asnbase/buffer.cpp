@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <functional>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace zr {
 

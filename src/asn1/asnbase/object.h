@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "asn1/asnbase/buffer.h"
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 class zr_asn_object;
 
@@ -63,7 +63,7 @@ using zr_asn_postread_hook = void (*)(zr_asn_object* object, zr_r_buffer_t& inpu
 // its members; an object owns its DEFAULT value object. Objects are used by one thread at a time; even encoding writes
 // the caches.
 //
-// Operations return a status of asn1/asnbase/status.h unless they say otherwise. All may throw zr_asn_memexception.
+// Operations return a status of asn1/status.h unless they say otherwise. All may throw zr_asn_memexception.
 //
 // The order of the virtual operations is part of the interface.
 class ZR_API zr_asn_object {

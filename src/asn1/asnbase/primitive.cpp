@@ -1,6 +1,7 @@
 #include "asn1/asnbase/primitive.h"
 
 #include "asn1/asnbase/default_value.h"
+#include "asn1/ber.h"
 
 zr_asn_integer::zr_asn_integer(security_t secure) : zr_asn_primitive(secure), second_(secure), mode_(secure) {
     set_identity(secure, 2, "INTEGER");
@@ -78,20 +79,7 @@ void zr_asn_integer::set_secure(security_t secure) {
     zr_asn_object::set_secure(secure);
 }
 
-void zr_asn_integer::update_int_val() {
-    const unsigned char* octets = cache_.current();
-    const unsigned int len = cache_.length();
-    if (len > 4 && octets[0] != 0) {
-        exact_ = 0;
-        return;
-    }
-    exact_ = 1;
-    uint32_t bits = 0;
-    for (unsigned int i = 0; i < len; ++i)
-        bits |= uint32_t{octets[i]} << ((len - 1 - i) * 8 % 32);
-    if (len != 0 && len < 4 && (octets[0] & 0x80) != 0) bits |= ~uint32_t{0} << (len * 8);
-    value_ = static_cast<int32_t>(bits);
-}
+void zr_asn_integer::update_int_val() { exact_ = zr::fold_integer(cache_.current(), cache_.length(), value_) ? 1 : 0; }
 
 int zr_asn_integer::decode_value(zr_r_buffer_t& input, unsigned int len) {
     cache_.rewrite(input);

@@ -1,6 +1,6 @@
 #include "asn1/asnstrng/converters.h"
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "asn1/asnstrng/repertoire.h"
 #include "asn1/asnstrng/text_writer.h"
 

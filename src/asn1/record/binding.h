@@ -5,8 +5,6 @@
 #include <new>
 
 #include "asn1/asnbase/collections.h"
-#include "asn1/record/field.h"
-#include "asn1/record/release.h"
 #include "asn1/record/tree.h"
 #include "asn1/zrasnbase.h"
 #include "asn1/zrasnutf8.h"
@@ -16,60 +14,56 @@ namespace zr {
 template <class S>
 class binding;
 
-// The value object that carries a typed field.
-template <class Field>
-struct object_of;
+// The object that carries one value of a kind; T is the value's C type.
+template <value_kind Value, class T>
+struct value_object;
 template <class T>
-struct object_of<typed_field<field_kind::integer, T>> {
+struct value_object<value_kind::integer, T> {
     using type = zrasn_integer;
 };
 template <class T>
-struct object_of<typed_field<field_kind::text, T>> {
+struct value_object<value_kind::text, T> {
     using type = zrasnUTF8String;
 };
-template <class T, class C>
-struct object_of<typed_field<field_kind::octets, T, C>> {
-    using type = zrasn_octetstring;
-};
-template <class T, uint32_t N>
-struct object_of<typed_field<field_kind::fixed_octets, T, void, N>> {
+template <class T>
+struct value_object<value_kind::octets, T> {
     using type = zrasn_octetstring;
 };
 template <class T>
-struct object_of<typed_field<field_kind::nested, T>> {
-    using type = binding<T>;
+struct value_object<value_kind::fixed_octets, T> {
+    using type = zrasn_octetstring;
 };
 template <class T>
-struct object_of<typed_field<field_kind::optional_nested, T>> {
+struct value_object<value_kind::record, T> {
     using type = binding<T>;
 };
-template <class T, class C>
-struct object_of<typed_field<field_kind::list_of_records, T, C>> {
-    using type = zr_asn_sequenceof<binding<T>>;
+
+// The object that carries what a field holds, made from the object of its values.
+template <holding Held, class Object>
+struct held_object {
+    using type = Object;
 };
-template <class T, class C>
-struct object_of<typed_field<field_kind::list_of_pointers, T, C>> {
-    using type = zr_asn_sequenceof<binding<T>>;
+template <class Object>
+struct held_object<holding::list, Object> {
+    using type = zr_asn_sequenceof<Object>;
 };
-template <class T, class C>
-struct object_of<typed_field<field_kind::list_of_texts, T, C>> {
-    using type = zr_asn_sequenceof<zrasnUTF8String>;
+template <class Object>
+struct held_object<holding::pointer_list, Object> {
+    using type = zr_asn_sequenceof<Object>;
 };
-template <class T, class C>
-struct object_of<typed_field<field_kind::list_of_integers, T, C>> {
-    using type = zr_asn_sequenceof<zrasn_integer>;
+template <class Object>
+struct held_object<holding::slots, Object> {
+    using type = zr_asn_arrayof<Object>;
 };
-template <class T, uint32_t N>
-struct object_of<typed_field<field_kind::slots, T, void, N>> {
-    using type = zr_asn_arrayof<binding<T>>;
-};
+template <class Field>
+using object_of =
+    typename held_object<Field::held, typename value_object<Field::value, typename Field::value_type>::type>::type;
 
 // Makes the value object of a field in room of its size.
 template <class Field>
 zr_asn_object* make_object_at(void* room) {
-    using object = typename object_of<Field>::type;
-    auto* made = new (room) object(zr_normal);
-    if constexpr (Field::kind == field_kind::slots) made->keep_positions(Field::size);
+    auto* made = new (room) object_of<Field>(zr_normal);
+    if constexpr (Field::held == holding::slots) made->keep_positions(Field::size);
     return made;
 }
 
@@ -78,8 +72,8 @@ zr_asn_object* make_object_at(void* room) {
 template <class... Fields>
 constexpr size_t object_offset(const std::tuple<Fields...>&, size_t index) {
     constexpr size_t step = alignof(std::max_align_t);
-    static_assert(((alignof(typename object_of<Fields>::type) <= step) && ...));
-    constexpr size_t sizes[] = {(sizeof(typename object_of<Fields>::type) + step - 1) / step * step...};
+    static_assert(((alignof(object_of<Fields>) <= step) && ...));
+    constexpr size_t sizes[] = {(sizeof(object_of<Fields>) + step - 1) / step * step...};
     size_t sum = 0;
     for (size_t i = 0; i < index; ++i)
         sum += sizes[i];
@@ -118,7 +112,7 @@ public:
     ~binding() override { destroy_objects(record<S>::type, objects_); }
 
     // set_value copies every field of `in`; a null text counts as empty.
-    int set_value(S& in) {
+    int set_value(const S& in) {
         set_fields(*this, record<S>::type, &in);
         return 0;
     }
@@ -129,19 +123,21 @@ public:
         return 0;
     }
     // free_obj releases what get_value allocated inside `s`, not `s` itself, and leaves pointers null and counts 0.
-    static void free_obj(S& s) { release_record(s); }
+    static void free_obj(S& s) { record<S>::type.free(&s); }
 
     // encode_obj gives the envelope of `in`, which the caller releases with zr_asn_buffer_free.
-    int encode_obj(S& in, zr_asn_buffer_t& out, int version) {
+    [[nodiscard]] int encode_obj(const S& in, zr_asn_buffer_t& out, int version) {
         return encode_fields(*this, record<S>::type, &in, out, version);
     }
-    // decode_obj fills `out` from an envelope. When the octets are refused `out` is as the caller gave it.
-    int decode_obj(S& out, zr_asn_buffer_t& in, int version) {
+    // decode_obj fills `out` from an envelope. When the octets are refused `out` is as the caller gave it; when memory
+    // ends or a text cannot be converted it holds what was complete by then, for free_obj.
+    [[nodiscard]] int decode_obj(S& out, const zr_asn_buffer_t& in, int version) {
         return decode_fields(*this, record<S>::type, &out, in, version);
     }
 
 private:
-    alignas(std::max_align_t) unsigned char objects_[object_offset(record<S>::fields, field_count_of<S>)];
+    alignas(std::max_align_t) unsigned char objects_[object_offset(record<S>::fields,
+                                                                   std::tuple_size_v<decltype(record<S>::fields)>)];
 };
 
 }  // namespace zr

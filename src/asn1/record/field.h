@@ -7,6 +7,9 @@
 //
 // Each builder takes typed members, so a member of the wrong type does not compile. Templates unroll the list
 // (zr::record<S>::fields); the same list as a table (zr::record_type) can be walked in a loop.
+//
+// A field says two things: what one value of it is, and how the structure holds its values. Everything that is done
+// with records goes through the values that a field holds (asn1/record/members.h) and asks each what it is.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +18,6 @@
 #include <type_traits>
 
 #include "asn1/export.h"
-#include "asn1/zr_asn_buffer.h"
 
 class zr_asn_object;
 enum security_t : int;
@@ -38,19 +40,45 @@ struct member {
     size_t offset;
 };
 
-enum class field_kind : uint8_t {
-    integer,           // any C integer of at most 32 bits: INTEGER
-    text,              // char*, NUL-terminated: UTF8String
-    octets,            // count and unsigned char*: OCTET STRING
-    fixed_octets,      // unsigned char[N]: OCTET STRING
-    nested,            // a record embedded by value: SEQUENCE
-    optional_nested,   // a pointer to a record, null when absent: SEQUENCE OPTIONAL
-    list_of_records,   // count and array of records: SEQUENCE OF
-    list_of_pointers,  // count and array of pointers to records: SEQUENCE OF
-    list_of_texts,     // count and array of char*: SEQUENCE OF UTF8String
-    list_of_integers,  // count and array of integers: SEQUENCE OF INTEGER
-    slots,             // fixed array of pointers to records, null for an empty slot: SEQUENCE OF CHOICE {NULL, record}
+// What one value is.
+enum class value_kind : uint8_t {
+    integer,       // any C integer of at most 32 bits: INTEGER
+    text,          // char*, NUL-terminated: UTF8String
+    octets,        // unsigned char* and a length: OCTET STRING
+    fixed_octets,  // unsigned char[N]: OCTET STRING
+    record,        // a structure with a list of fields of its own: SEQUENCE
 };
+
+// How a structure holds the values of a field.
+enum class holding : uint8_t {
+    one,           // in the member itself
+    optional,      // behind a pointer, null when there is none: OPTIONAL
+    list,          // in an array with a count: SEQUENCE OF
+    pointer_list,  // each behind a pointer, in an array with a count: SEQUENCE OF
+    slots,         // each behind a pointer, null for an empty slot, in the member: SEQUENCE OF CHOICE {NULL, value}
+};
+
+// The combinations that records use; no others are known to what works with records.
+constexpr bool is_supported(value_kind value, holding held) {
+    switch (value) {
+        case value_kind::integer:
+        case value_kind::text:
+            return held == holding::one || held == holding::list;
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            return held == holding::one;
+        case value_kind::record:
+            return true;
+    }
+    return false;
+}
+
+// Whether the values lie in an array with a count.
+constexpr bool is_list(holding held) { return held == holding::list || held == holding::pointer_list; }
+// Whether each value lies in a block of its own.
+constexpr bool is_by_pointer(holding held) {
+    return held == holding::optional || held == holding::pointer_list || held == holding::slots;
+}
 
 // A C integer type at run time.
 struct integer_type {
@@ -71,84 +99,26 @@ using object_maker = zr_asn_object* (*)(security_t mode);
 struct field {
     const char* name;                              // of the member; of the pointer member where there is a count too
     const char* count_name;                        // of the member that counts elements or octets, or null
-    const record_type* nested;                     // the record of nested fields, list elements and slots, or null
+    const record_type* record;                     // of the values of the kind record, or null
     object_maker make_element;                     // of lists and slots, or null
     zr_asn_object* (*make_object_at)(void* room);  // makes the value object of a binding in its room
     uint32_t object_offset;                        // of that object in a binding's room
     uint32_t offset;                               // of the member
     uint32_t count_offset;                         // of the counting member
     uint32_t size;                                 // fixed_octets: octets; slots: their number; else 0
-    field_kind kind;
-    integer_type integer;  // integer and list_of_integers
-    integer_type count;    // the counting member
-
-    // The octets of one element of a list's array.
-    size_t element_octets() const;
+    value_kind value;
+    holding held;
+    integer_type integer;  // of the values of the kind integer
+    integer_type count;    // of the counting member
+    bool secret;           // the value is a password or the like
 };
 
-// A field whose encodings differ much in length, in a record or in what it embeds: texts are taken to be short.
-struct varying_field {
-    const field* what;
-    uint32_t offset;  // of the structure with the field
-    bool own_list;    // a list of just that record
-};
-
-class writer;
-class counter;
-
-// A record's direct codec on an untyped structure (asn1/record/encode.h, decode.h, release.h), and its binding class.
-struct record_codec {
-    unsigned char* (*write)(writer sink, const void* in);
-    uint64_t (*count)(counter sink, const void* in);
-    const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
-    void (*release)(void* structure);
-    object_maker make_binding;
-};
-
-// A record at run time.
-struct record_type {
-    const char* name;     // of the structure, such as "attrlist_s_t"
-    const char* binding;  // of the binding class, such as "asn_attrlist_t"
-    const char* module;   // of the schema module, such as "attrlist_asn"
-    const field* fields;
-    uint32_t field_count;
-    uint32_t size;            // of the structure in octets
-    uint32_t min_octets;      // the fewest that any encoding has
-    uint32_t typical_octets;  // about as many take the fields that do not vary
-    const varying_field* varying;
-    uint32_t varying_count;
-    bool is_leaf;  // without lists, slots and optional records
-    record_codec codec;
-
-    const field* begin() const { return fields; }
-    const field* end() const { return fields + field_count; }
-    // Whether the last field is a list of this record itself.
-    bool contains_itself() const { return fields[field_count - 1].nested == this; }
-
-    // The record's entry points on an untyped structure (see ZR_RECORD in asn1/record/record.h).
-    ZR_API int encode(zr_asn_buffer_t& out, const void* in) const;
-    ZR_API int encode_lcs(zr_asn_buffer_t& out, void* in) const;
-    ZR_API int decode(zr_asn_buffer_t& in, void* out) const;
-    ZR_API int decode_lcs(zr_asn_buffer_t& in, void* out) const;
-    void free(void* structure) const { codec.release(structure); }
-};
-
-inline size_t field::element_octets() const {
-    switch (kind) {
-        case field_kind::list_of_records:
-            return nested->size;
-        case field_kind::list_of_integers:
-            return integer.octets;
-        default:
-            return sizeof(void*);
-    }
-}
-
-// One field at compile time: T is the member's type (the element's for lists and slots), C the counting member's.
-// Size is what field::size tells.
-template <field_kind Kind, class T, class C = void, uint32_t Size = 0>
+// One field at compile time: T is the C type of one value, C the counting member's. Size is what field::size tells.
+template <value_kind Value, holding Held, class T, class C = void, uint32_t Size = 0>
 struct typed_field {
-    static constexpr field_kind kind = Kind;
+    static_assert(is_supported(Value, Held), "no record holds such values in this way");
+    static constexpr value_kind value = Value;
+    static constexpr holding held = Held;
     static constexpr uint32_t size = Size;
     using value_type = T;
     using count_type = C;
@@ -157,78 +127,82 @@ struct typed_field {
     size_t offset;
     const char* count_name = nullptr;
     size_t count_offset = 0;
+    bool secret = false;
 };
 
 template <class S, class T>
 constexpr auto integer(member<S, T> value) {
     static_assert(integer_type_of<T>().octets != 0);
-    return typed_field<field_kind::integer, T>{value.name, value.offset};
+    return typed_field<value_kind::integer, holding::one, T>{value.name, value.offset};
 }
 
 template <class S>
 constexpr auto text(member<S, char*> value) {
-    return typed_field<field_kind::text, char*>{value.name, value.offset};
+    return typed_field<value_kind::text, holding::one, char*>{value.name, value.offset};
 }
 
 template <class S>
 constexpr auto octets(member<S, uint32_t> length, member<S, unsigned char*> data) {
-    return typed_field<field_kind::octets, unsigned char*, uint32_t>{data.name, data.offset, length.name,
-                                                                     length.offset};
+    return typed_field<value_kind::octets, holding::one, unsigned char*, uint32_t>{data.name, data.offset, length.name,
+                                                                                   length.offset};
 }
 
 template <class S, uint32_t N>
 constexpr auto fixed_octets(member<S, uint8_t[N]> value) {
-    return typed_field<field_kind::fixed_octets, uint8_t[N], void, N>{value.name, value.offset};
+    return typed_field<value_kind::fixed_octets, holding::one, uint8_t[N], void, N>{value.name, value.offset};
 }
 
 template <class S, class R>
 constexpr auto nested(member<S, R> value) {
     static_assert(std::is_class_v<R>, "a record embedded by value");
-    return typed_field<field_kind::nested, R>{value.name, value.offset};
+    return typed_field<value_kind::record, holding::one, R>{value.name, value.offset};
 }
 
 template <class S, class R>
 constexpr auto optional_nested(member<S, R*> value) {
     static_assert(std::is_class_v<R>, "a pointer to a record");
-    return typed_field<field_kind::optional_nested, R>{value.name, value.offset};
+    return typed_field<value_kind::record, holding::optional, R>{value.name, value.offset};
+}
+
+// What the elements of a list's array are.
+template <class E>
+constexpr value_kind element_value() {
+    if (std::is_integral_v<E>) return value_kind::integer;
+    return std::is_same_v<E, char*> ? value_kind::text : value_kind::record;
 }
 
 template <class S, class C, class E>
 constexpr auto list(member<S, C> count, member<S, E*> elements) {
+    using R = std::remove_pointer_t<E>;
     static_assert(std::is_unsigned_v<C> && (sizeof(C) == 2 || sizeof(C) == 4), "a count is uint16_t or uint32_t");
-    if constexpr (std::is_same_v<E, char*>) {
-        return typed_field<field_kind::list_of_texts, E, C>{elements.name, elements.offset, count.name, count.offset};
-    } else if constexpr (std::is_pointer_v<E>) {
-        using R = std::remove_pointer_t<E>;
-        static_assert(std::is_class_v<R>, "pointers to records");
-        return typed_field<field_kind::list_of_pointers, R, C>{elements.name, elements.offset, count.name,
-                                                               count.offset};
-    } else if constexpr (std::is_integral_v<E>) {
-        static_assert(integer_type_of<E>().octets == 4, "32-bit integers");
-        return typed_field<field_kind::list_of_integers, E, C>{elements.name, elements.offset, count.name,
-                                                               count.offset};
+    static_assert(std::is_same_v<E, char*> || std::is_class_v<R> || (std::is_integral_v<E> && sizeof(E) == 4),
+                  "an array of records, of pointers to records, of texts or of 32-bit integers");
+    if constexpr (std::is_pointer_v<E> && std::is_class_v<R>) {
+        return typed_field<value_kind::record, holding::pointer_list, R, C>{elements.name, elements.offset, count.name,
+                                                                            count.offset};
     } else {
-        static_assert(std::is_class_v<E>, "an array of records, of pointers to records, of texts or of integers");
-        return typed_field<field_kind::list_of_records, E, C>{elements.name, elements.offset, count.name, count.offset};
+        return typed_field<element_value<E>(), holding::list, E, C>{elements.name, elements.offset, count.name,
+                                                                    count.offset};
     }
 }
 
 template <class S, class R, uint32_t N>
 constexpr auto slots(member<S, R* [N]> value) {
     static_assert(std::is_class_v<R>, "pointers to records");
-    return typed_field<field_kind::slots, R, void, N>{value.name, value.offset};
+    return typed_field<value_kind::record, holding::slots, R, void, N>{value.name, value.offset};
+}
+
+// secret marks a field whose value is a password or the like: zr::secret(zr::text(ZR_M(password))).
+template <class Field>
+constexpr Field secret(Field field) {
+    field.secret = true;
+    return field;
 }
 
 // sequence is a record's list of fields, in the order of their encodings.
 template <class... Fields>
 constexpr std::tuple<Fields...> sequence(Fields... fields) {
     return {fields...};
-}
-
-// place points at a field of a structure: the one function that turns (field, structure) into a pointer.
-template <class T>
-T& place(void* structure, size_t offset) {
-    return *reinterpret_cast<T*>(static_cast<unsigned char*>(structure) + offset);
 }
 
 }  // namespace zr

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "asn1/record/field.h"
+#include "asn1/record/record_type.h"
 
 namespace zr {
 
@@ -26,19 +26,9 @@ struct module_list {
     const record_module* const* end() const { return modules + module_count; }
 };
 
-ZR_API module_list modules();
+[[nodiscard]] ZR_API module_list modules();
 
 // find_record answers the record whose structure or binding class has the name; null when there is none.
-ZR_API const record_type* find_record(std::string_view name);
-
-template <class... Structures>
-struct module_records {
-    static constexpr const record_type* list[] = {&record<Structures>::type...};
-};
-
-template <class... Structures>
-constexpr record_module make_module(const char* name) {
-    return {name, module_records<Structures...>::list, sizeof...(Structures)};
-}
+[[nodiscard]] ZR_API const record_type* find_record(std::string_view name);
 
 }  // namespace zr

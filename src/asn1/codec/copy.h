@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "asn1/record/inline.h"
+// For the small parts that a codec function is made of.
+#define ZR_INLINE [[gnu::always_inline]] inline
 
 namespace zr {
 

@@ -6,8 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "asn1/record/copy.h"
-#include "asn1/record/identifiers.h"
+#include "asn1/ber.h"
+#include "asn1/codec/copy.h"
+#include "asn1/envelope.h"
 
 namespace zr {
 
@@ -123,6 +124,15 @@ private:
     unsigned char* at_;
     uintptr_t limit_;
 };
+
+// Writes the envelope's header before what the writer has; false when there is no room.
+inline bool write_envelope_header(writer& sink) {
+    unsigned char header[envelope_header_octets];
+    put_envelope_header(header);
+    if (!sink.room(sizeof header)) return false;
+    sink.octets(header, sizeof header);
+    return true;
+}
 
 // The octets of a value whose contents take so many. Contents that do not fit 32 bits make the encoding too long,
 // whatever is counted for their header.

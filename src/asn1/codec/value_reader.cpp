@@ -1,10 +1,11 @@
-#include "asn1/record/reader.h"
+#include "asn1/codec/value_reader.h"
 
 #include <cstdlib>
 #include <cstring>
 
 #include "asn1/asnbase/object.h"
 #include "asn1/asnbase/octetstring.h"
+#include "asn1/ber.h"
 
 namespace zr {
 
@@ -139,16 +140,6 @@ struct fixed_target final : string_target {
     uint32_t size;
 };
 
-// The value of an INTEGER's contents; 0 stands for one that does not fit (zr_asn_integer::update_int_val).
-int32_t integer_contents(const unsigned char* octets, unsigned int length) {
-    if (length == 0 || (length > 4 && octets[0] != 0)) return 0;
-    uint32_t bits = 0;
-    for (unsigned int i = 0; i < length; ++i)
-        bits |= uint32_t{octets[i]} << ((length - 1 - i) * 8 % 32);
-    if (length < 4 && (octets[0] & 0x80) != 0) bits |= ~uint32_t{0} << (length * 8);
-    return static_cast<int32_t>(bits);
-}
-
 }  // namespace
 
 int enter_sequence(input& in, scope& entered) {
@@ -156,7 +147,7 @@ int enter_sequence(input& in, scope& entered) {
     value_header value{};
     if (int status = read_header(cursor, 16, constructed | indefinite, value)) return status;
     in = input_of(cursor);
-    entered = {in.left() - value.length, value.is_indefinite};
+    entered = {static_cast<uint32_t>(in.left() - value.length), value.is_indefinite};
     if (!value.is_indefinite) in.end = in.at + value.length;
     return 0;
 }
@@ -198,7 +189,8 @@ int read_integer(input& in, int32_t& value) {
     unsigned char* octets = nullptr;
     if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
     in = input_of(cursor);
-    value = integer_contents(octets, header.length);
+    // 0 stands for contents that fit no 32 bits (zrasn_integer).
+    if (!fold_integer(octets, header.length, value)) value = 0;
     return 0;
 }
 

@@ -1,7 +1,7 @@
 // Guessing how long an encoding gets, to choose where it is written.
 #pragma once
 
-#include "asn1/record/field.h"
+#include "asn1/record/record_type.h"
 
 namespace zr {
 

@@ -1,4 +1,4 @@
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "asn1/record/copy.h"
+#include "asn1/codec/copy.h"
 
 namespace zr {
 

@@ -1,14 +1,13 @@
 // Reading single values in the form that the library writes: the identifier in one octet, the length definite and in at
 // most four octets, strings in one piece. The quick readers return where the value ends, or null for anything else,
-// refused octets among it; the general readers (asn1/record/reader.h) tell then what it is.
+// refused octets among it; the general readers (asn1/codec/value_reader.h) tell then what it is.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
-#include "asn1/record/copy.h"
-#include "asn1/record/identifiers.h"
-#include "asn1/record/shape.h"
+#include "asn1/ber.h"
+#include "asn1/codec/copy.h"
 
 namespace zr {
 

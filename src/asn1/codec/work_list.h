@@ -2,12 +2,13 @@
 // thread's. The first entries need no memory of their own.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace zr {
 
@@ -24,6 +25,9 @@ public:
     }
 
     bool empty() const { return count_ == 0; }
+    // The entries from the one that was pushed first.
+    const Entry* begin() const { return entries_; }
+    const Entry* end() const { return entries_ + count_; }
     Entry& top() { return entries_[count_ - 1]; }
     void pop() { --count_; }
     // Throws zr_asn_memexception for `file`.

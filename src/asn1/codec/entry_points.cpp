@@ -1,18 +1,22 @@
-#include "asn1/record/direct.h"
-
+// The entry points of a record on untyped structures: where an encoding is written, and what becomes of a structure.
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
-#include "asn1/record/general_decoder.h"
-#include "asn1/record/guess.h"
+#include "asn1/codec/general_reader.h"
+#include "asn1/codec/guess.h"
+#include "asn1/codec/record_codec.h"
+#include "asn1/codec/writer.h"
+#include "asn1/record/tree.h"
 
 namespace zr {
 
 namespace {
 
-// What is small enough for the stack, and for a block of a guessed size.
+// What is small enough for the stack: of a thread's 64 KiB little is left to its caller otherwise.
 constexpr size_t stack_octets = 8192;
+// Up to there the block is a guess longer than its contents; what is above is worth counting first.
 constexpr size_t most_guessed = 65536;
 
 struct block_deleter {
@@ -42,9 +46,7 @@ int copy_out(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length)
 unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const record_codec& codec) {
     writer sink(room + octets, room);
     sink.go_on(codec.write(sink, in));
-    if (sink.failed() || !sink.room(sizeof envelope_header)) return nullptr;
-    sink.octets(envelope_header, sizeof envelope_header);
-    return sink.start();
+    return !sink.failed() && write_envelope_header(sink) ? sink.start() : nullptr;
 }
 
 bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
@@ -76,13 +78,42 @@ bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& c
 }
 
 int encode_counted(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
-    const uint64_t length = codec.count(counter(), in) + sizeof envelope_header;
+    const uint64_t length = codec.count(counter(), in) + envelope_header_octets;
     block encoding = allocate_encoding(length);
     writer sink(encoding.get() + length, nullptr);
     sink.go_on(codec.write(sink, in));
-    sink.octets(envelope_header, sizeof envelope_header);
+    write_envelope_header(sink);
     return hand_out(out, std::move(encoding), length);
 }
+
+// A structure that is being decoded. What it holds when it goes is released.
+class unfinished {
+public:
+    explicit unfinished(const record_type& type) : type_(type) { std::memset(made_, 0, type.size); }
+    unfinished(const unfinished&) = delete;
+    unfinished& operator=(const unfinished&) = delete;
+    ~unfinished() {
+        if (!handed_on_) type_.codec->release(made_);
+    }
+
+    // Reads a record: the quick way, and the general one if that does not do.
+    int read(const unsigned char* at, const unsigned char* end) {
+        if (type_.codec->read(at, end, made_) != nullptr) return 0;
+        type_.codec->release(made_);
+        std::memset(made_, 0, type_.size);
+        return read_any_form(type_, {at, end}, made_, nullptr);
+    }
+    void* get() { return made_; }
+    void hand_on(void* out) {
+        std::memcpy(out, made_, type_.size);
+        handed_on_ = true;
+    }
+
+private:
+    const record_type& type_;
+    alignas(std::max_align_t) unsigned char made_[max_structure];
+    bool handed_on_ = false;
+};
 
 }  // namespace
 
@@ -90,57 +121,49 @@ int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t le
     return guarded([&] { return copy_out(out, envelope, length); });
 }
 
-namespace {
-
-// Reads a record into a structure that is cleared first: the short way, and the general one if that does not do.
-int read_structure(const record_type& type, input contents, void* made) {
-    std::memset(made, 0, type.size);
-    if (type.codec.read(contents.at, contents.end, made) != nullptr) return 0;
-    type.codec.release(made);
-    std::memset(made, 0, type.size);
-    return read_any_form(type, contents, made);
-}
-
-}  // namespace
-
 int record_type::encode(zr_asn_buffer_t& out, const void* in) const {
     return guarded([&] {
-        const uint64_t likely = is_leaf ? 0 : guess_octets(*this, in);
+        const uint64_t likely = codec->is_leaf ? 0 : guess_octets(*this, in);
         if (likely < stack_octets) {
-            if (encode_on_stack(out, in, codec)) return 0;
+            if (encode_on_stack(out, in, *codec)) return 0;
         } else if (likely <= most_guessed) {
-            if (encode_in_block(out, in, codec, static_cast<size_t>(likely))) return 0;
+            if (encode_in_block(out, in, *codec, static_cast<size_t>(likely))) return 0;
         }
-        return encode_counted(out, in, codec);
+        return encode_counted(out, in, *codec);
     });
 }
 
-int record_type::decode(zr_asn_buffer_t& in, void* out) const {
-    input contents{};
-    if (int status = open_envelope(in, contents)) return status;
-    alignas(std::max_align_t) unsigned char made[max_structure];
-    int status = 0;
-    try {
-        status = read_structure(*this, contents, made);
-    } catch (const zr_asn_exception& exception) {
-        status = report_exception(exception);
-    }
-    if (status == 0) {
-        std::memcpy(out, made, size);
-        return 0;
-    }
-    codec.release(made);
-    if (status == beyond_structure) return decode_tree(*this, zr_normal, in, out);
+int record_type::decode(const zr_asn_buffer_t& in, void* out) const {
+    const unsigned char* contents = nullptr;
+    if (int status = open_envelope(in, envelope_version, contents)) return status;
+    const int status = guarded([&] {
+        unfinished made(*this);
+        const int read = made.read(contents, in.data + in.length);
+        if (read == zr_err_out_of_memory) throw_memory_error(module);
+        if (read == 0) made.hand_on(out);
+        return read;
+    });
     if (clears_structure(status)) std::memset(out, 0, size);
     return status;
 }
 
-int record_type::encode_lcs(zr_asn_buffer_t& out, void* in) const {
+int record_type::encode_lcs(zr_asn_buffer_t& out, const void* in) const {
     return encode_tree(*this, zr_local_code_set, out, in);
 }
 
-int record_type::decode_lcs(zr_asn_buffer_t& in, void* out) const {
+int record_type::decode_lcs(const zr_asn_buffer_t& in, void* out) const {
     return decode_tree(*this, zr_local_code_set, in, out);
+}
+
+void record_type::free(void* structure) const { codec->release(structure); }
+
+int record_type::examine(const unsigned char* octets, size_t length, refusal& found) const {
+    found = {};
+    found.status = zr_err_out_of_memory;
+    return guarded([&] {
+        unfinished read(*this);
+        return found.status = read_any_form(*this, {octets, octets + length}, read.get(), &found);
+    });
 }
 
 }  // namespace zr

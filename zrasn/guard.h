@@ -72,7 +72,7 @@ public:
         return value_ = S{};
     }
 
-    S& operator*() noexcept { return value_; }
+    // Only to read: a decode is given out(), or what the structure held would be lost.
     const S& operator*() const noexcept { return value_; }
     S* operator->() noexcept { return &value_; }
     const S* operator->() const noexcept { return &value_; }

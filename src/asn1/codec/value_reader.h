@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace zr {
 
@@ -20,7 +20,7 @@ struct input {
 // A constructed value that has been entered: what its enclosing level has left behind it, unless the length is
 // indefinite.
 struct scope {
-    size_t after;
+    uint32_t after;
     bool indefinite;
 };
 

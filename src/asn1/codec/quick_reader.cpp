@@ -1,8 +1,8 @@
-#include "asn1/record/quick_reader.h"
+#include "asn1/codec/quick_reader.h"
 
 #include <cstdlib>
 
-#include "asn1/record/reader.h"
+#include "asn1/codec/value_reader.h"
 
 namespace zr {
 

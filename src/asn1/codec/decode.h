@@ -1,0 +1,258 @@
+// Decoding into a structure without an object tree, from octets in the form that the library writes.
+#pragma once
+
+#include <cstdlib>
+
+#include "asn1/codec/quick_reader.h"
+#include "asn1/codec/shape.h"
+#include "asn1/codec/value_reader.h"
+#include "asn1/codec/work_list.h"
+
+namespace zr {
+
+// read_record reads one SEQUENCE into a structure that is all zero and returns where it ends. Null for octets in any
+// other form, refused ones among them. Whatever it returns or throws (zr_asn_memexception), the structure then holds
+// what was read, and release_record releases it: counts are raised before their elements are read into, so that nothing
+// is out of reach.
+//
+// All but the strings is inlined into one function for each record that is no leaf.
+template <class S>
+octet_position read_record(octet_position at, octet_position end, S& out);
+
+// Makes the structure for a place that holds it by pointer, all zero.
+template <class F, class S>
+ZR_INLINE typename F::value_type& make_structure(place_of<F>& where) {
+    using R = typename F::value_type;
+    auto* made = static_cast<R*>(std::malloc(sizeof(R)));
+    if (__builtin_expect(made == nullptr, 0)) {
+        if constexpr (F::held == holding::optional) throw_optional_memory_error(record<S>::module);
+        throw_memory_error(record<S>::module);
+    }
+    std::memset(static_cast<void*>(made), 0, sizeof(R));
+    where = made;
+    return *made;
+}
+
+// Makes the array of a list for `count` elements, of which there is one at least.
+template <class F, class S>
+ZR_INLINE auto* make_array(S& out, size_t count) {
+    using element = place_of<F>;
+    void* array = count <= SIZE_MAX / sizeof(element) ? std::malloc(count * sizeof(element)) : nullptr;
+    if (__builtin_expect(array == nullptr, 0)) throw_memory_error(record<S>::module);
+    return array_of<F>(out) = static_cast<element*>(array);
+}
+
+// Whether a list's count can hold so many elements, and `octets` octets too.
+template <class F>
+ZR_INLINE bool is_plausible(size_t count, size_t octets) {
+    return count <= octets / min_value_octets<F>() && count <= static_cast<typename F::count_type>(-1);
+}
+
+// The next element of a list of records, counted and all zero: in the array, or in a block of its own.
+template <class F, class S>
+ZR_INLINE auto& add_record(S& out) {
+    auto& count = count_of<F>(out);
+    auto& where = array_of<F>(out)[count];
+    if constexpr (is_by_pointer(F::held)) {
+        auto& made = make_structure<F, S>(where);
+        ++count;
+        return made;
+    } else {
+        std::memset(static_cast<void*>(&where), 0, sizeof where);
+        ++count;
+        return where;
+    }
+}
+
+// A few integers are read before their number is known: that is quicker than counting them first. Lists of up to 32 are
+// typical, and 128 octets of the stack are little.
+template <class F, class S>
+ZR_INLINE octet_position read_integers(octet_position at, octet_position stop, S& out) {
+    using T = typename F::value_type;
+    constexpr size_t most = 32;
+    T first[most];
+    size_t read = 0;
+    int32_t value = 0;
+    for (; read < most && at != stop; ++read) {
+        at = quick_integer(at, stop, value);
+        if (at == nullptr) return nullptr;
+        first[read] = static_cast<T>(value);
+    }
+    size_t count = read;
+    if (at != stop) {
+        const auto left = static_cast<size_t>(stop - at);
+        const size_t more = count_elements(at, stop);
+        count += more;
+        if (!is_plausible<F>(more, left) || !is_plausible<F>(count, SIZE_MAX)) return nullptr;
+    }
+    T* array = make_array<F>(out, count);
+    copy_octets(reinterpret_cast<unsigned char*>(array), first, read * sizeof(T));
+    for (; read < count; ++read) {
+        at = quick_integer(at, stop, value);
+        if (at == nullptr) return nullptr;
+        array[read] = static_cast<T>(value);
+    }
+    count_of<F>(out) = static_cast<typename F::count_type>(count);
+    return at;
+}
+
+template <class F, class S>
+ZR_INLINE octet_position read_elements(octet_position at, octet_position stop, S& out) {
+    if constexpr (F::value == value_kind::integer) {
+        return read_integers<F>(at, stop, out);
+    } else {
+        size_t left = count_elements(at, stop);
+        if (!is_plausible<F>(left, static_cast<size_t>(stop - at))) return nullptr;
+        auto* where = make_array<F>(out, left);
+        for (; left != 0 && at != nullptr; --left) {
+            if constexpr (F::value == value_kind::text) {
+                *where = nullptr;
+                ++count_of<F>(out);
+                at = quick_text(at, stop, *where++);
+            } else {
+                static_assert(F::value == value_kind::record || unknown_kind<F>);
+                at = read_record(at, stop, add_record<F>(out));
+            }
+        }
+        return at;
+    }
+}
+
+template <class F, class S>
+ZR_INLINE octet_position read_list(octet_position at, octet_position end, S& out) {
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_sequence, stop);
+    if (at == nullptr || at == stop) return at;
+    return read_elements<F>(at, stop, out) == stop ? stop : nullptr;
+}
+
+template <class F, class S>
+ZR_INLINE octet_position read_slots(octet_position at, octet_position end, S& out) {
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_sequence, stop);
+    for (uint32_t i = 0; at != nullptr && at != stop; ++i) {
+        if (i == F::size) return nullptr;
+        if (at[0] == id_null) {
+            if (stop - at < 2 || at[1] != 0) return nullptr;
+            at += 2;
+            continue;
+        }
+        at = read_record(at, stop, make_structure<F, S>((&member_of<F>(out))[i]));
+    }
+    return at;
+}
+
+// Reads a record that may be missing.
+template <class F, class S>
+ZR_INLINE octet_position read_optional(octet_position at, octet_position end, S& out) {
+    if (at == end) return at;
+    if (at[0] != id_sequence) {
+        // Is it a SEQUENCE with an odd identifier?
+        const unsigned int tag = at[0] & 0x1F;
+        return tag == (id_sequence & 0x1F) || tag == 0x1F ? nullptr : at;
+    }
+    return read_record(at, end, make_structure<F, S>(member_of<F>(out)));
+}
+
+// Reads the value of a field that holds one.
+template <class F, class S>
+ZR_INLINE octet_position read_one(octet_position at, octet_position end, S& out) {
+    if constexpr (F::value == value_kind::integer) {
+        int32_t value = 0;
+        at = quick_integer(at, end, value);
+        member_of<F>(out) = static_cast<typename F::value_type>(value);
+        return at;
+    } else if constexpr (F::value == value_kind::text) {
+        return quick_text(at, end, member_of<F>(out));
+    } else if constexpr (F::value == value_kind::octets) {
+        return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module);
+    } else if constexpr (F::value == value_kind::fixed_octets) {
+        return quick_fixed_octets<F::size>(at, end, member_of<F>(out));
+    } else {
+        static_assert(F::value == value_kind::record || unknown_kind<F>);
+        return read_record(at, end, member_of<F>(out));
+    }
+}
+
+template <class F, class S>
+ZR_INLINE octet_position read_field(octet_position at, octet_position end, S& out) {
+    if constexpr (F::held == holding::one) {
+        return read_one<F>(at, end, out);
+    } else if constexpr (F::held == holding::optional) {
+        return read_optional<F>(at, end, out);
+    } else if constexpr (F::held == holding::slots) {
+        return read_slots<F>(at, end, out);
+    } else {
+        static_assert(is_list(F::held) || unknown_kind<F>);
+        return read_list<F>(at, end, out);
+    }
+}
+
+template <class S, size_t... I>
+ZR_INLINE octet_position read_fields(octet_position at, octet_position end, S& out, std::index_sequence<I...>) {
+    static_cast<void>((((at = read_field<field_at<S, I>>(at, end, out)) != nullptr) && ...));
+    return at;
+}
+
+// Reads a record that does not contain itself, where it is used.
+template <class S>
+ZR_INLINE octet_position read_inlined_record(octet_position at, octet_position end, S& out) {
+    octet_position stop = nullptr;
+    at = quick_contents(at, end, id_sequence, stop);
+    if (at == nullptr) return nullptr;
+    return read_fields(at, stop, out, field_indices<S>()) == stop ? stop : nullptr;
+}
+
+// A record that contains itself, to any depth: what is open is on a work list.
+template <class S>
+ZR_INLINE octet_position read_levels(octet_position at, octet_position end, S& root) {
+    using own = own_list<S>;
+    // A record whose list is being read. The list ends where the record does.
+    struct level {
+        S* node;
+        octet_position stop;
+    };
+    work_list<level> open;
+    for (S* node = &root;;) {
+        octet_position stop = nullptr;
+        octet_position list_stop = nullptr;
+        at = quick_contents(at, end, id_sequence, stop);
+        if (at == nullptr) return nullptr;
+        at = read_fields(at, stop, *node, std::make_index_sequence<own::index>());
+        if (at == nullptr) return nullptr;
+        at = quick_contents(at, stop, id_sequence, list_stop);
+        if (at == nullptr || list_stop != stop) return nullptr;
+        if (at != stop) {
+            const size_t count = count_elements(at, stop);
+            if (!is_plausible<own>(count, static_cast<size_t>(stop - at))) return nullptr;
+            make_array<own>(*node, count);
+            open.push({node, stop}, record<S>::module);
+        } else {
+            // Nothing is below it. What ends with it is complete, up to a list with another element.
+            while (!open.empty() && open.top().stop == at)
+                open.pop();
+            if (open.empty()) return at;
+        }
+        end = open.top().stop;
+        node = &add_record<own>(*open.top().node);
+    }
+}
+
+// The record's one function, on an untyped structure.
+template <class S>
+[[gnu::noinline]] octet_position read_outlined_record(octet_position at, octet_position end, void* out) {
+    S& structure = *static_cast<S*>(out);
+    if constexpr (contains_itself<S>()) {
+        return read_levels(at, end, structure);
+    } else {
+        return read_inlined_record(at, end, structure);
+    }
+}
+
+template <class S>
+ZR_INLINE octet_position read_record(octet_position at, octet_position end, S& out) {
+    if constexpr (is_leaf<S>()) return read_inlined_record(at, end, out);
+    return read_outlined_record<S>(at, end, &out);
+}
+
+}  // namespace zr

@@ -1,0 +1,374 @@
+#include "asn1/codec/general_reader.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "asn1/ber.h"
+#include "asn1/codec/quick_reader.h"
+#include "asn1/codec/record_codec.h"
+#include "asn1/codec/work_list.h"
+#include "asn1/record/members.h"
+
+namespace zr {
+
+namespace {
+
+// Values in the library's own form are many among others too.
+bool step(input& in, octet_position behind) {
+    if (behind == nullptr) return false;
+    in.at = behind;
+    return true;
+}
+int read_any_integer(input& in, int32_t& value) {
+    return step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value);
+}
+int read_any_text(input& in, char*& text) {
+    return step(in, quick_text(in.at, in.end, text)) ? 0 : read_text(in, text);
+}
+int read_any_octets(input& in, unsigned char*& data, uint32_t& length, const char* file) {
+    if (step(in, quick_octets(in.at, in.end, data, length, file))) return 0;
+    const int status = read_octets(in, data, length);
+    if (status == zr_err_out_of_memory) throw_memory_error(file);
+    return status;
+}
+
+// A record's structure in a block of its own that is read and given away.
+struct dropped_deleter {
+    const record_type* type;
+    void operator()(void* structure) const {
+        type->codec->release(structure);
+        std::free(structure);
+    }
+};
+using dropped_record = std::unique_ptr<void, dropped_deleter>;
+
+void* make_structure(const record_type& type, const record_type& owner, holding held) {
+    void* made = std::calloc(1, type.size);
+    if (made != nullptr) return made;
+    if (held == holding::optional) throw_optional_memory_error(owner.module);
+    throw_memory_error(owner.module);
+}
+
+// A record that has been entered, and the list or the slots of it that are being read.
+struct level {
+    unsigned char* structure;
+    const record_type* type;
+    uint32_t record_after;  // the scope of the record
+    uint32_t list_after;    // the scope of the list
+    uint32_t element;       // of the list: which one is to be read
+    uint32_t room;          // of the list: elements that its array has room for
+    uint16_t next;          // the field that is to be read
+    bool record_indefinite;
+    bool list_indefinite;
+    bool in_list;
+    bool dropped;  // the structure belongs to the level and goes with it
+
+    const field& member() const { return type->fields[next]; }
+    scope record_scope() const { return {record_after, record_indefinite}; }
+    scope list_scope() const { return {list_after, list_indefinite}; }
+    // What has been read was an element of the list or a member.
+    void advance() {
+        if (in_list) {
+            ++element;
+        } else {
+            ++next;
+        }
+    }
+};
+static_assert(sizeof(level) <= 48, "levels are cheap");
+
+class general_reader {
+public:
+    general_reader(input in, refusal* found) : in_(in), start_(in.at), found_(found) {}
+    general_reader(const general_reader&) = delete;
+    general_reader& operator=(const general_reader&) = delete;
+    ~general_reader() {
+        for (; !levels_.empty(); levels_.pop())
+            release_dropped(levels_.top());
+    }
+
+    int run(const record_type& type, void* out) {
+        int status = open_record(type, out, false);
+        while (status == 0 && !levels_.empty()) {
+            const level& top = levels_.top();
+            status = top.in_list ? read_element() : top.next != top.type->field_count ? read_member() : close_record();
+        }
+        if (status != 0) return refuse(status);
+        return too_many_ ? zr_err_out_of_memory : 0;
+    }
+
+private:
+    // Reads a leaf at once, and makes another record the level that is read.
+    int open_record(const record_type& type, void* structure, bool dropped) {
+        dropped_record owned(dropped ? structure : nullptr, {&type});
+        if (type.codec->is_leaf) {
+            if (step(in_, type.codec->read(in_.at, in_.end, structure))) {
+                if (!levels_.empty()) levels_.top().advance();
+                return 0;
+            }
+            type.codec->release(structure);
+            std::memset(structure, 0, type.size);
+        }
+        scope entered{};
+        if (int status = enter(entered)) return status;
+        level opened{};
+        opened.structure = static_cast<unsigned char*>(structure);
+        opened.type = &type;
+        opened.record_after = entered.after;
+        opened.record_indefinite = entered.indefinite;
+        opened.dropped = dropped;
+        levels_.push(opened, type.module);
+        static_cast<void>(owned.release());
+        return 0;
+    }
+    int enter(scope& entered) {
+        expected_ = expectation::sequence;
+        return enter_sequence(in_, entered);
+    }
+    int close_record() {
+        level& top = levels_.top();
+        expected_ = top.record_indefinite ? expectation::end_of_contents : expectation::end_of_sequence;
+        if (int status = leave_sequence(in_, top.record_scope())) return status;
+        release_dropped(top);
+        levels_.pop();
+        if (!levels_.empty()) levels_.top().advance();
+        return 0;
+    }
+    static void release_dropped(level& top) {
+        if (top.dropped) dropped_record(top.structure, {top.type}).reset();
+        top.dropped = false;
+    }
+
+    int read_member() {
+        level& top = levels_.top();
+        const field& field = top.member();
+        switch (field.held) {
+            case holding::one:
+                return read_value(field, place_at(field, top.structure, 0));
+            case holding::optional: {
+                if (!next_is_sequence(in_)) {
+                    top.advance();
+                    return 0;
+                }
+                void* made = make_structure(*field.record, *top.type, field.held);
+                place<void*>(top.structure, field.offset) = made;
+                return open_record(*field.record, made, false);
+            }
+            case holding::list:
+            case holding::pointer_list:
+            case holding::slots: {
+                scope entered{};
+                if (int status = enter(entered)) return status;
+                top.list_after = entered.after;
+                top.list_indefinite = entered.indefinite;
+                top.in_list = true;
+                top.element = 0;
+                top.room = 0;
+                if (is_list(field.held)) make_room(top, field);
+                return 0;
+            }
+        }
+        return zr_err_unsupported;
+    }
+
+    // Reads the value in a place, of the structure of the level that is read.
+    int read_value(const field& field, void* where) {
+        level& top = levels_.top();
+        int status = 0;
+        switch (field.value) {
+            case value_kind::integer: {
+                int32_t value = 0;
+                expected_ = expectation::integer;
+                status = read_any_integer(in_, value);
+                store_integer(where, field.integer, value);
+                break;
+            }
+            case value_kind::text:
+                expected_ = expectation::utf8_string;
+                status = read_any_text(in_, place<char*>(where, 0));
+                break;
+            case value_kind::octets: {
+                uint32_t length = 0;
+                expected_ = expectation::octet_string;
+                status = read_any_octets(in_, place<unsigned char*>(where, 0), length, top.type->module);
+                store_count(field, top.structure, length);
+                break;
+            }
+            case value_kind::fixed_octets:
+                expected_ = expectation::octet_string;
+                status = read_fixed_octets(in_, static_cast<unsigned char*>(where), field.size);
+                break;
+            case value_kind::record:
+                return open_record(*field.record, where, false);
+        }
+        if (status == 0) top.advance();
+        return status;
+    }
+
+    int read_element() {
+        level& top = levels_.top();
+        const field& field = top.member();
+        if (at_end(in_, top.list_scope())) {
+            if (is_list(field.held)) give_back(top, field);
+            top.in_list = false;
+            expected_ = expectation::end_of_sequence;
+            if (int status = leave_sequence(in_, top.list_scope())) return status;
+            top.advance();
+            return 0;
+        }
+        if (field.held == holding::slots) return read_position(top, field);
+        void* where = add_place(top, field);
+        if (where == nullptr) return read_uncounted(top, field);
+        if (!is_by_pointer(field.held)) return read_value(field, where);
+        void* made = make_structure(*field.record, *top.type, field.held);
+        place<void*>(where, 0) = made;
+        return open_record(*field.record, made, false);
+    }
+
+    // Positions behind the last slot are read and checked like the others, and dropped.
+    int read_position(level& top, const field& field) {
+        // An indefinite length may run out of octets: what is not there is no NULL, and no record.
+        if (in_.at != in_.end && in_.at[0] != id_sequence && skip_null(in_)) {
+            top.advance();
+            return 0;
+        }
+        const bool dropped = top.element >= field.size;
+        void* made = make_structure(*field.record, *top.type, field.held);
+        if (!dropped) place<void*>(place_at(field, top.structure, top.element), 0) = made;
+        return open_record(*field.record, made, dropped);
+    }
+
+    // An element that the count cannot hold.
+    int read_uncounted(const level& top, const field& field) {
+        if (!too_many_) {
+            too_many_ = true;
+            expected_ = expectation::fewer_elements;
+            describe(zr_err_out_of_memory);
+        }
+        if (field.value == value_kind::record)
+            return open_record(*field.record, make_structure(*field.record, *top.type, field.held), true);
+        void* dropped = nullptr;
+        const int status = read_value(field, &dropped);
+        if (field.value == value_kind::text) std::free(dropped);
+        return status;
+    }
+
+    // The array of a list is made for the elements that their headers promise, but for no more than the octets can
+    // hold, and grows when there are more.
+    void make_room(level& top, const field& field) {
+        if (top.list_indefinite || in_.at == in_.end) return;
+        const size_t least = field.record != nullptr ? field.record->codec->min_octets : 2;
+        const size_t most = in_.left() / least + 1;
+        const size_t counted = count_elements(in_.at, in_.end);
+        resize(top, field, counted < most ? counted : most);
+    }
+    // The place of a new element, counted and all zero; null when the count cannot hold it.
+    static void* add_place(level& top, const field& field) {
+        const uint32_t count = stored_count(field, top.structure);
+        if (count == most_count(field)) return nullptr;
+        if (count == top.room) resize(top, field, top.room < 4 ? 8 : size_t{top.room} * 2);
+        void* where = place_at(field, top.structure, count);
+        std::memset(where, 0, place_octets(field));
+        store_count(field, top.structure, count + 1);
+        return where;
+    }
+    // Gives back what growing has left over.
+    static void give_back(level& top, const field& field) {
+        const uint32_t count = stored_count(field, top.structure);
+        if (count == top.room) return;
+        auto*& array = place<void*>(top.structure, field.offset);
+        if (void* shrunk = std::realloc(array, count * place_octets(field))) array = shrunk;
+    }
+    static void resize(level& top, const field& field, size_t room) {
+        auto*& array = place<void*>(top.structure, field.offset);
+        if (room > most_count(field)) room = most_count(field);
+        void* grown =
+            room <= SIZE_MAX / place_octets(field) ? std::realloc(array, room * place_octets(field)) : nullptr;
+        if (grown == nullptr) throw_memory_error(top.type->module);
+        array = grown;
+        top.room = static_cast<uint32_t>(room);
+    }
+
+    // A slot that reads as neither NULL nor the record fits no alternative, whatever is wrong inside.
+    int refuse(int status) {
+        for (const level& open : levels_)
+            if (open.in_list && open.member().held == holding::slots) status = zr_err_no_match;
+        describe(status);
+        return status;
+    }
+
+    void describe(int status) {
+        if (found_ == nullptr) return;
+        found_->status = status;
+        found_->offset = static_cast<uint32_t>(in_.at - start_);
+        found_->left = static_cast<uint32_t>(in_.left());
+        found_->expected = expected_;
+        found_->count_name = expected_ == expectation::fewer_elements ? levels_.top().member().count_name : "";
+        describe_path();
+    }
+
+    // What a level adds to the path, of which there is room for `size` octets; 0 when it adds nothing.
+    static size_t part_of(const level& open, char* to, size_t size) {
+        if (open.next == open.type->field_count) return 0;
+        const field& field = open.member();
+        const int written = open.in_list ? std::snprintf(to, size, ".%s[%u]", field.name, open.element)
+                                         : std::snprintf(to, size, ".%s", field.name);
+        return static_cast<size_t>(written) < size ? static_cast<size_t>(written) : size - 1;
+    }
+    // Levels from the outermost as long as they take no more than half of the path; then, if there are more, from the
+    // one on from which the others take no more than the rest.
+    void describe_path() {
+        constexpr size_t half = sizeof found_->path / 2 - 8;
+        char part[half];
+        char* to = found_->path;
+        *to = '\0';
+        const level* const end = levels_.end();
+        const level* next = levels_.begin();
+        const auto append = [&](size_t most) {
+            for (; next != end; ++next) {
+                const size_t count = part_of(*next, part, sizeof part);
+                const char* first = to == found_->path ? part + 1 : part;
+                if (static_cast<size_t>(to - found_->path) + count > most) return;
+                if (count == 0) continue;
+                const size_t copied = count - static_cast<size_t>(first - part);
+                std::memcpy(to, first, copied);
+                *(to += copied) = '\0';
+            }
+        };
+        append(half);
+        if (next == end) return;
+        size_t last = 0;
+        const level* tail = end;
+        for (; tail != next; --tail) {
+            const size_t count = part_of(tail[-1], part, sizeof part);
+            if (last + count > half) break;
+            last += count;
+        }
+        if (tail != next) {
+            std::memcpy(to, " ... ", 6);
+            to += 5;
+            const size_t count = part_of(*tail, part, sizeof part);
+            std::memcpy(to, part + 1, count);
+            to += count - 1;
+            next = tail + 1;
+        }
+        append(sizeof found_->path - 1);
+    }
+
+    input in_;
+    const unsigned char* const start_;
+    refusal* const found_;
+    work_list<level> levels_;
+    expectation expected_ = expectation::sequence;
+    bool too_many_ = false;
+};
+
+}  // namespace
+
+int read_any_form(const record_type& type, input in, void* out, refusal* found) {
+    return general_reader(in, found).run(type, out);
+}
+
+}  // namespace zr

@@ -1,0 +1,77 @@
+#include "asn1/codec/guess.h"
+
+#include "asn1/codec/record_codec.h"
+#include "asn1/record/members.h"
+
+namespace zr {
+
+namespace {
+
+// How deep lists of a record in itself are followed: four levels tell a wide tree from a narrow one, and a guess visits
+// few structures.
+constexpr unsigned int most_levels = 4;
+
+// Guesses stop to grow there, so that products do not overflow.
+constexpr uint64_t most_octets = 1 << 20;
+uint64_t capped(uint64_t octets) { return octets < most_octets ? octets : most_octets; }
+
+uint64_t guess_record(const record_type& type, const void* in, unsigned int levels);
+
+// What one value of a list or of slots takes.
+uint64_t guess_value(const field& field, const void* value, unsigned int levels) {
+    if (value == nullptr) return 0;
+    switch (field.value) {
+        case value_kind::integer:
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            return 4;
+        case value_kind::text:
+            return 4 + std::strlen(text_in(value));
+        case value_kind::record:
+            return 4 + guess_record(*field.record, value, levels);
+    }
+    return 0;
+}
+
+// The middle element of a list stands for all.
+uint64_t guess_list(const varying_field& varying, const void* in, unsigned int levels) {
+    const field& field = *varying.what;
+    const uint32_t count = place_count(field, in);
+    if (count == 0) return 0;
+    // A chain has as many levels as it has: one is as good a guess as another.
+    if (varying.own_list && (count == 1 || levels-- == 0))
+        return capped(count * uint64_t{4 + field.record->codec->typical_octets});
+    return capped(count * capped(guess_value(field, value_at(field, in, count / 2), levels)));
+}
+
+uint64_t guess_field(const varying_field& varying, const void* in, unsigned int levels) {
+    const field& field = *varying.what;
+    uint64_t octets = 0;
+    switch (field.held) {
+        case holding::one:
+            return octets_length(field, in);
+        case holding::optional:
+        case holding::slots:
+            for (uint32_t i = 0; i < place_count(field, in); ++i)
+                octets += guess_value(field, value_at(field, in, i), levels);
+            return octets;
+        case holding::list:
+        case holding::pointer_list:
+            return guess_list(varying, in, levels);
+    }
+    return octets;
+}
+
+uint64_t guess_record(const record_type& type, const void* in, unsigned int levels) {
+    uint64_t octets = type.codec->typical_octets;
+    const varying_field* const end = type.codec->varying + type.codec->varying_count;
+    for (const varying_field* varying = type.codec->varying; varying != end; ++varying)
+        octets += guess_field(*varying, &place<char>(in, varying->offset), levels);
+    return octets;
+}
+
+}  // namespace
+
+uint64_t guess_octets(const record_type& type, const void* in) { return guess_record(type, in, most_levels); }
+
+}  // namespace zr

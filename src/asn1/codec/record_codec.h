@@ -1,0 +1,34 @@
+// What the direct codec knows of a record at run time.
+#pragma once
+
+#include <cstdint>
+
+#include "asn1/record/record_type.h"
+
+namespace zr {
+
+class writer;
+class counter;
+
+// A field whose encodings differ much in length, in a record or in what it embeds: texts are taken to be short.
+struct varying_field {
+    const field* what;
+    uint32_t offset;  // of the structure with the field
+    bool own_list;    // a list of just that record
+};
+
+struct record_codec {
+    // The record's one function for each thing, on an untyped structure (asn1/codec/encode.h, decode.h, release.h).
+    unsigned char* (*write)(writer sink, const void* in);
+    uint64_t (*count)(counter sink, const void* in);
+    const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
+    void (*release)(void* structure);
+
+    uint32_t min_octets;      // the fewest that any encoding has
+    uint32_t typical_octets;  // about as many take the fields that do not vary
+    const varying_field* varying;
+    uint32_t varying_count;
+    bool is_leaf;  // without lists, slots and optional records
+};
+
+}  // namespace zr

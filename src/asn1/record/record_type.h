@@ -1,0 +1,44 @@
+// A record at run time: its name, its table of fields, and its entry points on untyped structures.
+#pragma once
+
+#include "asn1/record/field.h"
+#include "asn1/record/refusal.h"
+#include "asn1/zr_asn_buffer.h"
+
+namespace zr {
+
+// How the direct codec works with a record: not for callers (asn1/codec/record_codec.h).
+struct record_codec;
+
+struct record_type {
+    const char* name;     // of the structure, such as "attrlist_s_t"
+    const char* binding;  // of the binding class, such as "asn_attrlist_t"
+    const char* module;   // of the schema module, such as "attrlist_asn"
+    const field* fields;
+    uint32_t field_count;
+    uint32_t size;              // of the structure in octets
+    object_maker make_binding;  // makes an object of the binding class
+    const record_codec* codec;
+
+    const field* begin() const { return fields; }
+    const field* end() const { return fields + field_count; }
+    // Whether the last field is a list of this record itself: then it nests as deep as the data does.
+    bool contains_itself() const {
+        const field& last = fields[field_count - 1];
+        return last.record == this && is_list(last.held);
+    }
+
+    // The record's entry points (see ZR_RECORD in asn1/record/record.h).
+    [[nodiscard]] ZR_API int encode(zr_asn_buffer_t& out, const void* in) const;
+    [[nodiscard]] ZR_API int encode_lcs(zr_asn_buffer_t& out, const void* in) const;
+    [[nodiscard]] ZR_API int decode(const zr_asn_buffer_t& in, void* out) const;
+    [[nodiscard]] ZR_API int decode_lcs(const zr_asn_buffer_t& in, void* out) const;
+    ZR_API void free(void* structure) const;
+
+    // examine reads `length` octets, an encoding without its envelope, as decode does and gives away what it reads.
+    // Returns the status that decode answers; when that is not 0, `found` says where and why. Octets behind the record
+    // are not looked at. Nothing is printed.
+    [[nodiscard]] ZR_API int examine(const unsigned char* octets, size_t length, refusal& found) const;
+};
+
+}  // namespace zr

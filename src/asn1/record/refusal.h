@@ -1,0 +1,31 @@
+// Where and why octets are no encoding of a record.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zr {
+
+// What was to be read where a decode stopped.
+enum class expectation : uint8_t {
+    sequence,         // a SEQUENCE: a record or a list
+    integer,          // an INTEGER
+    utf8_string,      // a UTF8String
+    octet_string,     // an OCTET STRING
+    end_of_sequence,  // nothing: the SEQUENCE's last member was read
+    end_of_contents,  // the octets 00 00 of an indefinite length
+    fewer_elements,   // nothing wrong with the octets, but the list has more elements than its count can hold
+};
+
+struct refusal {
+    int status = 0;               // what the entry points answer
+    uint32_t offset = 0;          // of the first octet that does not fit
+    uint32_t left = 0;            // octets from there to the end of what encloses it
+    expectation expected{};       // there
+    const char* count_name = "";  // of fewer_elements: the counting member
+    // The way to the member that was to be read, such as "attrs[3].name"; empty for the record itself. Of a long way
+    // the middle is left out.
+    char path[320] = "";
+};
+
+}  // namespace zr
