@@ -6,7 +6,7 @@ root=$1
 shift
 cd "$root" || exit 1
 
-headers=$( (cd src && find . -name '*.h'; cd .. && find base_idls -name '*.h') | sed 's,^\./,,' | sort)
+headers=$( (cd src && find . -name '*.h'; cd .. && find base_idls zrasn -name '*.h') | sed 's,^\./,,' | sort)
 [ -n "$headers" ] || { echo "no headers below $root" >&2; exit 1; }
 
 compiles() { "$@" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I src -I . -x c++ -; }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "asn1/asn_yvobjs.h"
+#include "asn1/asnbase.h"
 #include "asn1/zrasnbase.h"
 #include "asn1/zrasnutf8.h"
 #include "base_idls/zrnbase_asn.h"

@@ -1,7 +1,8 @@
 // The versioned envelope around every public encoding, and the value objects that records keep their fields in.
 #pragma once
 
-#include "asn1/asnbase.h"
+#include "asn1/asnbase/composite.h"
+#include "asn1/asnbase/octetstring.h"
 #include "asn1/zr_asn_buffer.h"
 
 // zr_asnbase is the SEQUENCE that every record is, and the home of the envelope functions.

@@ -56,7 +56,7 @@ constexpr record_type make_record_type() {
 }
 
 // Gives a copy of an envelope in a malloc block; 275062885 when memory is out, which is reported.
-[[nodiscard]] ZR_API int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
+[[nodiscard]] int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
 
 // A flat structure is always small: it is written on the stack first.
 template <class S>

@@ -22,9 +22,10 @@ void release(S& structure);
 template <members_after After, class F>
 ZR_INLINE void release_value(place_of<F>& where) {
     if constexpr (is_by_pointer(F::held)) {
-        if (where == nullptr) return;
-        release<members_after::any>(*where);
-        std::free(where);
+        auto* const value = where;
+        if (value == nullptr) return;
+        release<members_after::any>(*value);
+        std::free(value);
         if constexpr (After == members_after::cleared) where = nullptr;
     } else if constexpr (F::value == value_kind::record) {
         release<After>(where);
@@ -39,16 +40,15 @@ ZR_INLINE void release_value(place_of<F>& where) {
 template <members_after After, class F, class S>
 ZR_INLINE void release_field(S& structure) {
     if constexpr (is_list(F::held)) {
-        auto*& array = array_of<F>(structure);
+        auto* const array = array_of<F>(structure);
         if (array != nullptr) {
             if constexpr (F::value != value_kind::integer) {
-                const size_t count = count_of<F>(structure);
-                for (size_t i = count; i-- != 0;)
+                for (size_t i = count_of<F>(structure); i-- != 0;)
                     release_value<members_after::any, F>(array[i]);
             }
             std::free(array);
         }
-        if constexpr (After == members_after::cleared) array = nullptr;
+        if constexpr (After == members_after::cleared) array_of<F>(structure) = nullptr;
     } else if constexpr (F::held == holding::slots) {
         for (uint32_t i = F::size; i-- != 0;)
             release_value<After, F>((&member_of<F>(structure))[i]);

@@ -30,7 +30,7 @@ ZR_API void get_fields(zr_asnbase& binding, const record_type& type, void* struc
 // encode_tree and decode_tree are the entry points' way through a binding object, which is made for the one call (mode
 // zr_local_code_set converts the texts). Exceptions are reported to standard error and returned as a status. The
 // structure of a failed decode is as the entry points promise (clears_structure in asn1/status.h).
-[[nodiscard]] ZR_API int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, const void* in);
-[[nodiscard]] ZR_API int decode_tree(const record_type& type, security_t mode, const zr_asn_buffer_t& in, void* out);
+[[nodiscard]] int encode_tree(const record_type& type, security_t mode, zr_asn_buffer_t& out, const void* in);
+[[nodiscard]] int decode_tree(const record_type& type, security_t mode, const zr_asn_buffer_t& in, void* out);
 
 }  // namespace zr
