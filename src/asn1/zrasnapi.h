@@ -23,12 +23,12 @@ using zrasn_integer_value = int32_t;
 
 // zrasn_encode_obj gives the encoding in a new block, which the caller releases with zr_asn_buffer_free. What `out`
 // held before is overwritten, not freed; it is untouched when the status is not 0.
-ZR_API int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_t& out);
+[[nodiscard]] ZR_API int zrasn_encode_obj(int version, void* value, unsigned int type, zr_asn_buffer_t& out);
 
 // zrasn_decode_obj fills the value; zrasn_obj_free releases what it allocated. When memory ends (275062885) the value
 // is all zero, otherwise a refused value is, octet for octet, as the caller gave it; only an INTEGER that does not fit
 // 32 bits is stored as 0, with 275063193. A failed call leaves no block behind. Mind the order of the parameters.
-ZR_API int zrasn_decode_obj(int version, zr_asn_buffer_t& in, unsigned int type, void* value);
+[[nodiscard]] ZR_API int zrasn_decode_obj(int version, zr_asn_buffer_t& in, unsigned int type, void* value);
 
 // zrasn_obj_free releases what a decode allocated inside the value, not the value itself, and leaves pointers null and
 // counts 0. `version` is not used. Returns 0.
@@ -36,7 +36,7 @@ ZR_API int zrasn_obj_free(int version, unsigned int type, void* value);
 
 // zrasn_version answers whether `in` has an envelope header with a version that is not 0: flag 0 and result 0 when it
 // does, flag 1 and 275063190 when not.
-ZR_API int zrasn_version(const zr_asn_buffer_t& in, unsigned int& flag);
+[[nodiscard]] ZR_API int zrasn_version(const zr_asn_buffer_t& in, unsigned int& flag);
 
 // zr_asn_buffer_free releases the block of `buffer` when there is one. Neither field is reset: do not free it twice.
 ZR_API void zr_asn_buffer_free(zr_asn_buffer_t& buffer);

@@ -21,16 +21,16 @@ public:
     // saveEncoding writes `object` into a new envelope; of `version` the low eight bits count. On success `out` gets a
     // malloc block that the caller releases with zr_asn_buffer_free; what it held before is overwritten, not freed.
     // Otherwise `out` is untouched and the object's status is returned. Exceptions pass through.
-    static int saveEncoding(zr_asn_object& object, int version, zr_asn_buffer_t& out);
+    [[nodiscard]] static int saveEncoding(zr_asn_object& object, int version, zr_asn_buffer_t& out);
 
     // loadObject checks the header and reads `object` from what follows it. 275063190 with the object as it was when
     // the header is missing, of another version, declares no or more octets than there are, or data is null; else the
     // status of asnread. Octets behind the object are not looked at.
-    static int loadObject(zr_asn_object& object, int version, zr_asn_buffer_t& in);
+    [[nodiscard]] static int loadObject(zr_asn_object& object, int version, zr_asn_buffer_t& in);
 
     // get_encoded_version answers whether `in` has a header with a version that is not 0: flag 0 and result 0 when it
     // does, flag 1 and 275063190 when not. The number itself is not told.
-    static int get_encoded_version(const zr_asn_buffer_t& in, unsigned int& flag);
+    [[nodiscard]] static int get_encoded_version(const zr_asn_buffer_t& in, unsigned int& flag);
 };
 
 // zr_v37_asnbase is a record whose SEQUENCE begins with a fixed INTEGER 1. The number read is not compared with 1.
