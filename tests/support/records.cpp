@@ -145,7 +145,7 @@ private:
             if (below(4) == 0) zr::store_count(field, contents, 3);  // without an array
             return;
         }
-        place<void*>(contents, field.offset) = zeroed(count * zr::place_octets(field));
+        place<void*>(contents, field.offset) = zeroed(count * field.place_octets);
         for (uint32_t i = 0; i < count; ++i) {
             spend(2);
             fill_value(field, contents, zr::place_at(field, contents, i), depth);

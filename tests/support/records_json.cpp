@@ -69,7 +69,7 @@ void fill_field(const field& field, void* contents, const json& value) {
     if (field.held == holding::slots) {
         require(value.size() <= field.size, "more positions than slots");
     } else if (!value.empty()) {
-        place<void*>(contents, field.offset) = zeroed(value.size() * zr::place_octets(field));
+        place<void*>(contents, field.offset) = zeroed(value.size() * field.place_octets);
         zr::store_count(field, contents, static_cast<uint32_t>(value.size()));
     }
     for (uint32_t i = 0; i < value.size(); ++i)

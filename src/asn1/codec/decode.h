@@ -3,9 +3,7 @@
 
 #include <cstdlib>
 
-#include "asn1/codec/quick_reader.h"
-#include "asn1/codec/shape.h"
-#include "asn1/codec/value_reader.h"
+#include "asn1/codec/values.h"
 #include "asn1/codec/work_list.h"
 
 namespace zr {
@@ -45,7 +43,7 @@ ZR_INLINE auto* make_array(S& out, size_t count) {
 // Whether a list's count can hold so many elements, and `octets` octets too.
 template <class F>
 ZR_INLINE bool is_plausible(size_t count, size_t octets) {
-    return count <= octets / min_value_octets<F>() && count <= static_cast<typename F::count_type>(-1);
+    return count <= octets / codec_of_value<F>::template least<F> && count <= static_cast<typename F::count_type>(-1);
 }
 
 // The next element of a list of records, counted and all zero: in the array, or in a block of its own.
@@ -154,30 +152,10 @@ ZR_INLINE octet_position read_optional(octet_position at, octet_position end, S&
     return read_record(at, end, make_structure<F, S>(member_of<F>(out)));
 }
 
-// Reads the value of a field that holds one.
-template <class F, class S>
-ZR_INLINE octet_position read_one(octet_position at, octet_position end, S& out) {
-    if constexpr (F::value == value_kind::integer) {
-        int32_t value = 0;
-        at = quick_integer(at, end, value);
-        member_of<F>(out) = static_cast<typename F::value_type>(value);
-        return at;
-    } else if constexpr (F::value == value_kind::text) {
-        return quick_text(at, end, member_of<F>(out));
-    } else if constexpr (F::value == value_kind::octets) {
-        return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module);
-    } else if constexpr (F::value == value_kind::fixed_octets) {
-        return quick_fixed_octets<F::size>(at, end, member_of<F>(out));
-    } else {
-        static_assert(F::value == value_kind::record || unknown_kind<F>);
-        return read_record(at, end, member_of<F>(out));
-    }
-}
-
 template <class F, class S>
 ZR_INLINE octet_position read_field(octet_position at, octet_position end, S& out) {
     if constexpr (F::held == holding::one) {
-        return read_one<F>(at, end, out);
+        return codec_of_value<F>::template read<F>(at, end, out);
     } else if constexpr (F::held == holding::optional) {
         return read_optional<F>(at, end, out);
     } else if constexpr (F::held == holding::slots) {

@@ -2,9 +2,7 @@
 #pragma once
 
 #include "asn1/codec/runs.h"
-#include "asn1/codec/shape.h"
 #include "asn1/codec/work_list.h"
-#include "asn1/codec/writer.h"
 
 namespace zr {
 

@@ -6,33 +6,14 @@
 #include <memory>
 
 #include "asn1/ber.h"
-#include "asn1/codec/quick_reader.h"
 #include "asn1/codec/record_codec.h"
+#include "asn1/codec/values.h"
 #include "asn1/codec/work_list.h"
 #include "asn1/record/members.h"
 
 namespace zr {
 
 namespace {
-
-// Values in the library's own form are many among others too.
-bool step(input& in, octet_position behind) {
-    if (behind == nullptr) return false;
-    in.at = behind;
-    return true;
-}
-int read_any_integer(input& in, int32_t& value) {
-    return step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value);
-}
-int read_any_text(input& in, char*& text) {
-    return step(in, quick_text(in.at, in.end, text)) ? 0 : read_text(in, text);
-}
-int read_any_octets(input& in, unsigned char*& data, uint32_t& length, const char* file) {
-    if (step(in, quick_octets(in.at, in.end, data, length, file))) return 0;
-    const int status = read_octets(in, data, length);
-    if (status == zr_err_out_of_memory) throw_memory_error(file);
-    return status;
-}
 
 // A record's structure in a block of its own that is read and given away.
 struct dropped_deleter {
@@ -104,7 +85,8 @@ private:
     int open_record(const record_type& type, void* structure, bool dropped) {
         dropped_record owned(dropped ? structure : nullptr, {&type});
         if (type.codec->is_leaf) {
-            if (step(in_, type.codec->read(in_.at, in_.end, structure))) {
+            if (const unsigned char* behind = type.codec->read(in_.at, in_.end, structure)) {
+                in_.at = behind;
                 if (!levels_.empty()) levels_.top().advance();
                 return 0;
             }
@@ -124,7 +106,8 @@ private:
         return 0;
     }
     int enter(scope& entered) {
-        expected_ = expectation::sequence;
+        expected_ = expectation::value;
+        tag_ = 16;
         return enter_sequence(in_, entered);
     }
     int close_record() {
@@ -146,7 +129,7 @@ private:
         const field& field = top.member();
         switch (field.held) {
             case holding::one:
-                return read_value(field, place_at(field, top.structure, 0));
+                return read_one(field, place_at(field, top.structure, 0));
             case holding::optional: {
                 if (!next_is_sequence(in_)) {
                     top.advance();
@@ -174,35 +157,11 @@ private:
     }
 
     // Reads the value in a place, of the structure of the level that is read.
-    int read_value(const field& field, void* where) {
+    int read_one(const field& field, void* where) {
+        if (field.value == value_kind::record) return open_record(*field.record, where, false);
         level& top = levels_.top();
-        int status = 0;
-        switch (field.value) {
-            case value_kind::integer: {
-                int32_t value = 0;
-                expected_ = expectation::integer;
-                status = read_any_integer(in_, value);
-                store_integer(where, field.integer, value);
-                break;
-            }
-            case value_kind::text:
-                expected_ = expectation::utf8_string;
-                status = read_any_text(in_, place<char*>(where, 0));
-                break;
-            case value_kind::octets: {
-                uint32_t length = 0;
-                expected_ = expectation::octet_string;
-                status = read_any_octets(in_, place<unsigned char*>(where, 0), length, top.type->module);
-                store_count(field, top.structure, length);
-                break;
-            }
-            case value_kind::fixed_octets:
-                expected_ = expectation::octet_string;
-                status = read_fixed_octets(in_, static_cast<unsigned char*>(where), field.size);
-                break;
-            case value_kind::record:
-                return open_record(*field.record, where, false);
-        }
+        expected_ = expectation::value;
+        const int status = read_value(in_, field, top.structure, where, tag_, top.type->module);
         if (status == 0) top.advance();
         return status;
     }
@@ -221,7 +180,7 @@ private:
         if (field.held == holding::slots) return read_position(top, field);
         void* where = add_place(top, field);
         if (where == nullptr) return read_uncounted(top, field);
-        if (!is_by_pointer(field.held)) return read_value(field, where);
+        if (!is_by_pointer(field.held)) return read_one(field, where);
         void* made = make_structure(*field.record, *top.type, field.held);
         place<void*>(where, 0) = made;
         return open_record(*field.record, made, false);
@@ -250,8 +209,8 @@ private:
         if (field.value == value_kind::record)
             return open_record(*field.record, make_structure(*field.record, *top.type, field.held), true);
         void* dropped = nullptr;
-        const int status = read_value(field, &dropped);
-        if (field.value == value_kind::text) std::free(dropped);
+        const int status = read_one(field, &dropped);
+        drop_value(field, &dropped);
         return status;
     }
 
@@ -270,7 +229,7 @@ private:
         if (count == most_count(field)) return nullptr;
         if (count == top.room) resize(top, field, top.room < 4 ? 8 : size_t{top.room} * 2);
         void* where = place_at(field, top.structure, count);
-        std::memset(where, 0, place_octets(field));
+        std::memset(where, 0, field.place_octets);
         store_count(field, top.structure, count + 1);
         return where;
     }
@@ -279,13 +238,12 @@ private:
         const uint32_t count = stored_count(field, top.structure);
         if (count == top.room) return;
         auto*& array = place<void*>(top.structure, field.offset);
-        if (void* shrunk = std::realloc(array, count * place_octets(field))) array = shrunk;
+        if (void* shrunk = std::realloc(array, count * field.place_octets)) array = shrunk;
     }
     static void resize(level& top, const field& field, size_t room) {
         auto*& array = place<void*>(top.structure, field.offset);
         if (room > most_count(field)) room = most_count(field);
-        void* grown =
-            room <= SIZE_MAX / place_octets(field) ? std::realloc(array, room * place_octets(field)) : nullptr;
+        void* grown = room <= SIZE_MAX / field.place_octets ? std::realloc(array, room * field.place_octets) : nullptr;
         if (grown == nullptr) throw_memory_error(top.type->module);
         array = grown;
         top.room = static_cast<uint32_t>(room);
@@ -305,6 +263,7 @@ private:
         found_->offset = static_cast<uint32_t>(in_.at - start_);
         found_->left = static_cast<uint32_t>(in_.left());
         found_->expected = expected_;
+        found_->tag = tag_;
         found_->count_name = expected_ == expectation::fewer_elements ? levels_.top().member().count_name : "";
         describe_path();
     }
@@ -361,7 +320,8 @@ private:
     const unsigned char* const start_;
     refusal* const found_;
     work_list<level> levels_;
-    expectation expected_ = expectation::sequence;
+    expectation expected_ = expectation::value;
+    unsigned char tag_ = 16;  // of the value that is expected
     bool too_many_ = false;
 };
 

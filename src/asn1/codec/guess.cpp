@@ -1,6 +1,7 @@
 #include "asn1/codec/guess.h"
 
 #include "asn1/codec/record_codec.h"
+#include "asn1/codec/values.h"
 #include "asn1/record/members.h"
 
 namespace zr {
@@ -18,19 +19,10 @@ uint64_t capped(uint64_t octets) { return octets < most_octets ? octets : most_o
 uint64_t guess_record(const record_type& type, const void* in, unsigned int levels);
 
 // What one value of a list or of slots takes.
-uint64_t guess_value(const field& field, const void* value, unsigned int levels) {
+uint64_t guess_value(const field& field, const void* in, const void* value, unsigned int levels) {
     if (value == nullptr) return 0;
-    switch (field.value) {
-        case value_kind::integer:
-        case value_kind::octets:
-        case value_kind::fixed_octets:
-            return 4;
-        case value_kind::text:
-            return 4 + std::strlen(text_in(value));
-        case value_kind::record:
-            return 4 + guess_record(*field.record, value, levels);
-    }
-    return 0;
+    if (field.value == value_kind::record) return 4 + guess_record(*field.record, value, levels);
+    return guess_value_octets(field, in, value);
 }
 
 // The middle element of a list stands for all.
@@ -41,7 +33,7 @@ uint64_t guess_list(const varying_field& varying, const void* in, unsigned int l
     // A chain has as many levels as it has: one is as good a guess as another.
     if (varying.own_list && (count == 1 || levels-- == 0))
         return capped(count * uint64_t{4 + field.record->codec->typical_octets});
-    return capped(count * capped(guess_value(field, value_at(field, in, count / 2), levels)));
+    return capped(count * capped(guess_value(field, in, value_at(field, in, count / 2), levels)));
 }
 
 uint64_t guess_field(const varying_field& varying, const void* in, unsigned int levels) {
@@ -49,11 +41,11 @@ uint64_t guess_field(const varying_field& varying, const void* in, unsigned int 
     uint64_t octets = 0;
     switch (field.held) {
         case holding::one:
-            return octets_length(field, in);
+            return guess_value_octets(field, in, value_at(field, in));
         case holding::optional:
         case holding::slots:
             for (uint32_t i = 0; i < place_count(field, in); ++i)
-                octets += guess_value(field, value_at(field, in, i), levels);
+                octets += guess_value(field, in, value_at(field, in, i), levels);
             return octets;
         case holding::list:
         case holding::pointer_list:

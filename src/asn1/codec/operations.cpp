@@ -1,9 +1,8 @@
 #include "asn1/record/operations.h"
 
-#include <algorithm>
 #include <cstdlib>
 
-#include "asn1/codec/value_reader.h"
+#include "asn1/codec/values.h"
 #include "asn1/codec/work_list.h"
 #include "asn1/record/members.h"
 
@@ -21,12 +20,6 @@ struct pair_level {
     uint16_t next;     // the field that is next
 };
 
-void* duplicate(const void* octets, size_t count, const record_type& type) {
-    void* made = std::malloc(count);
-    if (made == nullptr) throw_memory_error(type.module);
-    return std::memcpy(made, octets, count);
-}
-
 void* make_zeroed(size_t count, size_t octets, const record_type& type) {
     void* made = std::calloc(count, octets);
     if (made == nullptr) throw_memory_error(type.module);
@@ -37,37 +30,15 @@ void* make_zeroed(size_t count, size_t octets, const record_type& type) {
 void copy_array(const record_type& type, const field& field, const void* from, void* to) {
     const uint32_t count = place_count(field, from);
     if (count == 0) return;
-    place<void*>(to, field.offset) = make_zeroed(count, place_octets(field), type);
+    place<void*>(to, field.offset) = make_zeroed(count, field.place_octets, type);
     store_count(field, to, count);
 }
 
 // Copies the values of a field of no records.
 void copy_values(const record_type& type, const field& field, const void* from, void* to) {
     const uint32_t count = place_count(field, from);
-    for (uint32_t i = 0; i < count; ++i) {
-        const void* value = value_at(field, from, i);
-        void* where = place_at(field, to, i);
-        switch (field.value) {
-            case value_kind::integer:
-                std::memcpy(where, value, field.integer.octets);
-                break;
-            case value_kind::text:
-                if (const char* text = place<const char*>(value, 0))
-                    place<void*>(where, 0) = duplicate(text, std::strlen(text) + 1, type);
-                break;
-            case value_kind::octets:
-                if (const uint32_t length = octets_length(field, from)) {
-                    place<void*>(where, 0) = duplicate(place<const void*>(value, 0), length, type);
-                    store_count(field, to, length);
-                }
-                break;
-            case value_kind::fixed_octets:
-                std::memcpy(where, value, field.size);
-                break;
-            case value_kind::record:
-                break;
-        }
-    }
+    for (uint32_t i = 0; i < count; ++i)
+        copy_value(field, from, place_at(field, from, i), to, place_at(field, to, i), type.module);
 }
 
 void copy_levels(const record_type& root, const void* from, void* to) {
@@ -100,48 +71,16 @@ void copy_levels(const record_type& root, const void* from, void* to) {
     }
 }
 
-template <class T>
-int order_of(T left, T right) {
-    return left < right ? -1 : left > right ? 1 : 0;
-}
+int order_counts(uint32_t left, uint32_t right) { return left < right ? -1 : left > right ? 1 : 0; }
 
-int order_octets(const void* left, const void* right, uint32_t left_length, uint32_t right_length) {
-    const uint32_t common = std::min(left_length, right_length);
-    const int order = common != 0 ? std::memcmp(left, right, common) : 0;
-    return order != 0 ? order : order_of(left_length, right_length);
-}
-
-int order_values(const field& field, const void* left, const void* right) {
+// The same of two fields of no records.
+int order_fields(const field& field, const void* left, const void* right) {
     const uint32_t left_count = place_count(field, left);
     const uint32_t right_count = place_count(field, right);
-    for (uint32_t i = 0; i < left_count && i < right_count; ++i) {
-        const void* one = value_at(field, left, i);
-        const void* other = value_at(field, right, i);
-        int order = 0;
-        switch (field.value) {
-            case value_kind::integer: {
-                const int32_t a = load_integer(one, field.integer);
-                const int32_t b = load_integer(other, field.integer);
-                order = field.integer.is_signed ? order_of(a, b)
-                                                : order_of(static_cast<uint32_t>(a), static_cast<uint32_t>(b));
-                break;
-            }
-            case value_kind::text:
-                order = std::strcmp(text_in(one), text_in(other));
-                break;
-            case value_kind::octets:
-                order = order_octets(place<const void*>(one, 0), place<const void*>(other, 0),
-                                     octets_length(field, left), octets_length(field, right));
-                break;
-            case value_kind::fixed_octets:
-                order = std::memcmp(one, other, field.size);
-                break;
-            case value_kind::record:
-                break;
-        }
-        if (order != 0) return order;
-    }
-    return order_of(left_count, right_count);
+    for (uint32_t i = 0; i < left_count && i < right_count; ++i)
+        if (int order = order_values(field, left, place_at(field, left, i), right, place_at(field, right, i)))
+            return order;
+    return order_counts(left_count, right_count);
 }
 
 int order_levels(const record_type& root, const void* left, const void* right) {
@@ -157,10 +96,10 @@ int order_levels(const record_type& root, const void* left, const void* right) {
         const field& field = type.fields[top.next];
         int order = 0;
         if (field.value != value_kind::record) {
-            order = order_values(field, top.first, top.second);
+            order = order_fields(field, top.first, top.second);
             ++top.next;
         } else if (top.element == place_count(field, top.first) || top.element == place_count(field, top.second)) {
-            order = order_of(place_count(field, top.first), place_count(field, top.second));
+            order = order_counts(place_count(field, top.first), place_count(field, top.second));
             top.element = 0;
             ++top.next;
         } else {
@@ -169,7 +108,7 @@ int order_levels(const record_type& root, const void* left, const void* right) {
             const void* other = value_at(field, top.second, i);
             if (field.held == holding::pointer_list && (one == nullptr || other == nullptr))
                 throw_memory_error(type.module);
-            order = order_of(one != nullptr, other != nullptr);
+            order = order_counts(one != nullptr, other != nullptr);
             if (order == 0 && one != nullptr) open.push({field.record, one, other, 0, 0}, type.module);
         }
         if (order != 0) return order;
@@ -185,7 +124,10 @@ int copy_record(const record_type& type, const void* from, void* to) {
         copy_levels(type, from, to);
         return 0;
     });
-    if (status != 0) type.free(to), std::memset(to, 0, type.size);
+    if (status != 0) {
+        type.free(to);
+        std::memset(to, 0, type.size);
+    }
     return status;
 }
 

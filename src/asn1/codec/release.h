@@ -6,17 +6,9 @@
 
 #include <cstdlib>
 
-#include "asn1/codec/copy.h"
-#include "asn1/codec/shape.h"
+#include "asn1/codec/values.h"
 
 namespace zr {
-
-// What becomes of the members of a released structure: pointers null and counts 0, or, in a block that is itself
-// released, whatever they are.
-enum class members_after { cleared, any };
-
-template <members_after After, class S>
-void release(S& structure);
 
 // Releases the value in a place.
 template <members_after After, class F>
@@ -27,13 +19,8 @@ ZR_INLINE void release_value(place_of<F>& where) {
         release<members_after::any>(*value);
         std::free(value);
         if constexpr (After == members_after::cleared) where = nullptr;
-    } else if constexpr (F::value == value_kind::record) {
-        release<After>(where);
-    } else if constexpr (F::value == value_kind::text || F::value == value_kind::octets) {
-        std::free(where);
-        if constexpr (After == members_after::cleared) where = nullptr;
     } else {
-        static_assert(F::value == value_kind::integer || F::value == value_kind::fixed_octets || unknown_kind<F>);
+        codec_of_value<F>::template release<After>(where);
     }
 }
 
@@ -42,7 +29,7 @@ ZR_INLINE void release_field(S& structure) {
     if constexpr (is_list(F::held)) {
         auto* const array = array_of<F>(structure);
         if (array != nullptr) {
-            if constexpr (F::value != value_kind::integer) {
+            if constexpr (codec_of_value<F>::holds_blocks) {
                 for (size_t i = count_of<F>(structure); i-- != 0;)
                     release_value<members_after::any, F>(array[i]);
             }

@@ -4,8 +4,7 @@
 // are measured first; a run that begins with the record's first field asks for the record's header too.
 #pragma once
 
-#include "asn1/codec/shape.h"
-#include "asn1/codec/writer.h"
+#include "asn1/codec/values.h"
 
 namespace zr {
 
@@ -24,30 +23,16 @@ constexpr bool ends_run() {
     return is_leaf_field<field_at<S, I>>();
 }
 
-// How many texts and byte strings a leaf field has; what it takes beyond their octets at most.
-template <class S>
-constexpr size_t strings_in_leaf();
-template <class S>
-constexpr size_t most_octets_in_leaf();
-template <class F>
-constexpr size_t strings_in() {
-    if constexpr (F::value == value_kind::record) return strings_in_leaf<typename F::value_type>();
-    return F::value == value_kind::text || F::value == value_kind::octets ? 1 : 0;
-}
-template <class F>
-constexpr size_t most_octets_in() {
-    if constexpr (F::value == value_kind::record) return most_octets_in_leaf<typename F::value_type>();
-    if constexpr (F::value == value_kind::integer) return max_integer;
-    return max_header + F::size;
-}
-// The same of the fields from First on, as many as there are indices.
+// How many texts and byte strings the leaf fields from First on have, as many as there are indices; what they take
+// beyond the octets of those at most.
 template <class S, size_t First, size_t... I>
 constexpr size_t strings_in_run(std::index_sequence<I...>) {
-    return (size_t{0} + ... + strings_in<field_at<S, First + I>>());
+    return (size_t{0} + ... + codec_of_value<field_at<S, First + I>>::template strings<field_at<S, First + I>>);
 }
 template <class S, size_t First, size_t... I>
 constexpr size_t most_octets_in_run(std::index_sequence<I...>) {
-    return (size_t{First == 0 ? max_header : 0} + ... + most_octets_in<field_at<S, First + I>>());
+    return (size_t{First == 0 ? max_header : 0} + ... +
+            codec_of_value<field_at<S, First + I>>::template most<field_at<S, First + I>>);
 }
 template <class S>
 constexpr size_t strings_in_leaf() {
@@ -58,52 +43,18 @@ constexpr size_t most_octets_in_leaf() {
     return most_octets_in_run<S, 0>(field_indices<S>());
 }
 
-inline size_t text_length(const char* text) { return text != nullptr ? std::strlen(text) : 0; }
-
-// Measures the texts and byte strings of a leaf field, moves `length` on behind them, and returns the sum.
-template <class S, size_t First, size_t... I>
-ZR_INLINE uint64_t measure_run(const S& in, size_t*& length, std::index_sequence<I...>);
-template <class F, class S>
-ZR_INLINE uint64_t measure_field(const S& in, size_t*& length) {
-    if constexpr (F::value == value_kind::record) {
-        return measure_run<typename F::value_type, 0>(member_of<F>(in), length,
-                                                      field_indices<typename F::value_type>());
-    } else if constexpr (F::value == value_kind::text) {
-        return *length++ = text_length(member_of<F>(in));
-    } else if constexpr (F::value == value_kind::octets) {
-        return *length++ = member_of<F>(in) != nullptr ? count_of<F>(in) : 0;
-    } else {
-        static_assert(F::value == value_kind::integer || F::value == value_kind::fixed_octets || unknown_kind<F>);
-        return 0;
-    }
-}
+// Measures the strings of the leaf fields from First on, moves `length` on behind their lengths, and returns the sum.
 template <class S, size_t First, size_t... I>
 ZR_INLINE uint64_t measure_run(const S& in, size_t*& length, std::index_sequence<I...>) {
     uint64_t sum = 0;
-    ((sum += measure_field<field_at<S, First + I>>(in, length)), ...);
+    ((sum += codec_of_value<field_at<S, First + I>>::template measure<field_at<S, First + I>>(in, length)), ...);
     return sum;
 }
 
-// Writes a leaf field that has room. `length` is behind its measured lengths and moves before them.
-template <class Sink, class S, size_t First, size_t... I>
-ZR_INLINE void write_measured(Sink& sink, const S& in, const size_t*& length, std::index_sequence<I...>);
+// Writes leaf fields that have room, backwards. `length` is behind their measured lengths and moves before them.
 template <class F, class Sink, class S>
 ZR_INLINE void write_leaf_field(Sink& sink, const S& in, const size_t*& length) {
-    if constexpr (F::value == value_kind::integer) {
-        sink.integer(static_cast<int32_t>(member_of<F>(in)));
-    } else if constexpr (F::value == value_kind::text) {
-        sink.string(id_utf8_string, member_of<F>(in), *--length);
-    } else if constexpr (F::value == value_kind::octets) {
-        sink.string(id_octet_string, member_of<F>(in), *--length);
-    } else if constexpr (F::value == value_kind::fixed_octets) {
-        sink.string(id_octet_string, member_of<F>(in), F::size);
-    } else {
-        static_assert(F::value == value_kind::record || unknown_kind<F>);
-        const auto end = sink.position();
-        write_measured<Sink, typename F::value_type, 0>(sink, member_of<F>(in), length,
-                                                        field_indices<typename F::value_type>());
-        sink.header(id_sequence, sink.since(end));
-    }
+    codec_of_value<F>::template write<F>(sink, in, length);
 }
 template <class Sink, class S, size_t First, size_t... I>
 ZR_INLINE void write_measured(Sink& sink, const S& in, const size_t*& length, std::index_sequence<I...>) {

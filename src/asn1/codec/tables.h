@@ -2,7 +2,7 @@
 #pragma once
 
 #include "asn1/codec/record_codec.h"
-#include "asn1/codec/shape.h"
+#include "asn1/codec/values.h"
 #include "asn1/record/binding.h"
 
 namespace zr {
@@ -22,6 +22,7 @@ constexpr field run_time_field() {
     made.size = F::size;
     made.value = F::value;
     made.held = F::held;
+    made.place_octets = sizeof(place_of<F>);
     made.secret = typed.secret;
     made.make_object_at = &make_object_at<F>;
     made.object_offset = static_cast<uint32_t>(object_offset(record<S>::fields, I));
@@ -45,26 +46,25 @@ struct field_table {
     static constexpr table fields = make(field_indices<S>());
 };
 
-// About as many octets take the fields of S that do not vary in length, and all headers: an integer of two octets, a
-// text of fourteen.
+// Octets of a field or record: the fewest of any encoding that is accepted, and about how many the fields that do not
+// vary in length take, with all headers.
+template <class F>
+constexpr size_t min_field_octets() {
+    if constexpr (F::held == holding::one) return codec_of_value<F>::template least<F>;
+    return F::held == holding::optional ? 0 : 2;
+}
+template <class S, size_t... I>
+constexpr size_t sum_min_octets(std::index_sequence<I...>) {
+    return (size_t{2} + ... + min_field_octets<field_at<S, I>>());
+}
 template <class S>
-constexpr uint32_t typical_octets();
+constexpr size_t min_octets() {
+    return sum_min_octets<S>(field_indices<S>());
+}
+
 template <class F>
 constexpr uint32_t typical_field_octets() {
-    if constexpr (F::held == holding::one) {
-        switch (F::value) {
-            case value_kind::integer:
-                return 4;
-            case value_kind::text:
-                return 16;
-            case value_kind::octets:
-            case value_kind::fixed_octets:
-                return 2 + F::size;
-            case value_kind::record:
-                break;
-        }
-        if constexpr (F::value == value_kind::record) return typical_octets<typename F::value_type>();
-    }
+    if constexpr (F::held == holding::one) return codec_of_value<F>::template typical<F>;
     return 2;
 }
 template <class S, size_t... I>
@@ -74,6 +74,23 @@ constexpr uint32_t sum_typical_octets(std::index_sequence<I...>) {
 template <class S>
 constexpr uint32_t typical_octets() {
     return sum_typical_octets<S>(field_indices<S>());
+}
+
+// A flat record holds no blocks at all.
+template <class S>
+constexpr bool is_flat();
+template <class F>
+constexpr bool is_flat_field() {
+    if constexpr (F::held == holding::one && F::value == value_kind::record) return is_flat<typename F::value_type>();
+    return F::held == holding::one && !codec_of_value<F>::holds_blocks;
+}
+template <class S, size_t... I>
+constexpr bool all_flat_fields(std::index_sequence<I...>) {
+    return (is_flat_field<field_at<S, I>>() && ...);
+}
+template <class S>
+constexpr bool is_flat() {
+    return all_flat_fields<S>(field_indices<S>());
 }
 
 // The table of the fields of S that vary in length, those in embedded records among them.

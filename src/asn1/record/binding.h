@@ -6,37 +6,9 @@
 
 #include "asn1/asnbase/collections.h"
 #include "asn1/record/tree.h"
-#include "asn1/zrasnbase.h"
-#include "asn1/zrasnutf8.h"
+#include "asn1/record/value_objects.h"
 
 namespace zr {
-
-template <class S>
-class binding;
-
-// The object that carries one value of a kind; T is the value's C type.
-template <value_kind Value, class T>
-struct value_object;
-template <class T>
-struct value_object<value_kind::integer, T> {
-    using type = zrasn_integer;
-};
-template <class T>
-struct value_object<value_kind::text, T> {
-    using type = zrasnUTF8String;
-};
-template <class T>
-struct value_object<value_kind::octets, T> {
-    using type = zrasn_octetstring;
-};
-template <class T>
-struct value_object<value_kind::fixed_octets, T> {
-    using type = zrasn_octetstring;
-};
-template <class T>
-struct value_object<value_kind::record, T> {
-    using type = binding<T>;
-};
 
 // The object that carries what a field holds, made from the object of its values.
 template <holding Held, class Object>

@@ -106,6 +106,7 @@ struct field {
     uint32_t offset;                               // of the member
     uint32_t count_offset;                         // of the counting member
     uint32_t size;                                 // fixed_octets: octets; slots: their number; else 0
+    uint32_t place_octets;                         // from one value of a list or of slots to the next
     value_kind value;
     holding held;
     integer_type integer;  // of the values of the kind integer

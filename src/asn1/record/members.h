@@ -83,26 +83,9 @@ inline uint32_t place_count(const field& field, const void* structure) {
     return 0;
 }
 
-// The octets from one place of a list or of slots to the next.
-inline size_t place_octets(const field& field) {
-    if (is_by_pointer(field.held)) return sizeof(void*);
-    switch (field.value) {
-        case value_kind::integer:
-            return field.integer.octets;
-        case value_kind::text:
-        case value_kind::octets:
-            return sizeof(void*);
-        case value_kind::fixed_octets:
-            return field.size;
-        case value_kind::record:
-            return field.record->size;
-    }
-    return 0;
-}
-
 // Place `index`, of which place_count tells how many there are.
 inline void* place_at(const field& field, void* structure, uint32_t index) {
-    return static_cast<unsigned char*>(first_place(field, structure)) + index * place_octets(field);
+    return static_cast<unsigned char*>(first_place(field, structure)) + size_t{index} * field.place_octets;
 }
 inline const void* place_at(const field& field, const void* structure, uint32_t index) {
     return place_at(field, const_cast<void*>(structure), index);

@@ -8,10 +8,7 @@ namespace zr {
 
 // What was to be read where a decode stopped.
 enum class expectation : uint8_t {
-    sequence,         // a SEQUENCE: a record or a list
-    integer,          // an INTEGER
-    utf8_string,      // a UTF8String
-    octet_string,     // an OCTET STRING
+    value,            // a value with the universal tag that `tag` says: SEQUENCE for a record or a list
     end_of_sequence,  // nothing: the SEQUENCE's last member was read
     end_of_contents,  // the octets 00 00 of an indefinite length
     fewer_elements,   // nothing wrong with the octets, but the list has more elements than its count can hold
@@ -22,6 +19,7 @@ struct refusal {
     uint32_t offset = 0;          // of the first octet that does not fit
     uint32_t left = 0;            // octets from there to the end of what encloses it
     expectation expected{};       // there
+    unsigned char tag = 0;        // of an expected value (X.680 8.4)
     const char* count_name = "";  // of fewer_elements: the counting member
     // The way to the member that was to be read, such as "attrs[3].name"; empty for the record itself. Of a long way
     // the middle is left out.

@@ -6,10 +6,9 @@
 #include <memory>
 
 #include "asn1/asnbase/collections.h"
-#include "asn1/asnutils.h"
 #include "asn1/envelope.h"
 #include "asn1/record/members.h"
-#include "asn1/zrasnutf8.h"
+#include "asn1/record/value_objects.h"
 
 namespace zr {
 
@@ -80,23 +79,8 @@ void setter::set(zr_asnbase& binding, const record_type& type, const void* struc
 }
 
 void setter::set_value(zr_asn_object* object, const field& field, const void* structure, const void* value) {
-    switch (field.value) {
-        case value_kind::integer:
-            as<zrasn_integer>(object).set_value(long{load_integer(value, field.integer)});
-            break;
-        case value_kind::text:
-            as<zrasnUTF8String>(object).set_value(const_cast<char*>(text_in(value)));
-            break;
-        case value_kind::octets:
-            as<zrasn_octetstring>(object).set_value(place<unsigned char*>(value, 0), octets_length(field, structure));
-            break;
-        case value_kind::fixed_octets:
-            as<zrasn_octetstring>(object).set_value(static_cast<const unsigned char*>(value), field.size);
-            break;
-        case value_kind::record:
-            set(as<zr_asnbase>(object), *field.record, value);
-            break;
-    }
+    if (field.value == value_kind::record) return set(as<zr_asnbase>(object), *field.record, value);
+    set_object(*object, field, structure, value);
 }
 
 // Empty slots before the last used one are written as NULL, so that the positions survive; a null element in an array
@@ -137,35 +121,12 @@ void get_allocated(zr_asn_object* object, const record_type& type, void*& slot, 
     slot = made.release();
 }
 
-// Fills the value in a place. A text that finds no memory stays null, and that is no failure.
+// Fills the value in a place.
 void get_value(zr_asn_object* object, const record_type& type, const field& field, void* structure, void* where) {
-    switch (field.value) {
-        case value_kind::integer:
-            store_integer(where, field.integer, static_cast<int32_t>(zr_intvalue(as<zrasn_integer>(object))));
-            break;
-        case value_kind::text:
-            static_cast<void>(as<zrasnUTF8String>(object).get_value(place<char*>(where, 0)));
-            break;
-        case value_kind::octets: {
-            unsigned long length = 0;
-            if (as<zrasn_octetstring>(object).get_value(place<unsigned char*>(where, 0), length) != 0)
-                throw_out_of_memory(memory_error, type.module);
-            store_count(field, structure, static_cast<uint32_t>(length));
-            break;
-        }
-        case value_kind::fixed_octets:
-            as<zrasn_octetstring>(object).get_value(static_cast<unsigned long>(field.size),
-                                                    static_cast<unsigned char*>(where));
-            break;
-        case value_kind::record:
-            if (is_by_pointer(field.held)) {
-                get_allocated(object, *field.record, place<void*>(where, 0),
-                              field.held == holding::optional ? optional_memory_error : memory_error, type);
-            } else {
-                get_fields(as<zr_asnbase>(object), *field.record, where);
-            }
-            break;
-    }
+    if (field.value != value_kind::record) return get_object(*object, field, structure, where, type.module);
+    if (!is_by_pointer(field.held)) return get_fields(as<zr_asnbase>(object), *field.record, where);
+    get_allocated(object, *field.record, place<void*>(where, 0),
+                  field.held == holding::optional ? optional_memory_error : memory_error, type);
 }
 
 // Releases a structure that could not be filled.
@@ -189,7 +150,7 @@ private:
 void get_list(const zr_asn_composite& list, const record_type& type, const field& field, void* structure) {
     const unsigned int count = list.get_child_count();
     if (count == 0) return;
-    void* array = count <= most_count(field) ? std::calloc(count, place_octets(field)) : nullptr;
+    void* array = count <= most_count(field) ? std::calloc(count, field.place_octets) : nullptr;
     if (array == nullptr) throw_out_of_memory(memory_error, type.module);
     place<void*>(structure, field.offset) = array;
     for (unsigned int i = 0; i < count; ++i) {
