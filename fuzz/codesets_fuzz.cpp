@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "asn1/asnstrng.h"
 
 namespace {

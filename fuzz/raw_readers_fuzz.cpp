@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "asn1/asn1.h"
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "ber/deviations.h"
 #include "ber/mismatch.h"
 #include "ber/record_guide.h"

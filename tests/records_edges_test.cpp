@@ -252,8 +252,8 @@ TEST(records, positions_beyond_the_slots) {
                 structure copy(type);
                 ASSERT_EQ(decode(way, ber, copy), row.status);
                 for (int i = 0; i < 32; ++i) {
-                    const void* slot = zr::value_at(*slots, copy.get(), static_cast<uint32_t>(i));
-                    EXPECT_EQ(slot != nullptr, row.first <= i && i <= row.last) << i;
+                    const void* value = zr::value_at(*slots, copy.get(), static_cast<uint32_t>(i));
+                    EXPECT_EQ(value != nullptr, row.first <= i && i <= row.last) << i;
                 }
                 EXPECT_EQ(leftover_of_free(copy), "");
                 EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";

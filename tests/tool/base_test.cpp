@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "base/envelope.h"
 #include "base/hex.h"
 #include "base/path.h"

@@ -225,7 +225,7 @@ TEST(json, that_is_refused) {
 TEST(json, slots_are_as_many_as_there_are) {
     for (const zr::record_type* type : all_records()) {
         for (const zr::field& field : *type) {
-            if (field.kind != zr::field_kind::slots) continue;
+            if (field.held != zr::holding::slots) continue;
             const auto text = [&](uint32_t nulls) {
                 std::string list;
                 for (uint32_t i = 0; i < nulls; ++i)

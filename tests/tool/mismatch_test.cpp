@@ -1,7 +1,7 @@
 // Where an encoding stops being a record's: the walk agrees with the decode.
 #include <gtest/gtest.h>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "ber/mismatch.h"
 #include "support/hex.h"
 #include "support/routes.h"

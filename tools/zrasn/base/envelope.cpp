@@ -4,43 +4,38 @@
 #include <cstring>
 #include <memory>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "asn1/zrasnapi.h"
 #include "base/hex.h"
 
 namespace zr::tool {
 
-namespace {
-
-constexpr unsigned char standard_header[envelope_header_octets] = {4, 2, 0xAC, 0xDC};
-
-}  // namespace
-
 size_t envelope_header_size(const unsigned char* data, size_t size) {
-    if (size <= envelope_header_octets || lacks_header(data, size) || data[2] != 0xAC || data[3] != 0xDC) return 0;
+    if (lacks_header(data, size) || !has_envelope_header(as_buffer(data, size))) return 0;
     return std::min<size_t>(data[0], size);
 }
 
 envelope_fault explain_envelope(const unsigned char* data, size_t size) {
     static constexpr const char* wanted = "the envelope header 04 02 ac dc or a SEQUENCE (30)";
     if (size == 0) return {0, std::string("found no octets, expected ") + wanted};
+    unsigned char standard_header[envelope_header_octets];
+    put_envelope_header(standard_header);
     if (size <= envelope_header_octets && std::equal(data, data + size, standard_header))
         return {size, size == envelope_header_octets
                           ? "found the end of the data behind the envelope header, expected a SEQUENCE (30)"
                           : "found the end of the data in the envelope header, expected 04 02 ac dc"};
-    if (size > envelope_header_octets && data[2] == 0xAC && data[3] == 0xDC &&
-        data[envelope_version_at] != standard_header[envelope_version_at])
-        return {1, "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
+    if (has_envelope_header(as_buffer(data, size)) && data[envelope_version_at] != envelope_version)
+        return {envelope_version_at, "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
     return {0, "found " + hex_text(data, std::min(size, envelope_header_octets)) + ", expected " + wanted};
 }
 
 int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents) {
     if (size > most_encoding_octets - envelope_header_octets) return zr_err_out_of_memory;
     std::unique_ptr<unsigned char[]> whole;
-    zr_asn_buffer_t in{static_cast<unsigned int>(size), const_cast<unsigned char*>(data)};  // which is only read
+    zr_asn_buffer_t in = as_buffer(data, size);
     if (lacks_header(data, size)) {
         whole.reset(new unsigned char[size + envelope_header_octets]);
-        std::memcpy(whole.get(), standard_header, envelope_header_octets);
+        put_envelope_header(whole.get());
         std::memcpy(whole.get() + envelope_header_octets, data, size);
         in = {static_cast<unsigned int>(size + envelope_header_octets), whole.get()};
     }

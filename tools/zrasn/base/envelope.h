@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "asn1/envelope.h"
 #include "asn1/record/registry.h"
 
 namespace zr::tool {
@@ -11,13 +12,18 @@ namespace zr::tool {
 constexpr unsigned char sequence_identifier = 0x30;
 
 // An encoding holds no more octets than 32 bits can count, its header included.
-constexpr size_t envelope_header_octets = 4;
 constexpr size_t envelope_version_at = 1;  // in the header
 constexpr size_t most_encoding_octets = UINT32_MAX;
 
+// Octets that are only read, as the library's functions take them; of more than an encoding can have, the first.
+inline zr_asn_buffer_t as_buffer(const unsigned char* data, size_t size) {
+    return {static_cast<unsigned int>(size < most_encoding_octets ? size : most_encoding_octets),
+            const_cast<unsigned char*>(data)};
+}
+
 // Whether the octets begin with a header of any version.
 inline bool has_header(const unsigned char* data, size_t size) {
-    return size > envelope_header_octets && data[0] == 4 && data[2] == 0xAC && data[3] == 0xDC;
+    return has_envelope_header(as_buffer(data, size)) && data[0] == envelope_header_octets;
 }
 
 // Octets that begin with a record's identifier come without the header; all others are left to the library.
@@ -26,7 +32,7 @@ inline bool lacks_header(const unsigned char* data, size_t size) { return size !
 // False when the front of an encoding tells that a record's decode refuses it.
 inline bool may_be_record(const unsigned char* data, size_t size) {
     return size <= envelope_header_octets || lacks_header(data, size) ||
-           (data[1] == 2 && data[2] == 0xAC && data[3] == 0xDC);
+           (data[envelope_version_at] == envelope_version && has_envelope_header(as_buffer(data, size)));
 }
 
 // The octets that a record's decode steps over before the record: 0 where the input begins with a SEQUENCE. The first

@@ -1,6 +1,6 @@
 #include "base/status_text.h"
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 
 namespace zr::tool {
 

@@ -5,7 +5,7 @@ namespace zr::tool {
 
 struct status_row {
     int status;
-    const char* name;  // of the constant in asn1/asnbase/status.h
+    const char* name;  // of the constant in asn1/status.h
     const char* text;  // one sentence's worth, without a full stop
 };
 

@@ -86,7 +86,7 @@ universal_tag tag_of(value_kind value) {
 }
 
 const char* type_of(const field& member) {
-    return is_sequence_of(member) ? "SEQUENCE OF" : universal_type(tag_of(value_of(member))).name;
+    return is_sequence_of(member) ? "SEQUENCE OF" : universal_type(tag_of(member.value)).name;
 }
 
 }  // namespace zr::tool

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "asn1/zrasnapi.h"
 #include "base/envelope.h"
 #include "base/text.h"
@@ -124,14 +124,14 @@ private:
                            digits_of(forms.written, forms.written_size));
         } else if (is_text(member)) {
             text({reinterpret_cast<const char*>(octets), item.length}, at);
-        } else if (value_of(member) == value_kind::fixed_octets && place.what != role::segment &&
+        } else if (member.value == value_kind::fixed_octets && place.what != role::segment &&
                    item.length != member.size) {
             report(item.offset, counted(item.length, "octet") + " where " + std::to_string(member.size) +
                                     " are written; the rest is " + (item.length < member.size ? "zero" : "dropped"));
         }
     }
 
-    static bool is_text(const field& member) { return value_of(member) == value_kind::text; }
+    static bool is_text(const field& member) { return member.value == value_kind::text; }
 
     void text(std::string_view octets, size_t at) {
         const size_t zero = octets.find('\0');
@@ -155,7 +155,7 @@ private:
 
     // Empty slots behind the last used one are not written, and there are only so many.
     void in_slots(const ber_item& item, const record_place& place) {
-        if (place.what != role::element || held_of(*place.member) != holding::slots) return;
+        if (place.what != role::element || place.member->held != holding::slots) return;
         if (place.index >= place.member->size)
             report(item.offset, "read and dropped: there are " + counted(place.member->size, "slot"));
         const bool open = !slots_.empty() && slots_.back().depth == item.depth;

@@ -2,12 +2,11 @@
 
 #include <utility>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "base/envelope.h"
 #include "base/hex.h"
 #include "base/text.h"
 #include "ber/asn1_types.h"
-#include "ber/examine.h"
 #include "ber/scanner.h"
 
 namespace zr::tool {
@@ -26,28 +25,11 @@ std::string describe(unsigned char identifier) {
     return (other_form ? "a constructed form of " : "") + with_article(type.name) + octet;
 }
 
-unsigned char identifier_of(expectation expected) {
-    switch (expected) {
-        case expectation::integer:
-            return tag_integer;
-        case expectation::utf8_string:
-            return tag_utf8_string;
-        case expectation::octet_string:
-            return tag_octet_string;
-        case expectation::sequence:
-        case expectation::end_of_sequence:
-        case expectation::end_of_contents:
-        case expectation::fewer_elements:
-            break;
-    }
-    return sequence_identifier;
-}
-
 using words = std::pair<std::string, std::string>;  // what was found, what was expected
 
 // Where an element was expected.
 words element_words(const refusal& at, const unsigned char* data) {
-    const unsigned char wanted = identifier_of(at.expected);
+    const auto wanted = static_cast<unsigned char>(at.tag == tag_sequence ? sequence_identifier : at.tag);
     const std::string expected = describe(wanted);
     if (at.left == 0) return {"the end of the data", expected};
     const std::string found = describe(data[at.offset]);
@@ -85,10 +67,7 @@ words words_of(const refusal& at, const unsigned char* data) {
             return {here, "end-of-contents octets (00 00)"};
         case expectation::fewer_elements:
             return {"more than 65535 elements", "as many as " + std::string(at.count_name) + " can count"};
-        case expectation::sequence:
-        case expectation::integer:
-        case expectation::utf8_string:
-        case expectation::octet_string:
+        case expectation::value:
             break;
     }
     return element_words(at, data);
@@ -98,9 +77,9 @@ words words_of(const refusal& at, const unsigned char* data) {
 
 bool find_mismatch(const unsigned char* data, size_t size, const record_type& type, mismatch& found) {
     refusal refused;
-    if (examine(type, data, size, refused) == 0) return false;
+    if (type.examine(data, size, refused) == 0) return false;
     words told = words_of(refused, data);
-    found = {refused.offset, refused.status, std::move(refused.path), std::move(told.first), std::move(told.second)};
+    found = {refused.offset, refused.status, refused.path, std::move(told.first), std::move(told.second)};
     return true;
 }
 

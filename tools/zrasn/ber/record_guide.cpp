@@ -8,8 +8,8 @@ namespace zr::tool {
 namespace {
 
 bool is_value(const field& member, const ber_item& item) {
-    return item.is_universal(tag_of(value_of(member))) ||
-           (held_of(member) == holding::slots && item.is_universal(tag_null));
+    return item.is_universal(tag_of(member.value)) ||
+           (member.held == holding::slots && item.is_universal(tag_null));
 }
 
 }  // namespace
@@ -17,7 +17,7 @@ bool is_value(const field& member, const ber_item& item) {
 bool record_place::is_list() const { return what == role::member && is_sequence_of(*member); }
 
 bool record_place::is_integer() const {
-    return (what == role::element || (what == role::member && !is_list())) && value_of(*member) == value_kind::integer;
+    return (what == role::element || (what == role::member && !is_list())) && member->value == value_kind::integer;
 }
 
 record_place record_guide::place_in(level& top, const ber_item& item) {
@@ -30,9 +30,9 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
         place.index = top.index++;
         const bool fits = is_value(*top.next, item);
         place.what = fits ? record_place::role::element : record_place::role::unexpected_element;
-        if (fits && item.is_universal(tag_sequence)) place.record = record_of(*top.next);
+        if (fits && item.is_universal(tag_sequence)) place.record = top.next->record;
     } else if (top.what == inside::record) {
-        while (top.next != top.type->end() && held_of(*top.next) == holding::optional &&
+        while (top.next != top.type->end() && top.next->held == holding::optional &&
                !item.is_universal(tag_sequence))
             ++top.next;
         if (top.next == top.type->end()) {
@@ -44,7 +44,7 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
         const bool is_list = is_sequence_of(*place.member);
         const bool fits = is_list ? item.is_universal(tag_sequence) : is_value(*place.member, item);
         place.what = fits ? record_place::role::member : record_place::role::unexpected;
-        if (fits && !is_list) place.record = record_of(*place.member);
+        if (fits && !is_list) place.record = place.member->record;
     }
     return place;
 }

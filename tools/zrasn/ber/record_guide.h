@@ -47,7 +47,7 @@ public:
             const level& top = levels_.back();
             if (top.what != inside::record || top.lost) continue;
             for (const field* left = top.next; left != top.type->end(); ++left)
-                if (held_of(*left) != holding::optional) missing(levels_.size(), *left);
+                if (left->held != holding::optional) missing(levels_.size(), *left);
         }
     }
     // Then for every element.

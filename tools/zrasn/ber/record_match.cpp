@@ -1,6 +1,5 @@
 #include "ber/record_match.h"
 
-#include "ber/examine.h"
 #include "ber/scanner.h"
 
 namespace zr::tool {
@@ -25,7 +24,7 @@ record_match match_records(const unsigned char* data, size_t size) {
     for (const record_module* module : modules()) {
         for (const record_type* type : *module) {
             refusal refused;
-            if (examine(*type, data, size, refused) == 0) {
+            if (type->examine(data, size, refused) == 0) {
                 match.fitting.push_back(type);
                 continue;
             }

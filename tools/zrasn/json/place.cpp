@@ -9,7 +9,7 @@ namespace {
 using takes = json_place::takes;
 
 json_place place_of_value(const field& member, bool or_null) {
-    switch (value_of(member)) {
+    switch (member.value) {
         case value_kind::integer:
             return {takes::integer, &member, nullptr, or_null};
         case value_kind::text:
@@ -20,7 +20,7 @@ json_place place_of_value(const field& member, bool or_null) {
         case value_kind::record:
             break;
     }
-    const record_type* record = record_of(member);
+    const record_type* record = member.record;
     return {is_uuid(*record) ? takes::uuid : takes::object, &member, record, or_null};
 }
 
@@ -32,12 +32,12 @@ json_place place_of_record(const record_type& type) {
 
 json_place place_of_member(const field& member) {
     if (is_sequence_of(member)) return {takes::array, &member, nullptr, false};
-    return place_of_value(member, held_of(member) == holding::optional);
+    return place_of_value(member, member.held == holding::optional);
 }
 
 json_place place_of_element(const field& member, uint32_t index) {
     if (index >= most_places(member)) return {takes::nothing, &member, nullptr, false};
-    return place_of_value(member, held_of(member) == holding::slots);
+    return place_of_value(member, member.held == holding::slots);
 }
 
 std::string describe(const json_place& place) {
@@ -50,7 +50,7 @@ std::string describe(const json_place& place) {
         case takes::text:
             return "a text: a string, or {\"hex\": \"...\"}";
         case takes::octets: {
-            const bool fixed = value_of(*place.member) == value_kind::fixed_octets;
+            const bool fixed = place.member->value == value_kind::fixed_octets;
             return (fixed ? std::to_string(place.member->size) + " " : "") + "octets as a string of hexadecimal digits";
         }
         case takes::uuid:
@@ -58,7 +58,7 @@ std::string describe(const json_place& place) {
         case takes::object:
             return "an object (" + std::string(place.record->name) + ")" + null;
         case takes::array:
-            if (held_of(*place.member) != holding::slots) return "an array";
+            if (place.member->held != holding::slots) return "an array";
             return "an array of at most " + std::to_string(place.member->size) + " elements";
         case takes::nothing:
             break;

@@ -157,7 +157,7 @@ private:
 
     bool octets(const json_place& at, std::string_view digits) {
         const size_t count = digits.size() / 2;
-        const bool fixed = value_of(*at.member) == value_kind::fixed_octets;
+        const bool fixed = at.member->value == value_kind::fixed_octets;
         if (count > UINT32_MAX) return refuse("found too many octets, expected at most 4294967295");
         if (!fixed || digits.size() == size_t{at.member->size} * 2) {
             unsigned char* to =
@@ -262,10 +262,10 @@ private:
     // Texts that are missing are empty, in records that are there because they are embedded too.
     static void fill_texts(const record_type& type, void* structure, uint64_t seen) {
         for (const field& field : type) {
-            if ((seen >> (&field - type.fields) & 1) != 0 || held_of(field) != holding::one) continue;
+            if ((seen >> (&field - type.fields) & 1) != 0 || field.held != holding::one) continue;
             member_filler member(field, structure);
-            if (value_of(field) == value_kind::text) member.add_text(0);
-            if (value_of(field) == value_kind::record) fill_texts(*record_of(field), member.add_record(), 0);
+            if (field.value == value_kind::text) member.add_text(0);
+            if (field.value == value_kind::record) fill_texts(*field.record, member.add_record(), 0);
         }
     }
 

@@ -80,7 +80,7 @@ private:
             return write_value(member, top.structure, 0);
         }
         const uint32_t count = used_places(member, top.structure);
-        if (value_of(member) == value_kind::integer) {
+        if (member.value == value_kind::integer) {
             ++top.next;
             return write_integers(member, top.structure, count);
         }
@@ -102,9 +102,9 @@ private:
 
     void write_value(const field& member, const void* structure, uint32_t index) {
         const void* value = value_at(member, structure, index);
-        switch (value_of(member)) {
+        switch (member.value) {
             case value_kind::integer:
-                return write_integer(load_integer(value, member.integer));
+                return write_integer(number_at(value, member.integer));
             case value_kind::text:
                 return write_text(load<const char*>(value));
             case value_kind::octets:
@@ -112,7 +112,7 @@ private:
             case value_kind::fixed_octets:
                 return write_octets(static_cast<const unsigned char*>(value), octets_length(member, structure));
             case value_kind::record:
-                return write_record(record_of(member), value);
+                return write_record(member.record, value);
         }
     }
 
@@ -148,7 +148,7 @@ private:
         out_.put('[');
         for (uint32_t i = 0; i < count; ++i) {
             if (i != 0) out_.write(spaced_ ? ", " : ",");
-            write_integer(load_integer(value_at(member, structure, i), member.integer));
+            write_integer(number_at(value_at(member, structure, i), member.integer));
         }
         out_.put(']');
     }

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <string>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "base/envelope.h"
 #include "base/output.h"
 #include "base/record_holder.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "base/envelope.h"
 #include "base/output.h"
 #include "base/record_holder.h"

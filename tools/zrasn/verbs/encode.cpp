@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <string>
 
-#include "asn1/asnbase/status.h"
+#include "asn1/status.h"
 #include "asn1/zrasnapi.h"
 #include "base/envelope.h"
 #include "base/output.h"

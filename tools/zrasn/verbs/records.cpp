@@ -15,7 +15,7 @@ std::string c_integer(integer_type type) {
 
 // One value in words, such as "sec_id_t".
 std::string value_in_words(const field& field) {
-    switch (value_of(field)) {
+    switch (field.value) {
         case value_kind::integer:
             return c_integer(field.integer);
         case value_kind::text:
@@ -27,19 +27,19 @@ std::string value_in_words(const field& field) {
         case value_kind::record:
             break;
     }
-    return record_of(field)->name;
+    return field.record->name;
 }
 
 // The kind in words that stand behind the name, such as "list of sec_id_t".
 std::string kind_in_words(const field& field) {
     std::string value = value_in_words(field);
-    switch (held_of(field)) {
+    switch (field.held) {
         case holding::one:
             break;
         case holding::optional:
             return "optional " + value;
         case holding::list:
-            return "list of " + value + (value_of(field) == value_kind::text ? "s" : "");
+            return "list of " + value + (field.value == value_kind::text ? "s" : "");
         case holding::pointer_list:
             return "list of pointers to " + value;
         case holding::slots:
@@ -51,8 +51,8 @@ std::string kind_in_words(const field& field) {
 // The kind as one word, such as "list_of_records".
 std::string kind_word(const field& field) {
     static constexpr const char* values[] = {"integer", "text", "octets", "fixed_octets", "record"};
-    std::string value = values[static_cast<size_t>(value_of(field))];
-    switch (held_of(field)) {
+    std::string value = values[static_cast<size_t>(field.value)];
+    switch (field.held) {
         case holding::one:
             break;
         case holding::optional:
@@ -64,7 +64,7 @@ std::string kind_word(const field& field) {
         case holding::slots:
             return "slots";
     }
-    return value_of(field) == value_kind::record ? "nested" : value;
+    return field.value == value_kind::record ? "nested" : value;
 }
 
 void write_padded(output& out, std::string_view text, size_t width) {
@@ -82,7 +82,7 @@ void write_record(output& out, const record_type& type) {
         out.write("    ");
         write_padded(out, field.name, 28);
         if (field.count_name == nullptr) {
-            out.write(kind_in_words(field));
+            out.write(kind_in_words(field) + (field.secret ? ", secret" : ""));
         } else {
             write_padded(out, kind_in_words(field), 36);
             out.write("  ");
@@ -115,13 +115,14 @@ void write_record_json(output& out, const record_type& type) {
         out.write(field.name);
         out.put('"');
         write_member(out, "kind", kind_word(field));
-        if (value_of(field) == value_kind::integer) write_member(out, "type", c_integer(field.integer));
-        if (record_of(field) != nullptr) write_member(out, "record", record_of(field)->name);
+        if (field.value == value_kind::integer) write_member(out, "type", c_integer(field.integer));
+        if (field.record != nullptr) write_member(out, "record", field.record->name);
         if (field.size != 0) out.write(", \"size\": " + std::to_string(field.size));
         if (field.count_name != nullptr) {
             write_member(out, "count", field.count_name);
             write_member(out, "count_type", c_integer(field.count));
         }
+        if (field.secret) out.write(", \"secret\": true");
         out.put('}');
     }
     out.write("]}");

@@ -46,8 +46,8 @@ std::string reference(const char* name) {
 
 // The ASN.1 type of one value.
 std::string value_notation(const field& field) {
-    std::string name = universal_type(tag_of(value_of(field))).name;
-    switch (value_of(field)) {
+    std::string name = universal_type(tag_of(field.value)).name;
+    switch (field.value) {
         case value_kind::integer: {
             // A uint32_t goes out as the signed number of the same bits.
             const integer_range range =
@@ -62,19 +62,19 @@ std::string value_notation(const field& field) {
         case value_kind::record:
             break;
     }
-    return reference(record_of(field)->name);
+    return reference(field.record->name);
 }
 
 // One that goes out as a negative number when it is large.
 bool is_unsigned_long(const field& field) {
-    return value_of(field) == value_kind::integer && !field.integer.is_signed && field.integer.octets == 4;
+    return field.value == value_kind::integer && !field.integer.is_signed && field.integer.octets == 4;
 }
 
 // Lists and slots have types of their own: asn1c gives those without a name the member's, and many members have the
 // same.
 std::string list_reference(const field& field) {
     std::string value;
-    switch (value_of(field)) {
+    switch (field.value) {
         case value_kind::integer:
             value = (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets);
             break;
@@ -86,21 +86,21 @@ std::string list_reference(const field& field) {
             value = "Octets";
             break;
         case value_kind::record:
-            value = reference(record_of(field)->name);
+            value = reference(field.record->name);
             break;
     }
-    return value + (held_of(field) == holding::slots ? "-slots-" + std::to_string(field.size) : "-list");
+    return value + (field.held == holding::slots ? "-slots-" + std::to_string(field.size) : "-list");
 }
 
 std::string list_definition(const field& field) {
     const std::string value = value_notation(field);
-    if (held_of(field) != holding::slots) return "SEQUENCE OF " + value;
+    if (field.held != holding::slots) return "SEQUENCE OF " + value;
     return "SEQUENCE (SIZE (0.." + std::to_string(field.size) + ")) OF " + value + "-slot";
 }
 
 std::string notation(const field& field) {
     if (is_sequence_of(field)) return list_reference(field);
-    return value_notation(field) + (held_of(field) == holding::optional ? " OPTIONAL" : "");
+    return value_notation(field) + (field.held == holding::optional ? " OPTIONAL" : "");
 }
 
 // Records in the order in which they are written: each behind those it contains.
@@ -109,7 +109,7 @@ public:
     void add(const record_type* type) {
         if (!mark(type)) return;
         for (const field& field : *type)
-            if (record_of(field) != nullptr) add(record_of(field));
+            if (field.record != nullptr) add(field.record);
         records_.push_back(type);
     }
     const std::vector<const record_type*>& records() const { return records_; }
@@ -134,7 +134,7 @@ void write_lists(output& out, const record_type& type, std::vector<std::string>&
     };
     for (const field& field : type) {
         if (!is_sequence_of(field)) continue;
-        if (held_of(field) == holding::slots)
+        if (field.held == holding::slots)
             once(value_notation(field) + "-slot",
                  "CHOICE {\n    empty NULL,\n    value " + value_notation(field) + "\n}");
         once(list_reference(field), list_definition(field));
