@@ -1,6 +1,6 @@
 # The ways into the repository. Every goal installs the Debian packages it needs when they are missing, or says which they
 # are; a build directory is configured once, and again when the presets change.
-#   make demo     build the command-line program and show what it does with a record
+#   make demo     build the library and the command-line program, and show what that does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md
@@ -35,7 +35,7 @@ deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 .PHONY: demo test fuzz bench counts tidy format $(deps)
 
 demo: build/demo/build.ninja
-	@cmake --build build/demo --target zrasn_cli
+	@cmake --build build/demo --target zrasn_to_install
 	@examples/tool_demo.sh build/demo/tools/zrasn/zrasn examples/acl.json
 
 # One run of ctest over all builds, so that one summary closes it.

@@ -1,6 +1,7 @@
 #!/bin/sh
 # run.sh SOURCE BUILD WORK CMAKE CXX: installs the build tree BUILD below WORK, moves what was installed, and builds and
-# runs the consumer by find_package, by pkg-config and by add_subdirectory, with the shared and the static library.
+# runs the consumer by find_package, by pkg-config and by add_subdirectory, with the shared and the static library, and a
+# program with records of its own.
 set -eu
 source=$1
 build=$2
@@ -28,6 +29,7 @@ for tree in package part; do
     "$cmake" --build "$work/$tree"
     check "$work/$tree/with_zrasn"
     check "$work/$tree/with_zrasn_static"
+    check "$work/$tree/with_own_record"
 done
 [ ! -e "$work/part/zrasn/tests" ] || { echo "tests are built inside another project" >&2; exit 1; }
 

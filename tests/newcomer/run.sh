@@ -19,11 +19,11 @@ lines() {
 }
 header=$work/base_idls/pobj_asn.h
 source=$work/base_idls/pobj_asn.cpp
-sed -i '/^ZR_DEFINE_MODULE(/d' "$source"
+sed -i '/^ZR_DEFINE_MODULE(/,/;$/d' "$source"
 lines 1 >>"$header"
 lines 2 >>"$source"
 count=$({ lines 1; lines 2; } | grep -cvE '^$|^//')
-[ "$count" -le 10 ] || { echo "adding a record takes $count lines" >&2; exit 1; }
+[ "$count" -le 9 ] || { echo "adding a record takes $count lines" >&2; exit 1; }
 
 "$cmake" -S "$work" -B "$work/build" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-O0 $*" \
     -DCMAKE_BUILD_TYPE=None -DZRASN_WERROR=ON >/dev/null

@@ -1,0 +1,5 @@
+#include "own_record.h"
+
+#include "asn1/codec/define_record.h"
+
+ZR_DEFINE_MODULE(shelves, note_t, shelf_t);
