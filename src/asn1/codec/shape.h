@@ -72,11 +72,10 @@ constexpr size_t count_own_lists(std::index_sequence<I...>) {
 }
 template <class S>
 constexpr bool contains_itself() {
-    constexpr size_t count = count_own_lists<S>(field_indices<S>());
-    if constexpr (count != 0)
-        static_assert(count == 1 && field_at<S, field_count_of<S> - 1>::is_own_list,
-                      "a record's list of itself must be its last field");
-    return count != 0;
+    constexpr bool is_last = field_at<S, field_count_of<S> - 1>::is_own_list;
+    static_assert(count_own_lists<S>(field_indices<S>()) == is_last,
+                  "a record's list of itself must be its last field");
+    return is_last;
 }
 template <class S>
 using own_list = field_at<S, field_count_of<S> - 1>;

@@ -131,38 +131,81 @@ struct typed_field {
     bool secret = false;
 };
 
+// The builders. A member that a builder does not take stops the compiler with one message: it then goes on with a field
+// that fits any member, which is never used.
+template <class T>
+constexpr bool is_refused = false;
 template <class S, class T>
-constexpr auto integer(member<S, T> value) {
-    static_assert(integer_type_of<T>().octets != 0);
-    return typed_field<value_kind::integer, holding::one, T>{value.name, value.offset};
+constexpr auto refused(member<S, T> value) {
+    return typed_field<value_kind::text, holding::one, char*>{value.name, value.offset};
+}
+template <class S, class C, class T>
+constexpr auto refused(member<S, C> count, member<S, T> value) {
+    return typed_field<value_kind::octets, holding::one, unsigned char*, uint32_t>{value.name, value.offset, count.name,
+                                                                                   count.offset};
 }
 
-template <class S>
-constexpr auto text(member<S, char*> value) {
+// Whether a field of S may hold records R: S itself, in a list, or a record that is described before.
+template <class R, class = void>
+struct is_described : std::false_type {};
+template <class R>
+struct is_described<R, std::void_t<decltype(sizeof(record<R>))>> : std::true_type {};
+template <class S, class R>
+constexpr bool may_hold = std::disjunction_v<std::is_same<S, R>, is_described<R>>;
+
+template <class S, class T>
+constexpr auto integer(member<S, T> value) {
+    if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool> && sizeof(T) <= 4) {
+        return typed_field<value_kind::integer, holding::one, T>{value.name, value.offset};
+    } else {
+        static_assert(is_refused<T>, "zr::integer takes an integer of at most 32 bits");
+        return refused(value);
+    }
+}
+
+template <class S, class T>
+constexpr auto text(member<S, T> value) {
+    static_assert(std::is_same_v<T, char*>, "zr::text takes a char*");
     return typed_field<value_kind::text, holding::one, char*>{value.name, value.offset};
 }
 
-template <class S>
-constexpr auto octets(member<S, uint32_t> length, member<S, unsigned char*> data) {
+template <class S, class C, class T>
+constexpr auto octets(member<S, C> length, member<S, T> data) {
+    static_assert(std::is_same_v<C, uint32_t> && std::is_same_v<T, unsigned char*>,
+                  "zr::octets takes a uint32_t and an unsigned char*");
     return typed_field<value_kind::octets, holding::one, unsigned char*, uint32_t>{data.name, data.offset, length.name,
                                                                                    length.offset};
 }
 
-template <class S, uint32_t N>
-constexpr auto fixed_octets(member<S, uint8_t[N]> value) {
-    return typed_field<value_kind::fixed_octets, holding::one, uint8_t[N], void, N>{value.name, value.offset};
+template <class S, class T>
+constexpr auto fixed_octets(member<S, T> value) {
+    if constexpr (std::is_array_v<T> && std::is_same_v<std::remove_extent_t<T>, uint8_t>) {
+        return typed_field<value_kind::fixed_octets, holding::one, T, void, std::extent_v<T>>{value.name, value.offset};
+    } else {
+        static_assert(is_refused<T>, "zr::fixed_octets takes an array of uint8_t");
+        return refused(value);
+    }
 }
 
 template <class S, class R>
 constexpr auto nested(member<S, R> value) {
-    static_assert(std::is_class_v<R>, "a record embedded by value");
-    return typed_field<value_kind::record, holding::one, R>{value.name, value.offset};
+    if constexpr (is_described<R>::value) {
+        return typed_field<value_kind::record, holding::one, R>{value.name, value.offset};
+    } else {
+        static_assert(is_refused<R>, "zr::nested takes a structure that ZR_RECORD has described before");
+        return refused(value);
+    }
 }
 
-template <class S, class R>
-constexpr auto optional_nested(member<S, R*> value) {
-    static_assert(std::is_class_v<R>, "a pointer to a record");
-    return typed_field<value_kind::record, holding::optional, R>{value.name, value.offset};
+template <class S, class T>
+constexpr auto optional_nested(member<S, T> value) {
+    using R = std::remove_pointer_t<T>;
+    if constexpr (std::is_pointer_v<T> && is_described<R>::value) {
+        return typed_field<value_kind::record, holding::optional, R>{value.name, value.offset};
+    } else {
+        static_assert(is_refused<T>, "zr::optional_nested takes a pointer to a structure that is described before");
+        return refused(value);
+    }
 }
 
 // What the elements of a list's array are.
@@ -172,13 +215,21 @@ constexpr value_kind element_value() {
     return std::is_same_v<E, char*> ? value_kind::text : value_kind::record;
 }
 
-template <class S, class C, class E>
-constexpr auto list(member<S, C> count, member<S, E*> elements) {
+template <class S, class C, class T>
+constexpr auto list(member<S, C> count, member<S, T> elements) {
+    using E = std::remove_pointer_t<T>;
     using R = std::remove_pointer_t<E>;
-    static_assert(std::is_unsigned_v<C> && (sizeof(C) == 2 || sizeof(C) == 4), "a count is uint16_t or uint32_t");
-    static_assert(std::is_same_v<E, char*> || std::is_class_v<R> || (std::is_integral_v<E> && sizeof(E) == 4),
-                  "an array of records, of pointers to records, of texts or of 32-bit integers");
-    if constexpr (std::is_pointer_v<E> && std::is_class_v<R>) {
+    constexpr bool counts = std::is_same_v<C, uint16_t> || std::is_same_v<C, uint32_t>;
+    constexpr bool holds =
+        std::is_pointer_v<T> && (std::is_same_v<E, char*> || (std::is_integral_v<E> && sizeof(E) == 4) ||
+                                 (std::is_class_v<R> && may_hold<S, R>));
+    static_assert(counts, "zr::list takes a count that is uint16_t or uint32_t");
+    static_assert(holds,
+                  "zr::list takes an array of records described before, of pointers to them, of texts or of "
+                  "32-bit integers");
+    if constexpr (!counts || !holds) {
+        return refused(count, elements);
+    } else if constexpr (std::is_pointer_v<E> && std::is_class_v<R>) {
         return typed_field<value_kind::record, holding::pointer_list, R, C>{elements.name, elements.offset, count.name,
                                                                             count.offset};
     } else {
@@ -187,23 +238,40 @@ constexpr auto list(member<S, C> count, member<S, E*> elements) {
     }
 }
 
-template <class S, class R, uint32_t N>
-constexpr auto slots(member<S, R* [N]> value) {
-    static_assert(std::is_class_v<R>, "pointers to records");
-    return typed_field<value_kind::record, holding::slots, R, void, N>{value.name, value.offset};
+template <class S, class T>
+constexpr auto slots(member<S, T> value) {
+    using R = std::remove_pointer_t<std::remove_extent_t<T>>;
+    if constexpr (std::is_array_v<T> && std::is_pointer_v<std::remove_extent_t<T>> && is_described<R>::value) {
+        return typed_field<value_kind::record, holding::slots, R, void, std::extent_v<T>>{value.name, value.offset};
+    } else {
+        static_assert(is_refused<T>, "zr::slots takes an array of pointers to structures that are described before");
+        return refused(value);
+    }
+}
+
+// What stands in a list of fields has come from a builder.
+template <value_kind Value, holding Held, class T, class C, uint32_t Size>
+constexpr auto checked(typed_field<Value, Held, T, C, Size> field) {
+    return field;
+}
+template <class S, class T>
+constexpr auto checked(member<S, T> value) {
+    static_assert(is_refused<T>, "a member stands here without a builder such as zr::text");
+    return refused(value);
 }
 
 // secret marks a field whose value is a password or the like: zr::secret(zr::text(ZR_M(password))).
 template <class Field>
-constexpr Field secret(Field field) {
-    field.secret = true;
-    return field;
+constexpr auto secret(Field field) {
+    auto marked = checked(field);
+    marked.secret = true;
+    return marked;
 }
 
 // sequence is a record's list of fields, in the order of their encodings.
 template <class... Fields>
-constexpr std::tuple<Fields...> sequence(Fields... fields) {
-    return {fields...};
+constexpr auto sequence(Fields... fields) {
+    return std::make_tuple(checked(fields)...);
 }
 
 }  // namespace zr

@@ -41,36 +41,57 @@
 
 namespace zr {
 
-// The record of a structure; without one the compiler says so in one line.
 template <class S, class = void>
 struct is_record : std::false_type {};
 template <class S>
 struct is_record<S, std::void_t<decltype(record<S>::type)>> : std::true_type {};
+
+// What the functions on const structures and buffers return: there are none for what is no record.
 template <class S>
-const record_type& record_of() {
-    static_assert(is_record<S>::value, "S is no record, or const: is its module's header included?");
-    if constexpr (is_record<S>::value) return record<S>::type;
-}
+using status_of = std::enable_if_t<is_record<S>::value, int>;
 
 }  // namespace zr
 
 // The entry points on const structures and buffers, for all records.
 template <class S>
-[[nodiscard]] int zrAsnEncodeObj(zr_asn_buffer_t& out, const S& in) {
-    return zr::record_of<S>().encode(out, &in);
+[[nodiscard]] zr::status_of<S> zrAsnEncodeObj(zr_asn_buffer_t& out, const S& in) {
+    return zr::record<S>::type.encode(out, &in);
 }
 template <class S>
-[[nodiscard]] int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, const S& in) {
-    return zr::record_of<S>().encode_lcs(out, &in);
+[[nodiscard]] zr::status_of<S> zrAsnEncodeObjLCS(zr_asn_buffer_t& out, const S& in) {
+    return zr::record<S>::type.encode_lcs(out, &in);
 }
 template <class S>
-[[nodiscard]] int zrAsnDecodeObj(const zr_asn_buffer_t& in, S& out) {
-    return zr::record_of<S>().decode(in, &out);
+[[nodiscard]] zr::status_of<S> zrAsnDecodeObj(const zr_asn_buffer_t& in, S& out) {
+    return zr::record<S>::type.decode(in, &out);
 }
 template <class S>
-[[nodiscard]] int zrAsnDecodeObjLCS(const zr_asn_buffer_t& in, S& out) {
-    return zr::record_of<S>().decode_lcs(in, &out);
+[[nodiscard]] zr::status_of<S> zrAsnDecodeObjLCS(const zr_asn_buffer_t& in, S& out) {
+    return zr::record<S>::type.decode_lcs(in, &out);
 }
-// What is const is not released.
-template <class S>
-void zrAsnFreeObj(const S& s) = delete;
+
+// Where no entry point fits, the compiler comes here instead of naming those of all records.
+template <class Call = void>
+[[nodiscard]] int zrAsnEncodeObj(...) {
+    static_assert(zr::is_refused<Call>, "zrAsnEncodeObj takes a buffer and a record; is its header included?");
+    return 0;
+}
+template <class Call = void>
+[[nodiscard]] int zrAsnEncodeObjLCS(...) {
+    static_assert(zr::is_refused<Call>, "zrAsnEncodeObjLCS takes a buffer and a record; is its header included?");
+    return 0;
+}
+template <class Call = void>
+[[nodiscard]] int zrAsnDecodeObj(...) {
+    static_assert(zr::is_refused<Call>, "zrAsnDecodeObj takes a buffer and a record, not a const one");
+    return 0;
+}
+template <class Call = void>
+[[nodiscard]] int zrAsnDecodeObjLCS(...) {
+    static_assert(zr::is_refused<Call>, "zrAsnDecodeObjLCS takes a buffer and a record, not a const one");
+    return 0;
+}
+template <class Call = void>
+void zrAsnFreeObj(...) {
+    static_assert(zr::is_refused<Call>, "zrAsnFreeObj takes a record, not a const one");
+}
