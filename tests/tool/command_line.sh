@@ -309,7 +309,7 @@ done
         [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
 check 0 '.TH ZRASN 1' '' manual
-statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/asnbase/status.h")
+statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/status.h")
 [ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'
 while read -r status; do
     grep -qx "$status" out || fail "the manual lacks $status"
