@@ -13,9 +13,7 @@ namespace zr {
 // what was read, and release_record releases it: counts are raised before their elements are read into, so that nothing
 // is out of reach.
 //
-// All but the strings is inlined into one function for each record that is no leaf.
-template <class S>
-octet_position read_record(octet_position at, octet_position end, S& out);
+// All but the strings is inlined into one function for each record that is no leaf. (Declared in asn1/codec/values.h.)
 
 // Makes the structure for a place that holds it by pointer, all zero.
 template <class F, class S>
