@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -129,13 +128,19 @@ void write_integer(output& out, const unsigned char* octets, size_t count) {
         write_octets(out, octets, count);
         return write_length(out, most_hex, count);
     }
+    if (negative) out.put('-');
+    if (count <= sizeof(uint64_t)) {
+        uint64_t bits = negative ? ~uint64_t{0} : 0;
+        for (size_t i = 0; i != count; ++i)
+            bits = bits << 8 | octets[i];
+        return write_number(out, negative ? ~bits + 1 : bits);
+    }
     unsigned char magnitude[most_decimal];
     unsigned carry = negative ? 1 : 0;
     for (size_t i = count; i-- != 0; carry >>= 8) {
         carry += octets[i] ^ sign;
         magnitude[i] = static_cast<unsigned char>(carry);
     }
-    if (negative) out.put('-');
     out.write(decimal(magnitude, count));
 }
 
@@ -233,11 +238,12 @@ bool is_cut_well(asn1_contents contents) {
 }  // namespace
 
 void write_number(output& out, uint64_t number, size_t width) {
-    char digits[20];
-    const char* end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
-    for (auto count = static_cast<size_t>(end - digits); count < width; ++count)
-        out.put(' ');
-    out.write(digits, static_cast<size_t>(end - digits));
+    constexpr size_t most = 20;  // digits, and the widest column
+    char text[2 * most + 1] = "                    ";
+    char* const digits = text + most;
+    const auto count = static_cast<size_t>(std::to_chars(digits, digits + most, number).ptr - digits);
+    const size_t blanks = count < width ? std::min(width, most) - count : 0;
+    out.write(digits - blanks, blanks + count);
 }
 
 void write_value(output& out, const ber_item& item, const unsigned char* contents) {

@@ -12,7 +12,7 @@ namespace zr::tool {
 // behind. Nothing is written for an element without contents that needs none. Only printable characters are written.
 void write_value(output& out, const ber_item& item, const unsigned char* contents);
 
-// A number in decimal digits, filled up with spaces on the left.
+// A number in decimal digits, filled up with spaces on the left to a width of at most 20.
 void write_number(output& out, uint64_t number, size_t width = 0);
 
 // What X.690 does not permit of the form and contents of an element that could be read; null when nothing is wrong.

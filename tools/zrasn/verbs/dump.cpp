@@ -132,14 +132,18 @@ private:
 
     void columns(size_t offset, size_t header) {
         write_number(out_, offset, offset_width_);
-        column(header, 5);
+        column<5>(header);
     }
 
     // What is too wide for its column is a star there: no line shifts, and the number is told behind.
-    void column(uint64_t number, size_t width) {
-        uint64_t limit = 1;
-        for (size_t i = 1; i < width; ++i)
-            limit *= 10;
+    template <size_t width>
+    void column(uint64_t number) {
+        constexpr uint64_t limit = [] {
+            uint64_t power = 1;
+            for (size_t i = 1; i < width; ++i)
+                power *= 10;
+            return power;
+        }();
         if (number < limit) return write_number(out_, number, width);
         blanks(width - 1);
         out_.put('*');
@@ -151,14 +155,14 @@ private:
         if (item.indefinite)
             out_.write("      indef");
         else
-            column(item.declared, 11);
+            column<11>(item.declared);
         out_.write("  ");
         out_.write(class_of(item.cls).column);
         out_.put(' ');
         if (item.damage == ber_damage::tag_too_large)
             out_.write("     ?");
         else
-            column(item.tag, 6);
+            column<6>(item.tag);
         out_.write(item.constructed ? "  cons  " : "  prim  ");
         indent(item.depth);
     }
