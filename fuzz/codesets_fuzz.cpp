@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "asn1/status.h"
 #include "asn1/asnstrng.h"
+#include "asn1/status.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "asn1/asnstrng/chains.h"
 
-#include "asn1/status.h"
 #include "asn1/asnstrng/code_sets.h"
 #include "asn1/asnstrng/converters.h"
 #include "asn1/asnstrng/repertoire.h"
+#include "asn1/status.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "asn1/asnstrng/converters.h"
 
-#include "asn1/status.h"
 #include "asn1/asnstrng/repertoire.h"
 #include "asn1/asnstrng/text_writer.h"
+#include "asn1/status.h"
 
 namespace {
 

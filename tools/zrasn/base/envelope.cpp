@@ -25,7 +25,8 @@ envelope_fault explain_envelope(const unsigned char* data, size_t size) {
                           ? "found the end of the data behind the envelope header, expected a SEQUENCE (30)"
                           : "found the end of the data in the envelope header, expected 04 02 ac dc"};
     if (has_envelope_header(as_buffer(data, size)) && data[envelope_version_at] != envelope_version)
-        return {envelope_version_at, "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
+        return {envelope_version_at,
+                "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
     return {0, "found " + hex_text(data, std::min(size, envelope_header_octets)) + ", expected " + wanted};
 }
 

@@ -11,9 +11,7 @@
 namespace zr::tool {
 
 // Whether the values are the elements of a SEQUENCE OF.
-inline bool is_sequence_of(const field& member) {
-    return is_list(member.held) || member.held == holding::slots;
-}
+inline bool is_sequence_of(const field& member) { return is_list(member.held) || member.held == holding::slots; }
 
 // The most that a list or slots can hold.
 inline uint32_t most_places(const field& member) {
