@@ -62,7 +62,7 @@ def run_tests(tree, seconds):
     run = subprocess.run(command, cwd=tree, capture_output=True, text=True, errors="replace")
     if run.returncode == 0:
         return ""
-    failed = re.findall(r"\[  FAILED  \] (\S+) \(", run.stdout)
+    failed = re.findall(r"\[  FAILED  \] ([^\s,]+).* \(", run.stdout)
     begun = re.findall(r"\[ RUN      \] (\S+)", run.stdout)
     return failed[0] if failed else f"{begun[-1] if begun else 'the start'}, which ends with {run.returncode}"
 
