@@ -20,7 +20,8 @@ inline uint32_t load_big_endian(octet_position at) {
     return __builtin_bswap32(octets);
 }
 
-// Where the contents begin; `stop` gets where they end.
+// Steps over the header of a value with the identifier and returns where its contents begin; `stop` gets where they
+// end.
 ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, unsigned char identifier,
                                         octet_position& stop) {
     const auto left = static_cast<size_t>(end - at);
@@ -39,8 +40,8 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
     return at;
 }
 
-// Loads the four octets that end with the contents: a field of a record always has its own header and the record's
-// before it.
+// Reads an INTEGER of one to four contents octets. It loads the four octets that end with the contents, whatever their
+// number: before the contents of a field there are always its own header and the record's, four octets at least.
 ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
     const auto left = static_cast<size_t>(end - at);
     if (left < 3 || at[0] != id_integer) return nullptr;

@@ -12,14 +12,15 @@
 
 namespace zr {
 
-// The most octets that a header (identifier and length) and an INTEGER take.
+// The most octets that a header takes, identifier and length of up to 2^32-1 (X.690 8.1.3.5), and that an INTEGER of 32
+// bits takes with its header.
 constexpr size_t max_header = 6;
 constexpr size_t max_integer = 6;
 
-// The place of the highest bit that is set, of which there is one at least.
+// The place of the highest bit that is set, counted from 0. At least one bit must be set.
 inline size_t highest_bit(uint32_t bits) { return static_cast<size_t>(31 - __builtin_clz(bits)); }
 
-// How many contents octets an INTEGER has, 1 to 4: as few as hold the value and its sign.
+// How many contents octets an INTEGER has, 1 to 4: as few as hold the value and its sign (X.690 8.3.2).
 inline size_t integer_octets(int32_t value) {
     const auto magnitude = static_cast<uint32_t>(value ^ (value >> 31));
     size_t count = 1;
@@ -47,7 +48,8 @@ public:
     }
     bool failed() const { return at_ == nullptr; }
 
-    // What a function that has been handed the sink gives back: one register. A writer that failed gives null.
+    // A function that is handed the sink by value gives back what fits into one register: how far it has come. A writer
+    // that failed gives null.
     using progress = unsigned char*;
     progress done() const { return at_; }
     void go_on(progress from) {
@@ -69,7 +71,7 @@ public:
         octets(contents, length);
         header(identifier, length);
     }
-    // One of the texts of a list.
+    // Writes one of the texts of a list, whose lengths are hard to foresee.
     ZR_INLINE void list_text(const char* text, size_t length) {
         at_ -= length;
         copy_varied(at_, text, length);
@@ -93,7 +95,7 @@ public:
         octet_pair(id_integer, static_cast<unsigned char>(count));
     }
 
-    // From the last of them to the first; false when they do not fit.
+    // Writes integers from the last to the first. False when they do not fit.
     template <class T>
     bool integers(const T* values, size_t count) {
         if (has_room(uint64_t{count} * max_integer)) {
