@@ -91,8 +91,8 @@ place() {
     check 1 '' "$2" encode sec_id_t
     [ "$(sed -n 2,3p err)" = "$(printf "$3")" ] || fail "the place of $2: $(cat err)"
 }
-place '{"name":\t"\\\\ \u6f22\u5b57 e\u0301", "nme": 1}\r\n' '1:22: sec_id_t: found a member "nme"' \
-    '  {"name":\t"\\\\ \u6f22\u5b57 e\u0301", "nme": 1}\n          \t             ^'
+place '{"name":\t"\\\\ \xe6\xbc\xa2\xe5\xad\x97 e\xcc\x81", "nme": 1}\r\n' '1:22: sec_id_t: found a member "nme"' \
+    '  {"name":\t"\\\\ \xe6\xbc\xa2\xe5\xad\x97 e\xcc\x81", "nme": 1}\n          \t             ^'
 place '{\n"\033": 1}' '2:2: sec_id_t: not JSON' '  "\\u{1b}": 1}\n   ^'
 place "{\"$(printf '\\200%.0s' {1..999})\": 1}" '1:' "  {\"$(printf '\\\\x80%.0s' {1..60})\n    ^"
 { printf '{"\200'; head -c 5000000 /dev/zero | tr '\0' '\200'; echo '": 1}'; } > in
