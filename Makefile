@@ -3,7 +3,8 @@
 #   make demo     build the library and the command-line program, and show what that does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
-#   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md
+#   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
+#                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
@@ -32,7 +33,7 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz bench counts tidy format $(deps)
+.PHONY: demo test fuzz bench bench-build counts tidy format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -48,9 +49,11 @@ fuzz: build/fuzz/build.ninja
 	@cmake --build build/fuzz -j $(JOBS)
 	@fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
 
-bench: build/bench/build.ninja build/bench-x86/build.ninja
+bench-build: build/bench/build.ninja build/bench-x86/build.ninja
 	@cmake --build build/bench -j $(JOBS) --target zrasn_bench zrasn_bench_heap
 	@cmake --build build/bench-x86 -j $(JOBS) --target zrasn_bench
+
+bench: bench-build
 	@bench/report.py build/bench build/bench-x86 --seconds $(BENCH_SECONDS)
 
 # The library is the one of the tests: as users get it, and as 32-bit program.

@@ -137,14 +137,14 @@ struct sized {
 template <class Scenario>
 void library_encode(sized<Scenario>& at) {
     zr_asn_buffer_t out{};
-    zrAsnEncodeObj(out, at.record);
+    if (zrAsnEncodeObj(out, at.record) != 0) std::abort();
     keep(out.data);
     zr_asn_buffer_free(out);
 }
 template <class Scenario>
 void library_decode(sized<Scenario>& at) {
     typename Scenario::structure out{};
-    zrAsnDecodeObj(at.encoding, out);
+    if (zrAsnDecodeObj(at.encoding, out) != 0) std::abort();
     keep(&out);
     zrAsnFreeObj(out);
 }
