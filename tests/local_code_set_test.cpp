@@ -1,11 +1,9 @@
 // Text fields, and their conversion between the local code set and UTF-8 with locales that the build has made.
 #include <gtest/gtest.h>
-#include <locale.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -14,6 +12,7 @@
 #include "support/allocations.h"
 #include "support/ber.h"
 #include "support/out_of_memory.h"
+#include "support/thread_locale.h"
 #include "zrz/zrz.h"
 
 // The C library loses the search path that newlocale makes of LOCPATH.
@@ -27,34 +26,13 @@ namespace {
 using zr_test::bytes;
 using zr_test::contents;
 using zr_test::hex;
+using zr_test::thread_locale;
 using zr_test::written;
 
 constexpr unsigned int out_of_memory = 275062885;
 constexpr unsigned int unconvertible = 275063211;
 constexpr const char to_utf8_message[] = "Text cannot be converted from the local code set to UTF-8";
 constexpr const char to_local_message[] = "Text cannot be converted from UTF-8 to the local code set";
-
-// The locale of the calling thread, and of no other, while it lives. Null: the one without a name ("C").
-class thread_locale {
-public:
-    explicit thread_locale(const char* name) {
-        setenv("LOCPATH", ZR_TEST_LOCALES, 1);  // the directory that the build has made
-        locale_ = newlocale(LC_ALL_MASK, name != nullptr ? name : "C", nullptr);
-        unsetenv("LOCPATH");
-        if (locale_ == nullptr) throw std::runtime_error("locale missing");
-        before_ = uselocale(locale_);
-    }
-    ~thread_locale() {
-        uselocale(before_);
-        freelocale(locale_);
-    }
-    thread_locale(const thread_locale&) = delete;
-    thread_locale& operator=(const thread_locale&) = delete;
-
-private:
-    locale_t locale_;
-    locale_t before_;
-};
 
 // What set_value does with the text: contents in hexadecimal, or the message of the exception.
 std::string set(zrasnUTF8String& object, std::vector<unsigned char> text) {

@@ -86,12 +86,12 @@ TEST(records, encodings_of_any_size_and_guess) {
         size_t made;                   // requests of the allocator
     } rows[] = {
         {10, 20, 20, 1},      // short
-        {1000, 20, 20, 1},    // a block of the guessed size
-        {1000, 10, 14, 1},    //
+        {1000, 20, 20, 2},    // a block of the guessed size, which is cut
+        {1000, 10, 14, 2},    //
         {100000, 20, 20, 1},  // counted first
         {1000, 0, 60, 1},     // long, though it looked short
         {1000, 10, 60, 2},    // longer than guessed
-        {1000, 16, 6, 2},     // far shorter than guessed: the block is cut
+        {1000, 16, 6, 2},     // far shorter than guessed
         {100, 600, 0, 2},
     };
     for (const auto& row : rows) {
@@ -118,13 +118,13 @@ TEST(records, encodings_of_any_size_and_guess) {
             watched.on_release(nullptr, nullptr);
             const size_t lost = watched.live();
             // A block that cannot be cut is handed out as it is.
-            const bool uncut = failing == 2 && row.others < row.middle;
+            const bool uncut = failing == 2 && row.others <= row.middle;
             EXPECT_EQ(status, failing == 0 || uncut ? 0 : zr_err_out_of_memory);
             EXPECT_TRUE(same);
             EXPECT_EQ(lost, 0u);
             if (failing != 0) continue;
             EXPECT_EQ(made, row.made);
-            EXPECT_LE(held, expected.size() * 3 / 2 + 4);
+            EXPECT_LE(held, expected.size() + 4 + std::max<size_t>(256, expected.size() / 50));
         }
     }
 }

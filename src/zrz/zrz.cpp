@@ -8,6 +8,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include "asn1/ascii.h"
+#include "zrz/text_conversion.h"
 
 namespace {
 
@@ -16,7 +20,7 @@ constexpr const char utf8_name[] = "UTF-8";
 
 size_t length_of(const char* chars) { return chars != nullptr ? std::strlen(chars) : 0; }
 
-[[noreturn]] void throw_out_of_memory(int line = __builtin_LINE()) {
+[[noreturn]] void throw_no_memory(int line = __builtin_LINE()) {
     throw zr_asn_memexception(source_file, line, "Out of memory in text conversion", zr_err_out_of_memory);
 }
 
@@ -27,57 +31,60 @@ size_t length_of(const char* chars) { return chars != nullptr ? std::strlen(char
                            zr_err_conversion);
 }
 
-bool is_ascii(const zr::const_text& text) {
-    const char* chars = text.getChars();
-    size_t left = text.getLength();
-    for (; left >= sizeof(uint64_t); left -= sizeof(uint64_t), chars += sizeof(uint64_t)) {
-        uint64_t octets = 0;
-        std::memcpy(&octets, chars, sizeof octets);
-        if ((octets & 0x8080808080808080u) != 0) return false;
-    }
-    for (; left != 0; --left, ++chars)
-        if ((static_cast<unsigned char>(*chars) & 0x80) != 0) return false;
-    return true;
-}
-
-// The name of the local code set, or null when `text` is the same in it and in UTF-8.
-const char* code_set_to_convert(const zr::const_text& text) {
+// The name of the calling thread's local code set, or null when that is UTF-8.
+const char* local_code_set() {
     const char* local = nl_langinfo(CODESET);
-    if (strcasecmp(local, utf8_name) == 0 || strcasecmp(local, "UTF8") == 0) return nullptr;
-    return is_ascii(text) ? nullptr : local;
+    return strcasecmp(local, utf8_name) == 0 || strcasecmp(local, "UTF8") == 0 ? nullptr : local;
 }
 
-// One conversion, from construction to destruction.
-class conversion {
+// Whether UTF-8 contains one of the tag characters U+E0000 to U+E007F.
+bool has_tag_characters(const zr::const_text& text) {
+    const char* const end = text.getChars() + text.getLength();
+    const char* at = text.getChars();
+    while ((at = static_cast<const char*>(std::memchr(at, '\xF3', static_cast<size_t>(end - at)))) != nullptr) {
+        if (end - at >= 3 && at[1] == '\xA0' && (at[2] == '\x80' || at[2] == '\x81')) return true;
+        ++at;
+    }
+    return false;
+}
+
+}  // namespace
+
+// One of the C library's converters, and the block that it converts into.
+class zr::text_conversion::converter {
 public:
-    conversion(const char* local, bool to_utf8)
+    converter(const char* local, bool to_utf8)
         : to_utf8_(to_utf8), cd_(to_utf8 ? iconv_open(utf8_name, local) : iconv_open(local, utf8_name)) {
         if (is_open()) return;
-        if (errno == ENOMEM) throw_out_of_memory();
+        if (errno == ENOMEM) throw_no_memory();
         throw_unconvertible(to_utf8_);
     }
-    ~conversion() {
+    ~converter() {
         if (is_open()) iconv_close(cd_);
         std::free(block_);
     }
-    conversion(const conversion&) = delete;
-    conversion& operator=(const conversion&) = delete;
+    converter(const converter&) = delete;
+    converter& operator=(const converter&) = delete;
 
-    // Converts all of `text`; release() hands out the block, which has a terminating zero.
-    void run(const zr::const_text& text) {
-        grow(text.getLength() + text.getLength() / 2 + 32);
+    // Converts all of `text`. What it gives is this object's; a zero octet follows it.
+    const_text run(const const_text& text) {
+        used_ = 0;
+        const size_t likely = text.getLength() + text.getLength() / 2 + 32;
+        if (capacity_ < likely) grow(likely);
         char* next = const_cast<char*>(text.getChars());  // iconv only reads it
         size_t left = text.getLength();
         step(&next, &left);
-        // Code sets with combined characters hold the last one back until they are told that none follows.
+        // Code sets with combined characters hold the last one back until they are told that none follows. That also
+        // brings the converter back to its initial state.
         step(nullptr, nullptr);
         block_[used_] = '\0';
+        return {block_, used_};
     }
-    size_t length() const { return used_; }
-    const char* chars() const { return block_; }
+    // Hands out the block.
     char* release() {
         char* block = block_;
         block_ = nullptr;
+        capacity_ = 0;
         return block;
     }
 
@@ -99,7 +106,7 @@ private:
 
     void grow(size_t capacity) {
         void* grown = capacity > capacity_ ? std::realloc(block_, capacity) : nullptr;
-        if (grown == nullptr) throw_out_of_memory();
+        if (grown == nullptr) throw_no_memory();
         block_ = static_cast<char*>(grown);
         capacity_ = capacity;
     }
@@ -111,18 +118,36 @@ private:
     size_t used_ = 0;
 };
 
-// Whether UTF-8 contains one of the tag characters U+E0000 to U+E007F.
-bool has_tag_characters(const zr::const_text& text) {
-    const char* const end = text.getChars() + text.getLength();
-    const char* at = text.getChars();
-    while ((at = static_cast<const char*>(std::memchr(at, '\xF3', static_cast<size_t>(end - at)))) != nullptr) {
-        if (end - at >= 3 && at[1] == '\xA0' && (at[2] == '\x80' || at[2] == '\x81')) return true;
-        ++at;
-    }
-    return false;
+zr::text_conversion::text_conversion(text_direction direction) : code_set_(local_code_set()), direction_(direction) {}
+
+zr::text_conversion::~text_conversion() {
+    delete there_;
+    delete back_;
 }
 
-}  // namespace
+zr::const_text zr::text_conversion::convert(const char* chars, size_t length) {
+    const const_text text(chars, length);
+    if (changes_nothing() || is_ascii(chars, length)) return text;
+    const bool to_utf8 = direction_ == text_direction::local_to_utf8;
+    if (there_ == nullptr) there_ = make_converter(code_set_, to_utf8);
+    const const_text converted = there_->run(text);
+    if (!to_utf8 && has_tag_characters(text)) {
+        // The C library leaves these out of code sets that lack them and does not say so; the way back shows it.
+        if (back_ == nullptr) back_ = make_converter(code_set_, true);
+        const const_text again = back_->run(converted);
+        if (again.getLength() != length || std::memcmp(again.getChars(), chars, length) != 0)
+            throw_unconvertible(false);
+    }
+    return converted;
+}
+
+char* zr::text_conversion::release() { return there_->release(); }
+
+zr::text_conversion::converter* zr::text_conversion::make_converter(const char* code_set, bool to_utf8) {
+    auto* made = new (std::nothrow) converter(code_set, to_utf8);
+    if (made == nullptr) throw_no_memory();
+    return made;
+}
 
 ZLCConstString_5_1::ZLCConstString_5_1(const char* chars) : const_text(chars, length_of(chars)) {}
 ZUTF8ConstString_5_1::ZUTF8ConstString_5_1(const char* chars) : const_text(chars, length_of(chars)) {}
@@ -137,27 +162,14 @@ void ZAbstractMutableString_5_1::adopt(char* owned, size_t length) {
 
 ZUTF8String_5_1::ZUTF8String_5_1(const ZLCConstString_5_1& local)
     : ZAbstractMutableString_5_1(local.getChars(), local.getLength()) {
-    const char* code_set = code_set_to_convert(local);
-    if (code_set == nullptr) return;
-    conversion converted(code_set, true);
-    converted.run(local);
-    const size_t length = converted.length();
-    adopt(converted.release(), length);
+    zr::text_conversion conversion(zr::text_direction::local_to_utf8);
+    const zr::const_text utf8 = conversion.convert(local.getChars(), local.getLength());
+    if (utf8.getChars() != local.getChars()) adopt(conversion.release(), utf8.getLength());
 }
 
 ZLCString_5_1::ZLCString_5_1(const ZUTF8ConstString_5_1& utf8)
     : ZAbstractMutableString_5_1(utf8.getChars(), utf8.getLength()) {
-    const char* code_set = code_set_to_convert(utf8);
-    if (code_set == nullptr) return;
-    conversion converted(code_set, false);
-    converted.run(utf8);
-    const size_t length = converted.length();
-    if (has_tag_characters(utf8)) {
-        // The C library leaves these out of code sets that lack them and does not say so; the way back shows it.
-        conversion back(code_set, true);
-        back.run(zr::const_text(converted.chars(), length));
-        if (back.length() != utf8.getLength() || std::memcmp(back.chars(), utf8.getChars(), back.length()) != 0)
-            throw_unconvertible(false);
-    }
-    adopt(converted.release(), length);
+    zr::text_conversion conversion(zr::text_direction::utf8_to_local);
+    const zr::const_text local = conversion.convert(utf8.getChars(), utf8.getLength());
+    if (local.getChars() != utf8.getChars()) adopt(conversion.release(), local.getLength());
 }

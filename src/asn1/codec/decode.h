@@ -183,17 +183,20 @@ ZR_INLINE octet_position read_inlined_record(octet_position at, octet_position e
 template <class S>
 ZR_INLINE octet_position read_levels(octet_position at, octet_position end, S& root) {
     using own = own_list<S>;
-    // A record whose list is being read. The list ends where the record does.
+    // A record whose list is being read, but for its last element: what the record ends with ends together with it.
     struct level {
         S* node;
-        octet_position stop;
+        octet_position stop;  // of the list, and so of the record
+        size_t left;          // elements behind the one that is read
     };
     work_list<level> open;
-    for (S* node = &root;;) {
+    S* node = &root;
+    bool is_last = false;  // the node ends where its list does
+    for (;;) {
         octet_position stop = nullptr;
         octet_position list_stop = nullptr;
         at = quick_contents(at, end, id_sequence, stop);
-        if (at == nullptr) return nullptr;
+        if (at == nullptr || (is_last && stop != end)) return nullptr;
         at = read_fields(at, stop, *node, std::make_index_sequence<own::index>());
         if (at == nullptr) return nullptr;
         at = quick_contents(at, stop, id_sequence, list_stop);
@@ -202,15 +205,18 @@ ZR_INLINE octet_position read_levels(octet_position at, octet_position end, S& r
             const size_t count = count_elements(at, stop);
             if (!is_plausible<own>(count, static_cast<size_t>(stop - at))) return nullptr;
             make_array<own>(*node, count);
-            open.push({node, stop}, record<S>::module);
+            is_last = count == 1;
+            if (!is_last) open.push({node, stop, count - 1}, record<S>::module);
+            end = stop;
         } else {
-            // Nothing is below it. What ends with it is complete, up to a list with another element.
-            while (!open.empty() && open.top().stop == at)
-                open.pop();
             if (open.empty()) return at;
+            level& top = open.top();
+            node = top.node;
+            end = top.stop;
+            is_last = --top.left == 0;
+            if (is_last) open.pop();
         }
-        end = open.top().stop;
-        node = &add_record<own>(*open.top().node);
+        node = &add_record<own>(*node);
     }
 }
 

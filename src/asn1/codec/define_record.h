@@ -18,6 +18,7 @@
 //   dropped   read and checked, but not kept: the structure has no room for it
 #pragma once
 
+#include "asn1/codec/ascii_texts.h"
 #include "asn1/codec/decode.h"
 #include "asn1/codec/encode.h"
 #include "asn1/codec/record_codec.h"
@@ -29,11 +30,18 @@
 namespace zr {
 
 template <class S>
+constexpr bool (*ascii_texts_of())(octet_position, octet_position) {
+    if constexpr (has_texts<S>()) return &texts_are_ascii<S>;
+    return nullptr;
+}
+
+template <class S>
 constexpr record_codec codec_of = {
     &write_outlined_record<writer, S>,
     &write_outlined_record<counter, S>,
     &read_outlined_record<S>,
     &release_outlined<members_after::cleared, S>,
+    ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),
     typical_octets<S>(),
     varying_table<S>::fields.fields,

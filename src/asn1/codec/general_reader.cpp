@@ -40,11 +40,13 @@ struct level {
     uint32_t list_after;    // the scope of the list
     uint32_t element;       // of the list: which one is to be read
     uint32_t room;          // of the list: elements that its array has room for
+    uint32_t list_at;       // where the list begins
     uint16_t next;          // the field that is to be read
     bool record_indefinite;
     bool list_indefinite;
     bool in_list;
     bool dropped;  // the structure belongs to the level and goes with it
+    bool unseen;   // it lies in a position behind the last slot: what its counts cannot hold is not missed
 
     const field& member() const { return type->fields[next]; }
     scope record_scope() const { return {record_after, record_indefinite}; }
@@ -62,7 +64,8 @@ static_assert(sizeof(level) <= 48, "levels are cheap");
 
 class general_reader {
 public:
-    general_reader(input in, refusal* found) : in_(in), start_(in.at), found_(found) {}
+    general_reader(input in, refusal* found, bool marks_texts)
+        : in_(in), start_(in.at), found_(found), marks_texts_(marks_texts) {}
     general_reader(const general_reader&) = delete;
     general_reader& operator=(const general_reader&) = delete;
     ~general_reader() {
@@ -71,20 +74,20 @@ public:
     }
 
     int run(const record_type& type, void* out) {
-        int status = open_record(type, out, false);
+        int status = open_record(type, out, false, false);
         while (status == 0 && !levels_.empty()) {
             const level& top = levels_.top();
             status = top.in_list ? read_element() : top.next != top.type->field_count ? read_member() : close_record();
         }
-        if (status != 0) return refuse(status);
-        return too_many_ ? zr_err_out_of_memory : 0;
+        return status != 0 ? refuse(status) : 0;
     }
+    const uncounted_list& uncounted() const { return uncounted_; }
 
 private:
     // Reads a leaf at once, and makes another record the level that is read.
-    int open_record(const record_type& type, void* structure, bool dropped) {
+    int open_record(const record_type& type, void* structure, bool dropped, bool unseen) {
         dropped_record owned(dropped ? structure : nullptr, {&type});
-        if (type.codec->is_leaf) {
+        if (type.codec->is_leaf && !(marks_texts_ && type.codec->texts_are_ascii != nullptr)) {
             if (const unsigned char* behind = type.codec->read(in_.at, in_.end, structure)) {
                 in_.at = behind;
                 if (!levels_.empty()) levels_.top().advance();
@@ -101,6 +104,7 @@ private:
         opened.record_after = entered.after;
         opened.record_indefinite = entered.indefinite;
         opened.dropped = dropped;
+        opened.unseen = unseen;
         levels_.push(opened, type.module);
         static_cast<void>(owned.release());
         return 0;
@@ -137,12 +141,13 @@ private:
                 }
                 void* made = make_structure(*field.record, *top.type, field.held);
                 place<void*>(top.structure, field.offset) = made;
-                return open_record(*field.record, made, false);
+                return open_record(*field.record, made, false, top.unseen);
             }
             case holding::list:
             case holding::pointer_list:
             case holding::slots: {
                 scope entered{};
+                top.list_at = offset();
                 if (int status = enter(entered)) return status;
                 top.list_after = entered.after;
                 top.list_indefinite = entered.indefinite;
@@ -158,10 +163,16 @@ private:
 
     // Reads the value in a place, of the structure of the level that is read.
     int read_one(const field& field, void* where) {
-        if (field.value == value_kind::record) return open_record(*field.record, where, false);
         level& top = levels_.top();
+        if (field.value == value_kind::record) return open_record(*field.record, where, false, top.unseen);
         expected_ = expectation::value;
-        const int status = read_value(in_, field, top.structure, where, tag_, top.type->module);
+        int status = 0;
+        if (marks_texts_ && field.value == value_kind::text) {
+            tag_ = 12;
+            status = read_marked_text(in_, place<char*>(where, 0), offset());
+        } else {
+            status = read_value(in_, field, top.structure, where, tag_, top.type->module);
+        }
         if (status == 0) top.advance();
         return status;
     }
@@ -183,7 +194,7 @@ private:
         if (!is_by_pointer(field.held)) return read_one(field, where);
         void* made = make_structure(*field.record, *top.type, field.held);
         place<void*>(where, 0) = made;
-        return open_record(*field.record, made, false);
+        return open_record(*field.record, made, false, top.unseen);
     }
 
     // Positions behind the last slot are read and checked like the others, and dropped.
@@ -196,18 +207,18 @@ private:
         const bool dropped = top.element >= field.size;
         void* made = make_structure(*field.record, *top.type, field.held);
         if (!dropped) place<void*>(place_at(field, top.structure, top.element), 0) = made;
-        return open_record(*field.record, made, dropped);
+        return open_record(*field.record, made, dropped, top.unseen || dropped);
     }
 
     // An element that the count cannot hold.
     int read_uncounted(const level& top, const field& field) {
-        if (!too_many_) {
-            too_many_ = true;
+        if (!top.unseen && top.list_at < uncounted_.at) {
+            uncounted_ = {top.list_at, top.type->module};
             expected_ = expectation::fewer_elements;
             describe(zr_err_out_of_memory);
         }
         if (field.value == value_kind::record)
-            return open_record(*field.record, make_structure(*field.record, *top.type, field.held), true);
+            return open_record(*field.record, make_structure(*field.record, *top.type, field.held), true, top.unseen);
         void* dropped = nullptr;
         const int status = read_one(field, &dropped);
         drop_value(field, &dropped);
@@ -249,6 +260,8 @@ private:
         top.room = static_cast<uint32_t>(room);
     }
 
+    uint32_t offset() const { return static_cast<uint32_t>(in_.at - start_); }
+
     // A slot that reads as neither NULL nor the record fits no alternative, whatever is wrong inside.
     int refuse(int status) {
         for (const level& open : levels_)
@@ -260,7 +273,7 @@ private:
     void describe(int status) {
         if (found_ == nullptr) return;
         found_->status = status;
-        found_->offset = static_cast<uint32_t>(in_.at - start_);
+        found_->offset = offset();
         found_->left = static_cast<uint32_t>(in_.left());
         found_->expected = expected_;
         found_->tag = tag_;
@@ -322,13 +335,23 @@ private:
     work_list<level> levels_;
     expectation expected_ = expectation::value;
     unsigned char tag_ = 16;  // of the value that is expected
-    bool too_many_ = false;
+    const bool marks_texts_;
+    uncounted_list uncounted_;
 };
 
 }  // namespace
 
 int read_any_form(const record_type& type, input in, void* out, refusal* found) {
-    return general_reader(in, found).run(type, out);
+    general_reader reader(in, found, false);
+    const int status = reader.run(type, out);
+    return status == 0 && reader.uncounted().module != nullptr ? zr_err_out_of_memory : status;
+}
+
+int read_marked_texts(const record_type& type, input in, void* out, uncounted_list& uncounted) {
+    general_reader reader(in, nullptr, true);
+    const int status = reader.run(type, out);
+    uncounted = reader.uncounted();
+    return status;
 }
 
 }  // namespace zr

@@ -14,4 +14,14 @@ namespace zr {
 // structure has no room for is dropped, and 275062885 is the status when nothing else is wrong.
 int read_any_form(const record_type& type, input in, void* out, refusal* found);
 
+// A list of more elements than its count holds, the one that begins first: where, and whose it is.
+struct uncounted_list {
+    uint32_t at = UINT32_MAX;
+    const char* module = nullptr;
+};
+
+// read_marked_texts reads as read_any_form does, but the block of every text begins with a text_mark. A list of too
+// many elements is told in `uncounted` and is no failure here.
+int read_marked_texts(const record_type& type, input in, void* out, uncounted_list& uncounted);
+
 }  // namespace zr

@@ -23,6 +23,9 @@ struct record_codec {
     uint64_t (*count)(counter sink, const void* in);
     const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
     void (*release)(void* structure);
+    // Whether the texts of an encoding in the library's own form are ASCII (asn1/codec/ascii_texts.h); null for a
+    // record without texts.
+    bool (*texts_are_ascii)(const unsigned char* at, const unsigned char* end);
 
     uint32_t min_octets;      // the fewest that any encoding has
     uint32_t typical_octets;  // about as many take the fields that do not vary

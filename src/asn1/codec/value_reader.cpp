@@ -106,15 +106,21 @@ int read_string(input& in, unsigned int tag, string_target& target, uint64_t mos
     return 0;
 }
 
+// `before` octets of the block stay free before the text.
 struct text_target final : string_target {
-    explicit text_target(char*& text) : made(text) {}
-    void* make_room(uint64_t length) override {
-        made = length < SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1)) : nullptr;
-        if (made != nullptr) made[length] = 0;
-        return made;
+    explicit text_target(char*& text, size_t octets_before = 0) : made(text), before(octets_before) {}
+    void* make_room(uint64_t octets) override {
+        length = static_cast<uint32_t>(octets);
+        const uint64_t all = before + octets + 1;
+        made = all <= SIZE_MAX ? static_cast<char*>(std::malloc(static_cast<size_t>(all))) : nullptr;
+        if (made == nullptr) return nullptr;
+        made[all - 1] = 0;
+        return made + before;
     }
 
     char*& made;
+    size_t before;
+    uint32_t length = 0;
 };
 
 struct octets_target final : string_target {
@@ -197,6 +203,14 @@ int read_integer(input& in, int32_t& value) {
 int read_text(input& in, char*& text) {
     text_target target(text);
     return read_string(in, 12, target);
+}
+
+int read_marked_text(input& in, char*& block, uint32_t at) {
+    text_target target(block, sizeof(text_mark));
+    const int status = read_string(in, 12, target);
+    const text_mark mark{at, target.length};
+    if (block != nullptr) std::memcpy(block, &mark, sizeof mark);
+    return status;
 }
 
 int read_octets(input& in, unsigned char*& data, uint32_t& length) {

@@ -39,6 +39,12 @@ bool skip_null(input& in);
 int read_integer(input& in, int32_t& value);
 // The text gets a malloc block with a terminating zero. It is null when memory is out, and that is no failure.
 int read_text(input& in, char*& text);
+// The same for a text that is marked: in its block the place for the mark comes first, then the text.
+struct text_mark {
+    uint32_t at;      // where its value lies in the octets that are decoded
+    uint32_t length;  // with all zero octets
+};
+int read_marked_text(input& in, char*& block, uint32_t at);
 // The octets get a malloc block, an empty string none. 275062885 when memory is out.
 int read_octets(input& in, unsigned char*& data, uint32_t& length);
 // `size` octets at most go there; the rest of it is zero.

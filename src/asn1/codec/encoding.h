@@ -1,0 +1,45 @@
+// Where an encoding is written: on the stack, in a block of about its size, or in one of exactly its size.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+
+#include "asn1/record/record_type.h"
+
+namespace zr {
+
+struct block_deleter {
+    void operator()(unsigned char* block) const { std::free(block); }
+};
+using block = std::unique_ptr<unsigned char, block_deleter>;
+
+// Throws zr_asn_memexception, also for more octets than an encoding can have.
+block allocate_encoding(uint64_t length);
+
+// What becomes of an envelope that is written.
+class encoding_target {
+public:
+    // An envelope that lies in memory of the caller's.
+    virtual void take(const unsigned char* envelope, size_t length) = 0;
+    // One that lies somewhere in a block, which has `room` octets.
+    virtual void take(block owner, size_t room, unsigned char* envelope, size_t length) = 0;
+
+protected:
+    ~encoding_target() = default;
+};
+
+// write_encoding writes the envelope of a structure and hands it on, once. Throws zr_asn_memexception.
+void write_encoding(const record_type& type, const void* in, int version, encoding_target& target);
+
+// The target that gives the envelope to the caller of an entry point, in a block that is hardly longer.
+class handed_out final : public encoding_target {
+public:
+    explicit handed_out(zr_asn_buffer_t& out) : out_(out) {}
+    void take(const unsigned char* envelope, size_t length) override;
+    void take(block owner, size_t room, unsigned char* envelope, size_t length) override;
+
+private:
+    zr_asn_buffer_t& out_;
+};
+
+}  // namespace zr

@@ -1,0 +1,79 @@
+// Changing the code set of the texts in an encoding.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "asn1/codec/local_texts.h"
+#include "asn1/codec/quick_reader.h"
+#include "asn1/codec/writer.h"
+
+namespace zr {
+
+// A list of octets that grows at its end and is taken apart from there, in chunks, so that growing moves nothing. The
+// first chunk needs no memory of its own.
+class octet_stack {
+public:
+    octet_stack() = default;
+    octet_stack(const octet_stack&) = delete;
+    octet_stack& operator=(const octet_stack&) = delete;
+    ~octet_stack();
+
+    bool empty() const { return last_ == &first_ && first_.used == 0; }
+    // Both throw zr_asn_memexception.
+    void push(const void* octets, size_t count);
+    void push_number(uint64_t number);
+    uint64_t pop_number();
+    // Moves the last `count` octets before what the writer has.
+    void pop_to(writer& sink, size_t count);
+
+private:
+    struct chunk {
+        chunk* before;
+        uint32_t used;
+        unsigned char octets[1000];
+    };
+
+    void drop_empty_chunk();
+
+    chunk first_{};
+    chunk* last_ = &first_;
+};
+
+// transcoder makes another encoding of an encoding in the library's own form: the same but for the texts, which it
+// converts. Two steps, because a length comes before what it counts: the first goes from the front to the back,
+// converts the texts and keeps those that change; the second writes from the back to the front.
+class transcoder {
+public:
+    explicit transcoder(text_conversion& conversion) : conversion_(conversion) {}
+
+    // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE, INTEGER, OCTET
+    // STRING, NULL and UTF8String with definite lengths that fit into each other; then there is nothing to write.
+    // Throws what the conversion throws, and zr_asn_memexception.
+    bool convert(octet_position at, octet_position end);
+    // How many octets are to be written.
+    uint64_t length() const { return length_; }
+    // Writes them, for which the writer has room; once only.
+    void write(writer& sink);
+
+private:
+    struct header {
+        unsigned char identifier;
+        uint32_t contents;  // where they begin
+        uint32_t stop;      // where they end
+    };
+    bool read_header(uint32_t at, uint32_t end, header& value) const;
+    bool convert_text(uint32_t at, const header& value, int64_t& grown);
+    void keep_place(uint32_t at, bool is_sequence);
+
+    text_conversion& conversion_;
+    octet_position octets_ = nullptr;
+    // Of each text that changes, in order: its new octets, their number and its place; of each SEQUENCE that holds one,
+    // behind all that it holds, its place. A place is the distance from the one before.
+    octet_stack changes_;
+    uint32_t place_ = 0;  // the last one
+    uint32_t stop_ = 0;   // of the first value
+    uint64_t length_ = 0;
+};
+
+}  // namespace zr

@@ -1,0 +1,186 @@
+// Records with texts in the local code set: the entry points answer as the object tree does, octets, structures,
+// statuses and the line on standard error, in locales of every sort.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "base_idls/principal_asn.h"
+#include "support/allocations.h"
+#include "support/caught_stderr.h"
+#include "support/hex.h"
+#include "support/routes.h"
+#include "support/thread_locale.h"
+
+namespace zr_test {
+namespace {
+
+constexpr route local_tree = {"object tree for local texts",
+                              [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                  return zr::encode_tree(type, zr_local_code_set, out, in);
+                              },
+                              [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                  return zr::decode_tree(type, zr_local_code_set, in, out);
+                              }};
+
+// Texts that a locale holds, in its own octets, and texts in UTF-8 of which it holds some.
+struct local_texts {
+    const char* locale;  // null: "C"
+    std::vector<std::string> local, utf8;
+};
+const std::vector<std::string> some_utf8 = {"",
+                                            "plain",
+                                            "caf\xC3\xA9",
+                                            "\xE6\x97\xA5\xE6\x9C\xAC",
+                                            "cut\xC3",
+                                            "\xED\xA0\x80",
+                                            "\xF3\xA0\x81\x81",
+                                            "\xEA\xB0\x80",
+                                            "a longer text without anything else in it"};
+const local_texts locales[] = {
+    {"latin1", {"", "plain", "caf\xE9", "\xA0\xFF", std::string(300, '\xE9')}, some_utf8},
+    {"euc_jp", {"", "plain", "\xC6\xFC\xCB\xDC", "\x8E\xB1", "\x8F\xB0\xA1", "cut\xC6"}, some_utf8},
+    {"utf8", some_utf8, some_utf8},
+    {nullptr, {"", "plain", "caf\xE9"}, some_utf8},
+};
+
+// What a call prints, without the number of the line.
+std::string message_of(caught_stderr& printed) {
+    const std::string line = printed.take();
+    return line.substr(0, line.find(" at line "));
+}
+
+// Gives the texts of a structure new ones, `odd` of ten of them at most from all there are.
+void replace_texts(structure& filled, const std::vector<std::string>& texts, unsigned odd, std::mt19937& random) {
+    for (char** text : texts_of(filled.type(), filled.get())) {
+        if (*text == nullptr && random() % 2 == 0) continue;
+        std::free(*text);
+        *text = copy_text(texts[random() % 10 < odd ? random() % texts.size() : random() % 3]);
+    }
+}
+
+// Zero octets in texts, which no C string shows.
+void put_zeros(octets& ber, std::mt19937& random) {
+    for (size_t i = 2; i + 2 < ber.size(); ++i)
+        if (ber[i - 2] == 0x0C && ber[i - 1] > 1 && ber[i - 1] < 0x20 && random() % 8 == 0) ber[i] = 0;
+}
+
+TEST(local_records, entry_points_and_object_tree_encode_alike) {
+    std::mt19937 random(31);
+    size_t encoded_with_texts = 0, refused = 0;
+    for (const local_texts& local : locales) {
+        const thread_locale in_use(local.locale);
+        for (const zr::record_type* type : all_records()) {
+            for (unsigned i = 0; i < 30; ++i) {
+                structure original(*type);
+                fill(*type, original.get(), random, {400, 5, true});
+                replace_texts(original, local.local, i % 5, random);
+                caught_stderr printed;
+                const encoded tree = encode(local_tree, original);
+                const std::string message = message_of(printed);
+                allocations watched;
+                {
+                    const encoded direct = encode(local_entry_points, original);
+                    ASSERT_EQ(direct.status, tree.status) << type->name;
+                    ASSERT_EQ(hex(direct.ber), hex(tree.ber)) << type->name;
+                }
+                ASSERT_EQ(watched.live(), 0u);
+                ASSERT_EQ(message_of(printed), message) << type->name;
+                ++(tree.status == 0 ? encoded_with_texts : refused);
+            }
+        }
+    }
+    EXPECT_GT(encoded_with_texts, 3000u);
+    EXPECT_GT(refused, 200u);
+}
+
+TEST(local_records, entry_points_and_object_tree_decode_alike) {
+    std::mt19937 random(32);
+    size_t decoded = 0, refused = 0;
+    for (const local_texts& local : locales) {
+        const thread_locale in_use(local.locale);
+        for (const zr::record_type* type : all_records()) {
+            for (unsigned i = 0; i < 40; ++i) {
+                structure original(*type);
+                fill(*type, original.get(), random, {400, 5, true});
+                replace_texts(original, local.utf8, i % 4, random);
+                octets ber = encode(entry_points, original).ber;
+                if (i % 3 == 0) ber = rewrite_ber(parse_ber(ber), random, {i % 2 != 0, i % 4 < 2, true, i % 5 == 0});
+                put_zeros(ber, random);
+                if (i % 7 == 0 && !ber.empty()) ber[random() % ber.size()] = static_cast<unsigned char>(random());
+                structure from_tree(*type), from_octets(*type);
+                caught_stderr printed;
+                const int expected = decode(local_tree, ber, from_tree);
+                const std::string message = message_of(printed);
+                allocations watched;
+                const int status = decode(local_entry_points, ber, from_octets);
+                ASSERT_EQ(status, expected) << type->name << ": " << hex(ber);
+                ASSERT_EQ(message_of(printed), message);
+                ASSERT_EQ(difference(*type, from_octets.get(), from_tree.get()), "") << type->name << ": " << hex(ber);
+                ASSERT_EQ(leftover_of_free(from_octets), "");
+                ASSERT_EQ(watched.live(), 0u);
+                ++(status == 0 ? decoded : refused);
+            }
+        }
+    }
+    EXPECT_GT(decoded, 3000u);
+    EXPECT_GT(refused, 1000u);
+}
+
+// The first fault in the order of the fields decides: a text before the list, or the list that has too many elements,
+// whose own texts are not looked at.
+TEST(local_records, the_first_fault_decides) {
+    const thread_locale in_use("latin1");
+    const std::string good = "ok", bad = "\xEA\xB0\x80";
+    const auto text = [](const std::string& chars) { return element(0x0C, octets(chars.begin(), chars.end())); };
+    const auto id = [&](const std::string& name) {
+        octets uuid;
+        for (int member = 0; member < 5; ++member)
+            uuid = uuid + element(0x02, {1});
+        return element(0x30, element(0x30, uuid + element(0x04, octets(6))) + text(name));
+    };
+    const auto ids = [&](uint32_t count, const std::string& name) {
+        octets all;
+        for (uint32_t i = 0; i < count; ++i)
+            all = std::move(all) + id(i == 0 ? name : good);
+        return element(0x30, all);
+    };
+    const struct {
+        const char* what;
+        std::string principal, first_id;
+        uint32_t count;
+        int status;
+    } cases[] = {
+        {"nothing", good, good, 65535, 0},
+        {"a text in the list", good, bad, 65535, zr_err_conversion},
+        {"too many elements", good, good, 65536, zr_err_out_of_memory},
+        {"too many elements, and texts in them", good, bad, 65536, zr_err_out_of_memory},
+        {"a text before too many elements", bad, bad, 65536, zr_err_conversion},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        structure out(zr::record<sec_id_pa_t>::type);
+        caught_stderr printed;
+        EXPECT_EQ(decode(local_entry_points, element(0x30, id(c.principal) + ids(c.count, c.first_id)), out), c.status);
+        EXPECT_EQ(printed.take().empty(), c.status == 0);
+    }
+}
+
+// A null element stands for no value: a text before it decides first.
+TEST(local_records, texts_before_a_null_element) {
+    const thread_locale in_use(nullptr);
+    for (const bool is_ascii : {true, false}) {
+        structure chain(zr::record<yvprincipal_chain_s_t>::type);
+        auto& made = chain.as<yvprincipal_chain_s_t>();
+        const std::vector<char**> texts = texts_of(chain.type(), chain.get());
+        ASSERT_FALSE(texts.empty());
+        *texts[0] = copy_text(is_ascii ? "registry" : "r\xE9gistre");
+        made.count = 1;
+        made.principals = static_cast<yvprincipal_s_t**>(zeroed(sizeof(yvprincipal_s_t*)));
+        caught_stderr printed;
+        EXPECT_EQ(encode(local_entry_points, chain).status, is_ascii ? zr_err_out_of_memory : zr_err_conversion);
+    }
+}
+
+}  // namespace
+}  // namespace zr_test
