@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "asn1/codec/entry_points.h"
 #include "asn1/codec/general_reader.h"
 #include "asn1/codec/guess.h"
 #include "asn1/codec/record_codec.h"
@@ -43,15 +44,16 @@ int copy_out(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length)
 }
 
 // Writes an envelope to the end of `room` octets and gives its start; null when it does not fit.
-unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const record_codec& codec) {
+unsigned char* write_envelope(unsigned char* room, size_t octets, const void* in, const record_codec& codec,
+                              int version) {
     writer sink(room + octets, room);
     sink.go_on(codec.write(sink, in));
-    return !sink.failed() && write_envelope_header(sink) ? sink.start() : nullptr;
+    return !sink.failed() && write_envelope_header(sink, version) ? sink.start() : nullptr;
 }
 
-bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
+bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& codec, int version) {
     unsigned char room[stack_octets];
-    const unsigned char* start = write_envelope(room, sizeof room, in, codec);
+    const unsigned char* start = write_envelope(room, sizeof room, in, codec, version);
     if (start == nullptr) return false;
     const auto length = static_cast<size_t>(room + sizeof room - start);
     copy_out(out, start, length);
@@ -59,10 +61,10 @@ bool encode_on_stack(zr_asn_buffer_t& out, const void* in, const record_codec& c
 }
 
 // Writes into a block that is a quarter longer than the guess.
-bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& codec, size_t likely) {
+bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& codec, size_t likely, int version) {
     const size_t octets = likely + likely / 4;
     block room = allocate_encoding(octets);
-    const unsigned char* start = write_envelope(room.get(), octets, in, codec);
+    const unsigned char* start = write_envelope(room.get(), octets, in, codec, version);
     if (start == nullptr) return false;
     const auto length = static_cast<size_t>(room.get() + octets - start);
     std::memmove(room.get(), start, length);
@@ -77,12 +79,12 @@ bool encode_in_block(zr_asn_buffer_t& out, const void* in, const record_codec& c
     return true;
 }
 
-int encode_counted(zr_asn_buffer_t& out, const void* in, const record_codec& codec) {
+int encode_counted(zr_asn_buffer_t& out, const void* in, const record_codec& codec, int version) {
     const uint64_t length = codec.count(counter(), in) + envelope_header_octets;
     block encoding = allocate_encoding(length);
     writer sink(encoding.get() + length, nullptr);
     sink.go_on(codec.write(sink, in));
-    write_envelope_header(sink);
+    write_envelope_header(sink, version);
     return hand_out(out, std::move(encoding), length);
 }
 
@@ -121,28 +123,50 @@ int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t le
     return guarded([&] { return copy_out(out, envelope, length); });
 }
 
-int record_type::encode(zr_asn_buffer_t& out, const void* in) const {
-    return guarded([&] {
-        const uint64_t likely = codec->is_leaf ? 0 : guess_octets(*this, in);
-        if (likely < stack_octets) {
-            if (encode_on_stack(out, in, *codec)) return 0;
-        } else if (likely <= most_guessed) {
-            if (encode_in_block(out, in, *codec, static_cast<size_t>(likely))) return 0;
-        }
-        return encode_counted(out, in, *codec);
-    });
+int encode_integer(zr_asn_buffer_t& out, int32_t value, int version) {
+    unsigned char room[envelope_header_octets + max_integer];
+    writer sink(room + sizeof room, room);
+    sink.integer(value);
+    write_envelope_header(sink, version);
+    return copy_out(out, sink.start(), static_cast<size_t>(room + sizeof room - sink.start()));
 }
 
-int record_type::decode(const zr_asn_buffer_t& in, void* out) const {
+int decode_integer(const zr_asn_buffer_t& in, int32_t& value, int version) {
     const unsigned char* contents = nullptr;
-    if (int status = open_envelope(in, envelope_version, contents)) return status;
-    const int status = guarded([&] {
-        unfinished made(*this);
-        const int read = made.read(contents, in.data + in.length);
-        if (read == zr_err_out_of_memory) throw_memory_error(module);
-        if (read == 0) made.hand_on(out);
-        return read;
-    });
+    if (int status = open_envelope(in, version, contents)) return status;
+    input octets{contents, in.data + in.length};
+    bool fits = true;
+    if (int status = read_integer(octets, value, fits)) return status;
+    return fits ? 0 : zr_err_integer_too_long;
+}
+
+int encode_record(const record_type& type, zr_asn_buffer_t& out, const void* in, int version) {
+    const record_codec& codec = *type.codec;
+    const uint64_t likely = codec.is_leaf ? 0 : guess_octets(type, in);
+    if (likely < stack_octets) {
+        if (encode_on_stack(out, in, codec, version)) return 0;
+    } else if (likely <= most_guessed) {
+        if (encode_in_block(out, in, codec, static_cast<size_t>(likely), version)) return 0;
+    }
+    return encode_counted(out, in, codec, version);
+}
+
+int decode_record(const record_type& type, const zr_asn_buffer_t& in, void* out, int version) {
+    const unsigned char* contents = nullptr;
+    if (int status = open_envelope(in, version, contents)) return status;
+    unfinished made(type);
+    const int status = made.read(contents, in.data + in.length);
+    if (status == zr_err_out_of_memory) throw_memory_error(type.module);
+    if (status == 0) made.hand_on(out);
+    return status;
+}
+
+int record_type::encode(zr_asn_buffer_t& out, const void* in, int version) const {
+    return guarded([&] { return encode_record(*this, out, in, version); });
+}
+
+int record_type::decode(const zr_asn_buffer_t& in, void* out, int version) const {
+    const int status = guarded([&] { return decode_record(*this, in, out, version); });
     if (clears_structure(status)) std::memset(out, 0, size);
     return status;
 }

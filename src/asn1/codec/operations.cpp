@@ -66,7 +66,7 @@ void copy_levels(const record_type& root, const void* from, void* to) {
             continue;
         }
         void* where = place_at(field, top.second, i);
-        if (is_by_pointer(field.held)) where = place<void*>(where, 0) = make_zeroed(1, field.record->size, type);
+        if (is_by_pointer(field)) where = place<void*>(where, 0) = make_zeroed(1, field.record->size, type);
         open.push({field.record, value, where, 0, 0}, type.module);
     }
 }

@@ -128,9 +128,9 @@ private:
 };
 
 // Writes the envelope's header before what the writer has; false when there is no room.
-inline bool write_envelope_header(writer& sink) {
+inline bool write_envelope_header(writer& sink, int version = envelope_version) {
     unsigned char header[envelope_header_octets];
-    put_envelope_header(header);
+    put_envelope_header(header, version);
     if (!sink.room(sizeof header)) return false;
     sink.octets(header, sizeof header);
     return true;
