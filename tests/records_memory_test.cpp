@@ -26,7 +26,8 @@ bool is_memory_line(std::string_view printed) {
     const size_t file_at = code_at + code.size();
     const std::string_view file = printed.substr(file_at, line_at - file_at);
     const std::string_view number = printed.substr(line_at + line.size());
-    const bool in_runtime = file == "src/asn1/asnbase" || file == "src/asn1/asnbase.h" || file == "src/zrz/zrz";
+    const bool in_runtime = file == "src/asn1/asnbase" || file == "src/asn1/asnbase.h" || file == "src/zrz/zrz" ||
+                            file == "src/asn1/asnutils" || file == "src/asn1/asn_yvobjs";
     const auto list = zr::modules();
     return number.size() > 1 && number.find_first_not_of("0123456789") == number.size() - 1 && number.back() == '\n' &&
            (in_runtime || std::any_of(list.begin(), list.end(),

@@ -4,6 +4,7 @@
 #include "base_idls/RemoteLog_asn.h"
 #include "base_idls/aclidl_asn.h"
 #include "base_idls/actionidl_asn.h"
+#include "base_idls/asn_yvobjs.h"
 #include "base_idls/attrlist_asn.h"
 #include "base_idls/azn_remote_authn_asn.h"
 #include "base_idls/azn_remote_authz_asn.h"

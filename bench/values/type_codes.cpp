@@ -3,6 +3,7 @@
 #include "asn1/asn_yvobjs.h"
 #include "asn1/zrasnapi.h"
 #include "bench/harness/peer.h"
+#include "bench/values/plain_records.h"
 #include "bench/values/values.h"
 
 namespace bench {
@@ -12,38 +13,45 @@ constexpr int version = 2;
 constexpr uint32_t updates = 100;
 constexpr uint32_t body_octets = 1000;
 
-// A value and its encoding, which live as long as the program.
+// How a value is encoded and decoded: by the type code, or by the entry points.
+template <class Value, unsigned int type>
+struct by_type_code {
+    static constexpr const char* name = "type code";
+    static int encode(zr_asn_buffer_t& out, Value& in) { return zrasn_encode_obj(version, &in, type, out); }
+    static int decode(zr_asn_buffer_t& in, Value& out) { return zrasn_decode_obj(version, in, type, &out); }
+    static void release(Value& value) { zrasn_obj_free(version, type, &value); }
+};
 template <class Value>
-struct sample_of {
-    sample_of(unsigned int code, const Value& made) : type(code), value(made) {
-        if (zrasn_encode_obj(version, &value, type, encoding) != 0) std::abort();
-    }
-
-    unsigned int type;
-    Value value;
-    zr_asn_buffer_t encoding{};
+struct by_entry_points {
+    static constexpr const char* name = "plain record";
+    static int encode(zr_asn_buffer_t& out, Value& in) { return zrAsnEncodeObj(out, in); }
+    static int decode(zr_asn_buffer_t& in, Value& out) { return zrAsnDecodeObj(in, out); }
+    static void release(Value& value) { zrAsnFreeObj(value); }
 };
 
-template <class Value>
-void add(std::vector<timed_case>& cases, const char* what, sample_of<Value>& of) {
+// The value and its encoding must live as long as the cases.
+template <class Way, class Value>
+void add(std::vector<timed_case>& cases, const char* what, Value& value) {
+    static zr_asn_buffer_t encoding{};
+    if (Way::encode(encoding, value) != 0) std::abort();
     const auto add_case = [&](const char* operation, std::function<void(size_t)> run) {
-        cases.push_back({what + std::string("/type code/") + operation, static_cast<double>(of.encoding.length), 1,
+        cases.push_back({what + std::string("/") + Way::name + "/" + operation, static_cast<double>(encoding.length), 1,
                          [] {}, std::move(run), [] {}});
     };
-    add_case("encode", [&of](size_t times) {
+    add_case("encode", [&value](size_t times) {
         for (; times != 0; --times) {
             zr_asn_buffer_t out{};
-            if (zrasn_encode_obj(version, &of.value, of.type, out) != 0) std::abort();
+            if (Way::encode(out, value) != 0) std::abort();
             keep(out.data);
             zr_asn_buffer_free(out);
         }
     });
-    add_case("decode", [&of](size_t times) {
+    add_case("decode", [](size_t times) {
         for (; times != 0; --times) {
-            Value value{};
-            if (zrasn_decode_obj(version, of.encoding, of.type, &value) != 0) std::abort();
-            keep(&value);
-            zrasn_obj_free(version, of.type, &value);
+            Value made{};
+            if (Way::decode(encoding, made) != 0) std::abort();
+            keep(&made);
+            Way::release(made);
         }
     });
 }
@@ -53,17 +61,24 @@ void add(std::vector<timed_case>& cases, const char* what, sample_of<Value>& of)
 std::vector<timed_case> type_code_cases() {
     static builder make;
     static yvobj_update_list_s_t list{updates, make.array<yvobj_update_s_t>(updates)};
-    for (uint32_t i = 0; i < updates; ++i)
-        list.updates[i] = {static_cast<int32_t>(i), make.text(20, 60), static_cast<int32_t>(make.number(1u << 15))};
-    static sample_of<cert_request_in> request(
-        zrasn_type_cert_request, {make.text(20, 60), make.text(20, 60), body_octets, make.octets(body_octets)});
-    static sample_of<yvobj_update_list_s_t> update_list(zrasn_type_update_list, list);
-    static sample_of<zrasn_integer_value> integer(zrasn_type_integer, 100000);
+    static plain_update_list plain_list{1, updates, make.array<plain_update>(updates)};
+    for (uint32_t i = 0; i < updates; ++i) {
+        const yvobj_update_s_t update = {static_cast<int32_t>(i), make.text(20, 60),
+                                         static_cast<int32_t>(make.number(1u << 15))};
+        list.updates[i] = update;
+        plain_list.updates[i] = {1, update.int_a, update.name, update.int_b};
+    }
+    static cert_request_in request{make.text(20, 60), make.text(20, 60), body_octets, make.octets(body_octets)};
+    static plain_request plain{1, request.str_a, request.str_b, body_octets, request.body};
+    static zrasn_integer_value integer = 100000;
 
     std::vector<timed_case> cases;
-    add(cases, "259: certificate request", request);
-    add(cases, "260: 100 updates", update_list);
-    add(cases, "262: integer", integer);
+    constexpr const char *certificate = "259: certificate request", *update_list = "260: 100 updates";
+    add<by_type_code<cert_request_in, zrasn_type_cert_request>>(cases, certificate, request);
+    add<by_entry_points<plain_request>>(cases, certificate, plain);
+    add<by_type_code<yvobj_update_list_s_t, zrasn_type_update_list>>(cases, update_list, list);
+    add<by_entry_points<plain_update_list>>(cases, update_list, plain_list);
+    add<by_type_code<zrasn_integer_value, zrasn_type_integer>>(cases, "262: integer", integer);
     return cases;
 }
 

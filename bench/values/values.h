@@ -7,7 +7,8 @@
 
 namespace bench {
 
-// type_code_cases gives cases called "what/type code/encode" and ".../decode".
+// type_code_cases gives cases called "what/type code/encode" and ".../decode", and "what/plain record/..." for the same
+// fields in a record without type code.
 std::vector<timed_case> type_code_cases();
 
 // conversion_cases gives cases called "source to target/characters/convert", such as "UTF-8 to BMP/20/convert". Every

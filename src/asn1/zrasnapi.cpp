@@ -3,7 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "asn1/asn_yvobjs.h"
+#include "asn1/codec/entry_points.h"
+#include "base_idls/asn_yvobjs.h"
 
 namespace {
 
@@ -11,59 +12,44 @@ constexpr int unknown_type = -1;
 
 enum operation { op_encode, op_decode, op_free };
 
-// A value that is being decoded: nothing of it is left behind unless it is handed on.
-template <class Record, class Value>
-struct decoded_value {
-    Value value{};
-
-    decoded_value() = default;
-    decoded_value(const decoded_value&) = delete;
-    decoded_value& operator=(const decoded_value&) = delete;
-    ~decoded_value() { Record::free_obj(value); }
-};
-
-template <class Record, class Value>
-int run_record(operation op, int version, Value& value, zr_asn_buffer_t& buffer) {
-    if (op == op_free) {
-        Record::free_obj(value);
-        return 0;
+// The record's classes answer an array that finds no memory with the status alone; the codec says it with an exception
+// that names the record's module, and all others name a source file.
+template <class Call>
+int unless_array(const zr::record_type& type, const Call& call) {
+    try {
+        return call();
+    } catch (const zr_asn_exception& exception) {
+        if (std::strcmp(exception.file, type.module) != 0) throw;
+        return static_cast<int>(exception.code);
     }
-    Record record(zr_normal);
-    if (op == op_encode) {
-        // Without memory for all of the value no part of it is written.
-        if (int status = record.set_value(value); status == zr_err_out_of_memory) return status;
-        return zr_asnbase::saveEncoding(record, version, buffer);
+}
+
+int run_record(operation op, int version, const zr::record_type& type, void* value, zr_asn_buffer_t& buffer) {
+    switch (op) {
+        case op_encode:
+            return zr::encode_record(type, buffer, value, version);
+        case op_decode:
+            return unless_array(type, [&] { return zr::decode_record(type, buffer, value, version); });
+        case op_free:
+            type.free(value);
+            break;
     }
-    if (int status = zr_asnbase::loadObject(record, version, buffer)) return status;
-    decoded_value<Record, Value> made;
-    if (int status = record.get_value(made.value)) return status;
-    value = made.value;
-    made.value = {};
     return 0;
 }
 
-int run_integer(operation op, int version, void* untyped, zr_asn_buffer_t& buffer) {
+int run_integer(operation op, int version, void* value, zr_asn_buffer_t& buffer) {
     if (op == op_free) return 0;  // the pointer is not looked at
-    auto& value = *static_cast<zrasn_integer_value*>(untyped);
-    zr_asn_integer integer(zr_normal);
-    if (op == op_encode) {
-        static_cast<void>(integer.set_value(long{value}));
-        return zr_asnbase::saveEncoding(integer, version, buffer);
-    }
-    if (int status = zr_asnbase::loadObject(integer, version, buffer)) return status;
-    long content = 0;
-    const int status = integer.get_value(content);
-    value = static_cast<zrasn_integer_value>(content);
-    return status;
+    auto& integer = *static_cast<zrasn_integer_value*>(value);
+    return op == op_encode ? zr::encode_integer(buffer, integer, version)
+                           : zr::decode_integer(buffer, integer, version);
 }
 
 int main_func(operation op, int version, void* value, unsigned int type, zr_asn_buffer_t& buffer) try {
     switch (type) {
         case zrasn_type_cert_request:
-            return run_record<zr_asn_cert_request_in>(op, version, *static_cast<cert_request_in*>(value), buffer);
+            return run_record(op, version, zr::record<cert_request_in>::type, value, buffer);
         case zrasn_type_update_list:
-            return run_record<zr_asn_yvobj_update_list_t>(op, version, *static_cast<yvobj_update_list_s_t*>(value),
-                                                          buffer);
+            return run_record(op, version, zr::record<yvobj_update_list_s_t>::type, value, buffer);
         case zrasn_type_integer:
             return run_integer(op, version, value, buffer);
         default:

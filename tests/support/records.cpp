@@ -68,7 +68,10 @@ private:
             case value_kind::integer:
                 zr::store_integer(where, field.integer, number());
                 break;
+            case value_kind::version:
+                break;
             case value_kind::text:
+            case value_kind::stored_text:
                 place<char*>(where, 0) = text();
                 break;
             case value_kind::octets:
@@ -79,7 +82,7 @@ private:
                     place<unsigned char>(where, i) = octet();
                 break;
             case value_kind::record:
-                if (zr::is_by_pointer(field.held)) where = place<void*>(where, 0) = zeroed(field.record->size);
+                if (zr::is_by_pointer(field)) where = place<void*>(where, 0) = zeroed(field.record->size);
                 fill(*field.record, where, depth);
                 break;
         }
@@ -118,6 +121,7 @@ private:
             return nullptr;
         }
         std::string made(length(), 0);
+        if (made.empty() && field.held == holding::optional) return nullptr;  // of length 0 it would not be the record's
         for (char& c : made)
             c = static_cast<char>(octet());
         zr::store_count(field, contents, static_cast<uint32_t>(made.size()));
@@ -159,7 +163,8 @@ private:
 
 // Whether a value is, or holds, blocks.
 bool holds_blocks(const field& field) {
-    return field.held != holding::one || field.value == value_kind::text || field.value == value_kind::octets;
+    return field.held != holding::one || field.value == value_kind::text || field.value == value_kind::stored_text ||
+           field.value == value_kind::octets;
 }
 
 // visit calls seen(field, structure, value) for each value that a structure holds, and inside each record.

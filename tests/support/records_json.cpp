@@ -37,7 +37,10 @@ void fill_value(const field& field, void* contents, void* where, const json& val
         case value_kind::integer:
             store_number(where, field.integer, value);
             break;
+        case value_kind::version:
+            break;
         case value_kind::text:
+        case value_kind::stored_text:
             place<char*>(where, 0) = copy_text(value.get<std::string>());
             break;
         case value_kind::octets: {
@@ -53,7 +56,7 @@ void fill_value(const field& field, void* contents, void* where, const json& val
             break;
         }
         case value_kind::record:
-            if (zr::is_by_pointer(field.held)) {
+            if (zr::is_by_pointer(field)) {
                 if (value.is_null()) return;
                 where = place<void*>(where, 0) = zeroed(field.record->size);
             }
@@ -82,6 +85,7 @@ void fill_from_json(const zr::record_type& type, void* contents, const json& val
     require(value.is_object(), type.name + std::string(" is not an object"));
     size_t known = 0;
     for (const field& field : type) {
+        if (!zr::has_member(field.value)) continue;
         const auto found = value.find(field.name);
         if (found == value.end()) {
             require(field.held == holding::optional, type.name + std::string(" lacks ") + field.name);

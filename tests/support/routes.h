@@ -1,8 +1,11 @@
 // The ways between a structure and its octets, which have to agree.
 #pragma once
 
+#include <cstring>
 #include <string>
+#include <string_view>
 
+#include "asn1/asn_yvobjs.h"
 #include "asn1/asnbase/buffer.h"
 #include "asn1/record/tree.h"
 #include "asn1/zrasnapi.h"
@@ -17,15 +20,54 @@ struct route {
     int (*decode)(const zr::record_type& type, zr_asn_buffer_t& in, void* out);
 };
 
+// A hand-written binding class. What it answers with the status alone is reported like all exhausted memory.
+template <class Binding, class S>
+constexpr route class_route = {
+    "binding class",
+    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+        return zr::guarded([&] {
+            Binding object(zr_normal);
+            const int status = object.set_value(*static_cast<S*>(in));
+            if (status != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
+            return zr_asnbase::saveEncoding(object, 2, out);
+        });
+    },
+    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+        S made{};
+        const int status = zr::guarded([&] {
+            Binding object(zr_normal);
+            if (int loaded = zr_asnbase::loadObject(object, 2, in)) return loaded;
+            if (object.get_value(made) != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
+            return 0;
+        });
+        if (status == 0) {
+            std::memcpy(out, &made, sizeof made);
+        } else {
+            Binding::free_obj(made);
+            if (zr::clears_structure(status)) std::memset(out, 0, sizeof made);
+        }
+        return status;
+    }};
+
+// The class of a record that has one; null for all others.
+inline const route* class_of(const zr::record_type& type) {
+    const std::string_view name = type.name;
+    if (name == "yvobj_update_s_t") return &class_route<zr_asn_yvobj_update_t, yvobj_update_s_t>;
+    if (name == "yvobj_update_list_s_t") return &class_route<zr_asn_yvobj_update_list_t, yvobj_update_list_s_t>;
+    return name == "cert_request_in" ? &class_route<zr_asn_cert_request_in, cert_request_in> : nullptr;
+}
+
 // The plain entry points, and the object tree.
 constexpr route entry_points = {
     "entry points", [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode(out, in); },
     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode(in, out); }};
 constexpr route object_tree = {"object tree",
                                [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                   if (const route* own = class_of(type)) return own->encode(type, out, in);
                                    return zr::encode_tree(type, zr_normal, out, in);
                                },
                                [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                   if (const route* own = class_of(type)) return own->decode(type, in, out);
                                    return zr::decode_tree(type, zr_normal, in, out);
                                }};
 // The forms for the local code set, which for ASCII is UTF-8.

@@ -49,7 +49,7 @@ template <class F, class S>
 ZR_INLINE auto& add_record(S& out) {
     auto& count = count_of<F>(out);
     auto& where = array_of<F>(out)[count];
-    if constexpr (is_by_pointer(F::held)) {
+    if constexpr (is_by_pointer(F::value, F::held)) {
         auto& made = make_structure<F, S>(where);
         ++count;
         return made;
@@ -138,16 +138,22 @@ ZR_INLINE octet_position read_slots(octet_position at, octet_position end, S& ou
     return at;
 }
 
-// Reads a record that may be missing.
+// Reads a record, or octets, that may be missing.
 template <class F, class S>
 ZR_INLINE octet_position read_optional(octet_position at, octet_position end, S& out) {
+    constexpr unsigned char identifier = F::value == value_kind::record ? id_sequence : id_octet_string;
     if (at == end) return at;
-    if (at[0] != id_sequence) {
-        // Is it a SEQUENCE with an odd identifier?
+    if (at[0] != identifier) {
+        // Is it the value with an odd identifier?
         const unsigned int tag = at[0] & 0x1F;
-        return tag == (id_sequence & 0x1F) || tag == 0x1F ? nullptr : at;
+        return tag == (identifier & 0x1F) || tag == 0x1F ? nullptr : at;
     }
-    return read_record(at, end, make_structure<F, S>(member_of<F>(out)));
+    if constexpr (F::value == value_kind::octets) {
+        return codec_of_value<F>::template read<F>(at, end, out);
+    } else {
+        static_assert(F::value == value_kind::record || unknown_kind<F>);
+        return read_record(at, end, make_structure<F, S>(member_of<F>(out)));
+    }
 }
 
 template <class F, class S>

@@ -59,7 +59,7 @@ constexpr record_type make_record_type() {
             field_table<S>::fields.fields,
             static_cast<uint32_t>(field_count_of<S>),
             sizeof(S),
-            &make_object<binding<S>>,
+            &make_object<typename record<S>::binding_type>,
             &codec_of<S>};
 }
 
@@ -87,7 +87,7 @@ ZR_INLINE void copy_flat(S& to, const S& from, std::index_sequence<I...>) {
             copy_flat(member_of<F>(to), member_of<F>(from), field_indices<typename F::value_type>());
         } else if constexpr (F::value == value_kind::fixed_octets) {
             copy_fixed<F::size>(member_of<F>(to), member_of<F>(from));
-        } else {
+        } else if constexpr (has_member(F::value)) {
             member_of<F>(to) = member_of<F>(from);
         }
     };
@@ -124,13 +124,20 @@ constexpr record_module make_module(const char* name) {
 
 // ZR_DEFINE_MODULE(module, structures...) is the module's source: it makes the records of the structures, at most 16,
 // with their entry points, and the module that the registry lists (asn1/record/registry.h).
-#define ZR_DEFINE_MODULE(module_name, ...)                  \
-    ZR_FOR_EACH(ZR_DEFINE_RECORD, __VA_ARGS__)              \
+#define ZR_DEFINE_MODULE(module_name, ...) ZR_DEFINE_MODULE_OF(ZR_DEFINE_RECORD, module_name, __VA_ARGS__)
+
+// ZR_DEFINE_MODULE_OF_CLASSES is the same for structures of ZR_RECORD_OF_CLASS.
+#define ZR_DEFINE_MODULE_OF_CLASSES(module_name, ...) ZR_DEFINE_MODULE_OF(ZR_DEFINE_TYPE, module_name, __VA_ARGS__)
+
+#define ZR_DEFINE_MODULE_OF(define, module_name, ...)       \
+    ZR_FOR_EACH(define, __VA_ARGS__)                        \
     extern const zr::record_module zr_module_##module_name; \
     const zr::record_module zr_module_##module_name = zr::make_module<__VA_ARGS__>(#module_name)
 
+#define ZR_DEFINE_TYPE(structure) const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();
+
 #define ZR_DEFINE_RECORD(structure)                                                                   \
-    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();            \
+    ZR_DEFINE_TYPE(structure)                                                                         \
     int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); } \
     int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                      \
         return zr::record<structure>::type.encode_lcs(out, &in);                                      \

@@ -135,10 +135,11 @@ private:
             case holding::one:
                 return read_one(field, place_at(field, top.structure, 0));
             case holding::optional: {
-                if (!next_is_sequence(in_)) {
+                if (!next_is(in_, tag_of_value(field.value))) {
                     top.advance();
                     return 0;
                 }
+                if (!is_by_pointer(field)) return read_one(field, place_at(field, top.structure, 0));
                 void* made = make_structure(*field.record, *top.type, field.held);
                 place<void*>(top.structure, field.offset) = made;
                 return open_record(*field.record, made, false, top.unseen);
@@ -191,7 +192,7 @@ private:
         if (field.held == holding::slots) return read_position(top, field);
         void* where = add_place(top, field);
         if (where == nullptr) return read_uncounted(top, field);
-        if (!is_by_pointer(field.held)) return read_one(field, where);
+        if (!is_by_pointer(field)) return read_one(field, where);
         void* made = make_structure(*field.record, *top.type, field.held);
         place<void*>(where, 0) = made;
         return open_record(*field.record, made, false, top.unseen);

@@ -40,8 +40,7 @@ struct copier {
             return true;
         }
         second = place_at(at.field, at.second, i);
-        if (is_by_pointer(at.field.held))
-            second = place<void*>(second, 0) = make_zeroed(1, at.field.record->size, at.type);
+        if (is_by_pointer(at.field)) second = place<void*>(second, 0) = make_zeroed(1, at.field.record->size, at.type);
         return true;
     }
     bool end(const place_of_both&) const { return true; }

@@ -56,9 +56,15 @@ ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, in
 // The text gets a malloc block with a terminating zero; it is null when memory is out, and that is no failure.
 octet_position quick_text(octet_position at, octet_position end, char*& text);
 
+// A text that is stored with its zero octet gets a block that ends in one zero octet more; contents of fewer than two
+// octets are the empty text. Throws zr_asn_memexception ("Out of memory get_strvalue()") when memory is out.
+octet_position quick_stored_text(octet_position at, octet_position end, char*& text);
+
 // No block is made for an empty byte string. Throws zr_asn_memexception for `file` when memory is out.
 octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
                             const char* file);
+// The same of an optional one that is there; the message is "Out of memory get_obj_body()".
+octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length);
 
 template <uint32_t Size>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {

@@ -13,7 +13,7 @@ namespace zr {
 // Releases the value in a place.
 template <members_after After, class F>
 ZR_INLINE void release_value(place_of<F>& where) {
-    if constexpr (is_by_pointer(F::held)) {
+    if constexpr (is_by_pointer(F::value, F::held)) {
         auto* const value = where;
         if (value == nullptr) return;
         release<members_after::any>(*value);
@@ -39,6 +39,10 @@ ZR_INLINE void release_field(S& structure) {
     } else if constexpr (F::held == holding::slots) {
         for (uint32_t i = F::size; i-- != 0;)
             release_value<After, F>((&member_of<F>(structure))[i]);
+    } else if constexpr (F::held == holding::optional && F::value == value_kind::octets) {
+        // Of length 0 they are absent, and what the pointer may say is not the structure's.
+        if (count_of<F>(structure) != 0) release_value<members_after::any, F>(member_of<F>(structure));
+        if constexpr (After == members_after::cleared) member_of<F>(structure) = nullptr;
     } else {
         static_assert(F::held == holding::one || F::held == holding::optional || unknown_kind<F>);
         release_value<After, F>(member_of<F>(structure));
@@ -70,7 +74,7 @@ public:
         const size_t last = count_of<own>(*record_) - 1;
         auto*& array = array_of<own>(*record_);
         S* const element = address_of(array[last]);
-        if constexpr (is_by_pointer(own::held)) {
+        if constexpr (is_by_pointer(own::value, own::held)) {
             array[last] = around_;
         } else {
             array = around_;
@@ -84,7 +88,7 @@ public:
         record_ = around_;
         const size_t last = --count_of<own>(*record_);
         auto*& array = array_of<own>(*record_);
-        if constexpr (is_by_pointer(own::held)) {
+        if constexpr (is_by_pointer(own::value, own::held)) {
             around_ = array[last];
             std::free(left);
         } else {
@@ -111,7 +115,7 @@ void release_levels(S& root) {
         auto*& array = array_of<own>(record);
         auto& count = count_of<own>(record);
         if (array != nullptr && count != 0) {
-            if constexpr (is_by_pointer(own::held)) {
+            if constexpr (is_by_pointer(own::value, own::held)) {
                 if (array[count - 1] == nullptr) {
                     --count;
                     continue;

@@ -36,7 +36,7 @@ const T& object_at(const S& structure, size_t offset) {
 
 // What lies in one place: the value itself, or a pointer to it.
 template <class F>
-using place_of = std::conditional_t<is_by_pointer(F::held), typename F::value_type*, typename F::value_type>;
+using place_of = std::conditional_t<is_by_pointer(F::value, F::held), typename F::value_type*, typename F::value_type>;
 
 // The member, if it holds one value or an optional one; else the first of the slots.
 template <class F, class S>
@@ -52,6 +52,12 @@ auto& array_of(S& structure) {
 template <class F, class S>
 auto& count_of(S& structure) {
     return object_at<typename F::count_type>(structure, F::count_offset);
+}
+
+// The length of octets; none without them, whatever is counted.
+template <class F, class S>
+uint32_t octets_length(const S& structure) {
+    return member_of<F>(structure) != nullptr ? count_of<F>(structure) : 0;
 }
 
 // How many elements a list has; none without an array.

@@ -29,6 +29,7 @@ constexpr field run_time_field() {
     if constexpr (F::value == value_kind::record) made.record = &record<T>::type;
     if constexpr (!std::is_void_v<element>) made.make_element = &make_object<element>;
     if constexpr (F::value == value_kind::integer) made.integer = integer_type_of<T>();
+    if constexpr (F::value == value_kind::version) made.integer = integer_type_of<int32_t>();
     if constexpr (!std::is_void_v<typename F::count_type>) made.count = integer_type_of<typename F::count_type>();
     return made;
 }
@@ -157,6 +158,7 @@ struct takes_values<S, std::index_sequence<I...>,
 // values.
 template <class F>
 constexpr size_t members_of_field() {
+    if (!has_member(F::value)) return 0;
     const size_t values = F::size != 0 ? F::size : 1;
     return std::is_void_v<typename F::count_type> ? values : values + 1;
 }
@@ -174,7 +176,7 @@ constexpr bool describes_members(std::index_sequence<I...>) {
         behind = offset + 1;
     };
     ((std::is_void_v<typename field_at<S, I>::count_type> ? void() : follows(field_at<S, I>::count_offset),
-      follows(field_at<S, I>::offset)),
+      has_member(field_at<S, I>::value) ? follows(field_at<S, I>::offset) : void()),
      ...);
     return in_order;
 }

@@ -123,6 +123,20 @@ struct text_target final : string_target {
     uint32_t length = 0;
 };
 
+struct stored_text_target final : string_target {
+    explicit stored_text_target(char*& text) : made(text) {}
+    void* make_room(uint64_t length) override {
+        const bool empty = length < 2;
+        const size_t kept = empty ? 0 : static_cast<size_t>(length);
+        made = length < SIZE_MAX ? static_cast<char*>(std::malloc(kept + 1)) : nullptr;
+        if (made == nullptr) throw_stored_text_memory_error();
+        made[kept] = 0;
+        return empty ? nullptr : made;
+    }
+
+    char*& made;
+};
+
 struct octets_target final : string_target {
     octets_target(unsigned char*& data, uint32_t& length) : made(data), count(length) {}
     void* make_room(uint64_t length) override {
@@ -174,10 +188,10 @@ int leave_sequence(input& in, const scope& entered) {
     return 0;
 }
 
-bool next_is_sequence(const input& in) {
+bool next_is(const input& in, unsigned char tag) {
     zr_r_buffer_t cursor = cursor_of(in);
     ber_header header{};
-    return in.at != in.end && read_identifier(cursor, header) == 0 && header.tag == 16 && header.cls == 0;
+    return in.at != in.end && read_identifier(cursor, header) == 0 && header.tag == tag && header.cls == 0;
 }
 
 bool skip_null(input& in) {
@@ -188,7 +202,7 @@ bool skip_null(input& in) {
     return true;
 }
 
-int read_integer(input& in, int32_t& value) {
+int read_integer(input& in, int32_t& value, bool& fits) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header header{};
     if (int status = read_header(cursor, 2, primitive, header)) return status;
@@ -196,7 +210,8 @@ int read_integer(input& in, int32_t& value) {
     if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
     in = input_of(cursor);
     // 0 stands for contents that fit no 32 bits (zrasn_integer).
-    if (!fold_integer(octets, header.length, value)) value = 0;
+    fits = fold_integer(octets, header.length, value);
+    if (!fits) value = 0;
     return 0;
 }
 
@@ -211,6 +226,11 @@ int read_marked_text(input& in, char*& block, uint32_t at) {
     const text_mark mark{at, target.length};
     if (block != nullptr) std::memcpy(block, &mark, sizeof mark);
     return status;
+}
+
+int read_stored_text(input& in, char*& text) {
+    stored_text_target target(text);
+    return read_string(in, 4, target);
 }
 
 int read_octets(input& in, unsigned char*& data, uint32_t& length) {
@@ -247,5 +267,7 @@ uint32_t count_elements(const unsigned char* at, const unsigned char* end) {
 
 void throw_memory_error(const char* file) { throw_out_of_memory("ASN: Memory error", file); }
 void throw_optional_memory_error(const char* file) { throw_out_of_memory("ASN: Out of memory", file); }
+void throw_stored_text_memory_error() { throw_out_of_memory("Out of memory get_strvalue()", "src/asn1/asnutils"); }
+void throw_body_memory_error() { throw_out_of_memory("Out of memory get_obj_body()", "src/asn1/asn_yvobjs"); }
 
 }  // namespace zr

@@ -32,11 +32,13 @@ int enter_sequence(input& in, scope& entered);
 int leave_sequence(input& in, const scope& entered);
 bool at_end(const input& in, const scope& entered);
 
-bool next_is_sequence(const input& in);
+// Whether a value with the universal tag is next, in whatever form.
+bool next_is(const input& in, unsigned char tag);
 // Steps over a NULL, if there is one.
 bool skip_null(input& in);
 
-int read_integer(input& in, int32_t& value);
+// Contents that fit no 32 bits give 0; `fits` tells.
+int read_integer(input& in, int32_t& value, bool& fits);
 // The text gets a malloc block with a terminating zero. It is null when memory is out, and that is no failure.
 int read_text(input& in, char*& text);
 // The same for a text that is marked: in its block the place for the mark comes first, then the text.
@@ -45,6 +47,9 @@ struct text_mark {
     uint32_t length;  // with all zero octets
 };
 int read_marked_text(input& in, char*& block, uint32_t at);
+// A text that is stored with its zero octet (quick_stored_text in asn1/codec/quick_reader.h). Throws when memory is
+// out.
+int read_stored_text(input& in, char*& text);
 // The octets get a malloc block, an empty string none. 275062885 when memory is out.
 int read_octets(input& in, unsigned char*& data, uint32_t& length);
 // `size` octets at most go there; the rest of it is zero.
@@ -56,5 +61,7 @@ uint32_t count_elements(const unsigned char* at, const unsigned char* end);
 // They keep the throw out of the readers.
 [[noreturn]] void throw_memory_error(const char* file);
 [[noreturn]] void throw_optional_memory_error(const char* file);
+[[noreturn]] void throw_stored_text_memory_error();
+[[noreturn]] void throw_body_memory_error();
 
 }  // namespace zr

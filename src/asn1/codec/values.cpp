@@ -37,47 +37,69 @@ int order_octets(const void* left, const void* right, uint32_t left_length, uint
 
 }  // namespace
 
+unsigned char tag_of_value(value_kind value) {
+    switch (value) {
+        case value_kind::integer:
+        case value_kind::version:
+            return tag_integer;
+        case value_kind::text:
+            return tag_utf8_string;
+        case value_kind::stored_text:
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            return tag_octet_string;
+        case value_kind::record:
+            break;
+    }
+    return tag_sequence;
+}
+
 int read_value(input& in, const field& field, void* structure, void* where, unsigned char& tag, const char* module) {
+    tag = tag_of_value(field.value);
     switch (field.value) {
-        case value_kind::integer: {
+        case value_kind::integer:
+        case value_kind::version: {
             int32_t value = 0;
-            tag = tag_integer;
-            const int status = step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value);
-            store_integer(where, field.integer, value);
+            bool fits = true;
+            const int status = step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value, fits);
+            if (has_member(field.value)) store_integer(where, field.integer, value);
             return status;
         }
         case value_kind::text: {
             auto& text = place<char*>(where, 0);
-            tag = tag_utf8_string;
             return step(in, quick_text(in.at, in.end, text)) ? 0 : read_text(in, text);
+        }
+        case value_kind::stored_text: {
+            auto& text = place<char*>(where, 0);
+            return step(in, quick_stored_text(in.at, in.end, text)) ? 0 : read_stored_text(in, text);
         }
         case value_kind::octets: {
             auto& data = place<unsigned char*>(where, 0);
-            uint32_t length = 0;
-            tag = tag_octet_string;
-            const int status =
-                step(in, quick_octets(in.at, in.end, data, length, module)) ? 0 : read_octets(in, data, length);
-            if (status == zr_err_out_of_memory) throw_memory_error(module);
-            store_count(field, structure, length);
+            auto& length = place<uint32_t>(structure, field.count_offset);  // set as soon as there is a block
+            const bool optional = field.held == holding::optional;
+            const bool quick = step(in, optional ? quick_optional_octets(in.at, in.end, data, length)
+                                                 : quick_octets(in.at, in.end, data, length, module));
+            const int status = quick ? 0 : read_octets(in, data, length);
+            if (status == zr_err_out_of_memory) optional ? throw_body_memory_error() : throw_memory_error(module);
             return status;
         }
         case value_kind::fixed_octets:
-            tag = tag_octet_string;
             return read_fixed_octets(in, static_cast<unsigned char*>(where), field.size);
         case value_kind::record:
             break;
     }
-    tag = tag_sequence;
     return zr_err_unsupported;
 }
 
 void drop_value(const field& field, void* where) {
     switch (field.value) {
         case value_kind::text:
+        case value_kind::stored_text:
         case value_kind::octets:
             std::free(place<void*>(where, 0));
             break;
         case value_kind::integer:
+        case value_kind::version:
         case value_kind::fixed_octets:
         case value_kind::record:
             break;
@@ -90,7 +112,10 @@ void copy_value(const field& field, const void* from, const void* from_where, vo
         case value_kind::integer:
             std::memcpy(to_where, from_where, field.integer.octets);
             break;
+        case value_kind::version:
+            break;
         case value_kind::text:
+        case value_kind::stored_text:
             if (const char* text = place<const char*>(from_where, 0))
                 place<void*>(to_where, 0) = duplicate(text, std::strlen(text) + 1, module);
             break;
@@ -117,7 +142,10 @@ int order_values(const field& field, const void* left, const void* left_where, c
             if (field.integer.is_signed) return order_of(one, other);
             return order_of(static_cast<uint32_t>(one), static_cast<uint32_t>(other));
         }
+        case value_kind::version:
+            break;
         case value_kind::text:
+        case value_kind::stored_text:
             return std::strcmp(text_in(left_where), text_in(right_where));
         case value_kind::octets:
             return order_octets(place<const void*>(left_where, 0), place<const void*>(right_where, 0),
@@ -133,9 +161,11 @@ int order_values(const field& field, const void* left, const void* left_where, c
 uint64_t guess_value_octets(const field& field, const void* structure, const void* where) {
     switch (field.value) {
         case value_kind::integer:
+        case value_kind::version:
         case value_kind::fixed_octets:
             return 4;
         case value_kind::text:
+        case value_kind::stored_text:
             return 4 + std::strlen(text_in(where));
         case value_kind::octets:
             return octets_length(field, structure);

@@ -81,6 +81,35 @@ struct value_codec<value_kind::integer> {
 };
 
 template <>
+struct value_codec<value_kind::version> {
+    static constexpr bool holds_blocks = false;
+    template <class F>
+    static constexpr size_t least = 2;
+    template <class F>
+    static constexpr size_t most = max_integer;  // the writer stores four octets
+    template <class F>
+    static constexpr uint32_t typical = 3;
+    template <class F>
+    static constexpr size_t strings = 0;
+
+    template <class F, class S>
+    ZR_INLINE static uint64_t measure(const S&, size_t*&) {
+        return 0;
+    }
+    template <class F, class Sink, class S>
+    ZR_INLINE static void write(Sink& sink, const S&, const size_t*&) {
+        sink.integer(1);
+    }
+    template <class F, class S>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S&) {
+        int32_t any = 0;
+        return quick_integer(at, end, any);
+    }
+    template <members_after After, class T>
+    ZR_INLINE static void release(T&) {}
+};
+
+template <>
 struct value_codec<value_kind::text> {
     static constexpr bool holds_blocks = true;
     template <class F>
@@ -112,6 +141,23 @@ struct value_codec<value_kind::text> {
 };
 
 template <>
+struct value_codec<value_kind::stored_text> : value_codec<value_kind::text> {
+    template <class F, class S>
+    ZR_INLINE static uint64_t measure(const S& in, size_t*& length) {
+        return *length++ = text_length(member_of<F>(in)) + 1;
+    }
+    template <class F, class Sink, class S>
+    ZR_INLINE static void write(Sink& sink, const S& in, const size_t*& length) {
+        const char* text = member_of<F>(in);
+        sink.string(id_octet_string, text != nullptr ? text : "", *--length);
+    }
+    template <class F, class S>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
+        return quick_stored_text(at, end, member_of<F>(out));
+    }
+};
+
+template <>
 struct value_codec<value_kind::octets> {
     static constexpr bool holds_blocks = true;
     template <class F>
@@ -125,7 +171,7 @@ struct value_codec<value_kind::octets> {
 
     template <class F, class S>
     ZR_INLINE static uint64_t measure(const S& in, size_t*& length) {
-        return *length++ = member_of<F>(in) != nullptr ? count_of<F>(in) : 0;
+        return *length++ = octets_length<F>(in);
     }
     template <class F, class Sink, class S>
     ZR_INLINE static void write(Sink& sink, const S& in, const size_t*& length) {
@@ -133,7 +179,11 @@ struct value_codec<value_kind::octets> {
     }
     template <class F, class S>
     ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
-        return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module);
+        if constexpr (F::held == holding::optional) {
+            return quick_optional_octets(at, end, member_of<F>(out), count_of<F>(out));
+        } else {
+            return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module);
+        }
     }
     template <members_after After, class T>
     ZR_INLINE static void release(T& block) {
@@ -209,6 +259,8 @@ using codec_of_value = value_codec<F::value>;
 // The same of a field in a table, in a structure at `where`, for every kind but records, which are gone through by
 // levels.
 
+// The universal tag that a value has in an encoding (X.680 8.4).
+unsigned char tag_of_value(value_kind value);
 // Reads a value in any form into its place: 0 or the status of the object tree, and `tag` the universal tag that was
 // expected. Throws zr_asn_memexception for `module`.
 int read_value(input& in, const field& field, void* structure, void* where, unsigned char& tag, const char* module);

@@ -36,6 +36,7 @@ template <class Field>
 zr_asn_object* make_object_at(void* room) {
     auto* made = new (room) object_of<Field>(zr_normal);
     if constexpr (Field::held == holding::slots) made->keep_positions(Field::size);
+    if constexpr (Field::value == value_kind::version) made->set_value(1);
     return made;
 }
 

@@ -43,7 +43,9 @@ struct member {
 // What one value is.
 enum class value_kind : uint8_t {
     integer,       // any C integer of at most 32 bits: INTEGER
+    version,       // no member: INTEGER, 1 when it is written, with any contents when it is read
     text,          // char*, NUL-terminated: UTF8String
+    stored_text,   // char*, NUL-terminated: OCTET STRING that ends in the zero octet; never converted
     octets,        // unsigned char* and a length: OCTET STRING
     fixed_octets,  // unsigned char[N]: OCTET STRING
     record,        // a structure with a list of fields of its own: SEQUENCE
@@ -52,7 +54,7 @@ enum class value_kind : uint8_t {
 // How a structure holds the values of a field.
 enum class holding : uint8_t {
     one,           // in the member itself
-    optional,      // behind a pointer, null when there is none: OPTIONAL
+    optional,      // behind a pointer, null when there is none; octets in the member, of length 0 then: OPTIONAL
     list,          // in an array with a count: SEQUENCE OF
     pointer_list,  // each behind a pointer, in an array with a count: SEQUENCE OF
     slots,         // each behind a pointer, null for an empty slot, in the member: SEQUENCE OF CHOICE {NULL, value}
@@ -65,6 +67,9 @@ constexpr bool is_supported(value_kind value, holding held) {
         case value_kind::text:
             return held == holding::one || held == holding::list;
         case value_kind::octets:
+            return held == holding::one || held == holding::optional;
+        case value_kind::version:
+        case value_kind::stored_text:
         case value_kind::fixed_octets:
             return held == holding::one;
         case value_kind::record:
@@ -75,10 +80,22 @@ constexpr bool is_supported(value_kind value, holding held) {
 
 // Whether the values lie in an array with a count.
 constexpr bool is_list(holding held) { return held == holding::list || held == holding::pointer_list; }
-// Whether each value lies in a block of its own.
-constexpr bool is_by_pointer(holding held) {
-    return held == holding::optional || held == holding::pointer_list || held == holding::slots;
+// Whether each value lies behind a pointer of its own.
+constexpr bool is_by_pointer(value_kind value, holding held) {
+    switch (held) {
+        case holding::one:
+        case holding::list:
+            return false;
+        case holding::optional:
+            return value == value_kind::record;
+        case holding::pointer_list:
+        case holding::slots:
+            return true;
+    }
+    return false;
 }
+// Whether the structure has a member for the value.
+constexpr bool has_member(value_kind value) { return value != value_kind::version; }
 
 // A C integer type at run time.
 struct integer_type {
@@ -97,7 +114,7 @@ using object_maker = zr_asn_object* (*)(security_t mode);
 
 // One field at run time.
 struct field {
-    const char* name;                              // of the member; of the pointer member where there is a count too
+    const char* name;                              // of the member (of the pointer where there is a count too), if any
     const char* count_name;                        // of the member that counts elements or octets, or null
     const record_type* record;                     // of the values of the kind record, or null
     object_maker make_element;                     // of lists and slots, or null
@@ -109,7 +126,7 @@ struct field {
     uint32_t place_octets;                         // from one value of a list or of slots to the next
     value_kind value;
     holding held;
-    integer_type integer;  // of the values of the kind integer
+    integer_type integer;  // of the values of the kind integer; of a version 32 bits
     integer_type count;    // of the counting member
     bool secret;           // the value is a password or the like
 };
@@ -163,10 +180,20 @@ constexpr auto integer(member<S, T> value) {
     }
 }
 
+// The INTEGER 1 that no member carries. It may be 1 or anything else when it is read.
+struct no_member {};
+constexpr auto version() { return typed_field<value_kind::version, holding::one, no_member>{"version", 0}; }
+
 template <class S, class T>
 constexpr auto text(member<S, T> value) {
     static_assert(std::is_same_v<T, char*>, "zr::text takes a char*");
     return typed_field<value_kind::text, holding::one, char*>{value.name, value.offset};
+}
+
+template <class S, class T>
+constexpr auto stored_text(member<S, T> value) {
+    static_assert(std::is_same_v<T, char*>, "zr::stored_text takes a char*");
+    return typed_field<value_kind::stored_text, holding::one, char*>{value.name, value.offset};
 }
 
 template <class S, class C, class T>
@@ -175,6 +202,14 @@ constexpr auto octets(member<S, C> length, member<S, T> data) {
                   "zr::octets takes a uint32_t and an unsigned char*");
     return typed_field<value_kind::octets, holding::one, unsigned char*, uint32_t>{data.name, data.offset, length.name,
                                                                                    length.offset};
+}
+
+template <class S, class C, class T>
+constexpr auto optional_octets(member<S, C> length, member<S, T> data) {
+    static_assert(std::is_same_v<C, uint32_t> && std::is_same_v<T, unsigned char*>,
+                  "zr::optional_octets takes a uint32_t and an unsigned char*");
+    return typed_field<value_kind::octets, holding::optional, unsigned char*, uint32_t>{data.name, data.offset,
+                                                                                        length.name, length.offset};
 }
 
 template <class S, class T>

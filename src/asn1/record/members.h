@@ -4,8 +4,9 @@
 // by pointer the place is that pointer, and the value is what it points to, unless it is null.
 //
 // What null is, each kind of value says for itself: a text may be null in its place, and then counts as empty; octets
-// are null when their pointer is, and then their length counts as 0; a record held by pointer is null when the pointer
-// is; integers and fixed octets are never null.
+// are null when their pointer is, and then their length counts as 0; optional octets of length 0 are absent; a record
+// held by pointer is null when the pointer is; integers and fixed octets are never null. A version has no member: its
+// place is the structure's beginning, and nothing is read or stored there.
 #pragma once
 
 #include <cstring>
@@ -91,13 +92,19 @@ inline const void* place_at(const field& field, const void* structure, uint32_t 
     return place_at(field, const_cast<void*>(structure), index);
 }
 
-// The value in a place: the place itself, or what the pointer there points to; null for an empty one.
-inline void* value_in(const field& field, void* where) {
-    return is_by_pointer(field.held) ? place<void*>(where, 0) : where;
+inline bool is_by_pointer(const field& field) { return is_by_pointer(field.value, field.held); }
+
+// The length of octets: 0 for null ones, whatever the counting member says.
+inline uint32_t octets_length(const field& field, const void* structure) {
+    return place<void*>(structure, field.offset) != nullptr ? stored_count(field, structure) : 0;
 }
-inline const void* value_in(const field& field, const void* where) { return value_in(field, const_cast<void*>(where)); }
+
+// The value in a place: the place itself, or what the pointer there points to; null for one that is absent.
 inline void* value_at(const field& field, void* structure, uint32_t index = 0) {
-    return value_in(field, place_at(field, structure, index));
+    void* where = place_at(field, structure, index);
+    if (is_by_pointer(field)) return place<void*>(where, 0);
+    const bool absent = field.held == holding::optional && octets_length(field, structure) == 0;
+    return absent ? nullptr : where;
 }
 inline const void* value_at(const field& field, const void* structure, uint32_t index = 0) {
     return value_at(field, const_cast<void*>(structure), index);
@@ -107,11 +114,6 @@ inline const void* value_at(const field& field, const void* structure, uint32_t 
 inline const char* text_in(const void* where) {
     const char* text = place<const char*>(where, 0);
     return text != nullptr ? text : "";
-}
-
-// The length of octets: 0 for null ones, whatever the counting member says.
-inline uint32_t octets_length(const field& field, const void* structure) {
-    return place<void*>(structure, field.offset) != nullptr ? stored_count(field, structure) : 0;
 }
 
 // How many places a list or slots have up to the last that is used: the elements of its SEQUENCE OF.

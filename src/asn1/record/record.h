@@ -30,6 +30,8 @@
         static constexpr const char* binding_name = #binding_class;                  \
         static constexpr const char* module = #module_name;                          \
         static constexpr auto fields = zr::sequence(__VA_ARGS__);                    \
+        static constexpr bool has_entry_points = true;                               \
+        using binding_type = binding<structure>;                                     \
         ZR_API static const record_type type;                                        \
     };                                                                               \
     using binding_class = zr::binding<structure>;                                    \
@@ -39,16 +41,31 @@
     [[nodiscard]] ZR_API int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out); \
     ZR_API void zrAsnFreeObj(structure& s)
 
+// ZR_RECORD_OF_CLASS describes a structure in the same way that has a hand-written binding class, of which each object
+// registers the objects of all fields in their order, and no entry points.
+#define ZR_RECORD_OF_CLASS(module_name, structure, binding_class, ...)  \
+    template <>                                                         \
+    struct zr::record<structure> {                                      \
+        using self = structure;                                         \
+        static constexpr const char* name = #structure;                 \
+        static constexpr const char* binding_name = #binding_class;     \
+        static constexpr const char* module = #module_name;             \
+        static constexpr auto fields = zr::sequence(__VA_ARGS__);       \
+        static constexpr bool has_entry_points = false;                 \
+        using binding_type = binding_class;                             \
+        ZR_API static const record_type type;                           \
+    }
+
 namespace zr {
 
 template <class S, class = void>
-struct is_record : std::false_type {};
+struct has_entry_points : std::false_type {};
 template <class S>
-struct is_record<S, std::void_t<decltype(record<S>::type)>> : std::true_type {};
+struct has_entry_points<S, std::enable_if_t<record<S>::has_entry_points>> : std::true_type {};
 
-// What the functions on const structures and buffers return: there are none for what is no record.
+// What the functions on const structures and buffers return: there are none for what has no entry points.
 template <class S>
-using status_of = std::enable_if_t<is_record<S>::value, int>;
+using status_of = std::enable_if_t<has_entry_points<S>::value, int>;
 
 }  // namespace zr
 

@@ -124,7 +124,7 @@ void get_allocated(zr_asn_object* object, const record_type& type, void*& slot, 
 // Fills the value in a place.
 void get_value(zr_asn_object* object, const record_type& type, const field& field, void* structure, void* where) {
     if (field.value != value_kind::record) return get_object(*object, field, structure, where, type.module);
-    if (!is_by_pointer(field.held)) return get_fields(as<zr_asnbase>(object), *field.record, where);
+    if (!is_by_pointer(field)) return get_fields(as<zr_asnbase>(object), *field.record, where);
     get_allocated(object, *field.record, place<void*>(where, 0),
                   field.held == holding::optional ? optional_memory_error : memory_error, type);
 }

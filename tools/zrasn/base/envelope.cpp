@@ -15,32 +15,33 @@ size_t envelope_header_size(const unsigned char* data, size_t size) {
     return std::min<size_t>(data[0], size);
 }
 
-envelope_fault explain_envelope(const unsigned char* data, size_t size) {
-    static constexpr const char* wanted = "the envelope header 04 02 ac dc or a SEQUENCE (30)";
-    if (size == 0) return {0, std::string("found no octets, expected ") + wanted};
-    unsigned char standard_header[envelope_header_octets];
-    put_envelope_header(standard_header);
-    if (size <= envelope_header_octets && std::equal(data, data + size, standard_header))
+envelope_fault explain_envelope(const unsigned char* data, size_t size, unsigned version) {
+    unsigned char expected_header[envelope_header_octets];
+    put_envelope_header(expected_header, static_cast<int>(version));
+    const std::string header = hex_text(expected_header, sizeof expected_header);
+    const std::string wanted = "the envelope header " + header + " or a SEQUENCE (30)";
+    if (size == 0) return {0, "found no octets, expected " + wanted};
+    if (size <= envelope_header_octets && std::equal(data, data + size, expected_header))
         return {size, size == envelope_header_octets
                           ? "found the end of the data behind the envelope header, expected a SEQUENCE (30)"
-                          : "found the end of the data in the envelope header, expected 04 02 ac dc"};
-    if (has_envelope_header(as_buffer(data, size)) && data[envelope_version_at] != envelope_version)
-        return {envelope_version_at,
-                "found version " + std::to_string(data[envelope_version_at]) + ", expected version 2"};
+                          : "found the end of the data in the envelope header, expected " + header};
+    if (has_envelope_header(as_buffer(data, size)) && data[envelope_version_at] != version)
+        return {envelope_version_at, "found version " + std::to_string(data[envelope_version_at]) +
+                                         ", expected version " + std::to_string(version)};
     return {0, "found " + hex_text(data, std::min(size, envelope_header_octets)) + ", expected " + wanted};
 }
 
-int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents) {
+int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents, unsigned version) {
     if (size > most_encoding_octets - envelope_header_octets) return zr_err_out_of_memory;
     std::unique_ptr<unsigned char[]> whole;
     zr_asn_buffer_t in = as_buffer(data, size);
     if (lacks_header(data, size)) {
         whole.reset(new unsigned char[size + envelope_header_octets]);
-        put_envelope_header(whole.get());
+        put_envelope_header(whole.get(), static_cast<int>(version));
         std::memcpy(whole.get() + envelope_header_octets, data, size);
         in = {static_cast<unsigned int>(size + envelope_header_octets), whole.get()};
     }
-    return type.decode(in, contents);
+    return type.decode(in, contents, static_cast<int>(version));
 }
 
 }  // namespace zr::tool

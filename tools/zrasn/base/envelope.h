@@ -29,10 +29,12 @@ inline bool has_header(const unsigned char* data, size_t size) {
 // Octets that begin with a record's identifier come without the header; all others are left to the library.
 inline bool lacks_header(const unsigned char* data, size_t size) { return size != 0 && data[0] == sequence_identifier; }
 
+// The functions below take the version that the header must have.
+
 // False when the front of an encoding tells that a record's decode refuses it.
-inline bool may_be_record(const unsigned char* data, size_t size) {
+inline bool may_be_record(const unsigned char* data, size_t size, unsigned version = envelope_version) {
     return size <= envelope_header_octets || lacks_header(data, size) ||
-           (data[envelope_version_at] == envelope_version && has_envelope_header(as_buffer(data, size)));
+           (data[envelope_version_at] == version && has_envelope_header(as_buffer(data, size)));
 }
 
 // The octets that a record's decode steps over before the record: 0 where the input begins with a SEQUENCE. The first
@@ -44,10 +46,11 @@ struct envelope_fault {
     size_t offset;
     std::string message;  // "found ..., expected ..."
 };
-envelope_fault explain_envelope(const unsigned char* data, size_t size);
+envelope_fault explain_envelope(const unsigned char* data, size_t size, unsigned version = envelope_version);
 
 // decode_octets gives the status of the record's decode, which fills `contents`. Octets without a header are copied
 // behind one.
-int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents);
+int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents,
+                  unsigned version = envelope_version);
 
 }  // namespace zr::tool

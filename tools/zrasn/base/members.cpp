@@ -65,7 +65,7 @@ unsigned char* member_filler::add_octets(uint32_t count) {
 
 void* member_filler::add_record() {
     void* where = new_place();
-    return is_by_pointer(member_->held) ? place<void*>(where, 0) = zeroed(member_->record->size) : where;
+    return is_by_pointer(*member_) ? place<void*>(where, 0) = zeroed(member_->record->size) : where;
 }
 
 }  // namespace zr::tool

@@ -13,6 +13,11 @@ namespace zr::tool {
 // Whether the values are the elements of a SEQUENCE OF.
 inline bool is_sequence_of(const field& member) { return is_list(member.held) || member.held == holding::slots; }
 
+// Whether the values are texts in C.
+inline bool is_text(const field& member) {
+    return member.value == value_kind::text || member.value == value_kind::stored_text;
+}
+
 // The most that a list or slots can hold.
 inline uint32_t most_places(const field& member) {
     return member.held == holding::slots ? member.size : most_count(member);
@@ -42,7 +47,7 @@ public:
     unsigned char* add_octets(uint32_t count);
     // The structure of a record, all zero.
     void* add_record();
-    // A slot that stays empty, or a record that stays absent.
+    // A slot that stays empty, or a value that stays absent.
     void add_nothing() { ++count_; }
     // Values so far.
     uint32_t count() const { return count_; }

@@ -73,9 +73,11 @@ std::string with_article(const std::string& name) {
 universal_tag tag_of(value_kind value) {
     switch (value) {
         case value_kind::integer:
+        case value_kind::version:
             return tag_integer;
         case value_kind::text:
             return tag_utf8_string;
+        case value_kind::stored_text:
         case value_kind::octets:
         case value_kind::fixed_octets:
             return tag_octet_string;

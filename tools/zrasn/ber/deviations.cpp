@@ -108,7 +108,7 @@ private:
         report(item.offset, "a string in segments");
         if (is_text(*place.member) && !in_segments_) {
             in_segments_ = true;
-            segments_ = {item.depth, item.offset, guide_.path(), {}};
+            segments_ = {item.depth, item.offset, guide_.path(), {}, 0, place.member->value == value_kind::stored_text};
         }
     }
 
@@ -122,8 +122,14 @@ private:
             report(at, (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
                            ", read as " + std::to_string(forms.read) + " and written as " +
                            digits_of(forms.written, forms.written_size));
+        } else if (member.value == value_kind::version) {
+            if (item.length == 1 && octets[0] == 1) return;
+            report(at, (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
+                           " as version, which is written as 01");
         } else if (is_text(member)) {
-            text({reinterpret_cast<const char*>(octets), item.length}, at);
+            text({reinterpret_cast<const char*>(octets), item.length}, at, member.value == value_kind::stored_text);
+        } else if (member.held == holding::optional && place.what != role::segment && item.length == 0) {
+            report(item.offset, "an empty value, which is read as absent");
         } else if (member.value == value_kind::fixed_octets && place.what != role::segment &&
                    item.length != member.size) {
             report(item.offset, counted(item.length, "octet") + " where " + std::to_string(member.size) +
@@ -131,26 +137,40 @@ private:
         }
     }
 
-    static bool is_text(const field& member) { return member.value == value_kind::text; }
-
-    void text(std::string_view octets, size_t at) {
+    // One text, or a segment of one.
+    void text(std::string_view octets, size_t at, bool stored) {
         const size_t zero = octets.find('\0');
-        if (zero != octets.npos)
-            report(deviation_kind::cut_text, at + zero, "a zero octet in a text, which is read up to there",
-                   guide_.path());
-        if (in_segments_) {
-            segments_.text += octets;  // a character may begin in one and end in the next
-            return;
-        }
-        const size_t good = utf8_size(octets);
-        if (good != octets.size())
-            report(deviation_kind::not_utf8, at + good, "a text that is not UTF-8", guide_.path());
+        if (zero != octets.npos && !stored) cut(at + zero);
+        if (!in_segments_) return whole_text(octets, at, at + zero, stored);
+        if (zero != octets.npos && segments_.text.find('\0') == std::string::npos) segments_.zero_at = at + zero;
+        segments_.text += octets;  // a character may begin in one and end in the next
     }
     void leave_segments(size_t depth) {
         if (!in_segments_ || segments_.depth < depth) return;
+        whole_text(segments_.text, segments_.offset, segments_.zero_at, segments_.stored);
         in_segments_ = false;
-        if (!is_utf8(segments_.text))
-            report(deviation_kind::not_utf8, segments_.offset, "a text that is not UTF-8", segments_.path);
+    }
+    // `zero_at` is where the first zero octet lies, if there is one.
+    void whole_text(std::string_view octets, size_t at, size_t zero_at, bool stored) {
+        if (stored) {
+            const size_t zero = octets.find('\0');
+            if (octets.size() == 1 && zero != 0)
+                return report_text(deviation_kind::cut_text, at, "a text of one octet, which is read as empty");
+            if (zero == octets.npos)
+                report_text(deviation_kind::form, at, "a text without the zero octet that is written behind it");
+            else if (zero + 1 != octets.size())
+                cut(zero_at);
+            if (!octets.empty() && octets.back() == '\0') octets.remove_suffix(1);
+        }
+        const size_t good = utf8_size(octets);
+        if (good != octets.size())
+            report_text(deviation_kind::not_utf8, in_segments_ ? at : at + good, "a text that is not UTF-8");
+    }
+    void cut(size_t zero_at) {
+        report_text(deviation_kind::cut_text, zero_at, "a zero octet in a text, which is read up to there");
+    }
+    void report_text(deviation_kind kind, size_t offset, const std::string& what) {
+        report(kind, offset, what, in_segments_ ? segments_.path : guide_.path());
     }
 
     // Empty slots behind the last used one are not written, and there are only so many.
@@ -197,6 +217,8 @@ private:
         size_t offset;
         std::string path;
         std::string text;  // of the segments so far
+        size_t zero_at;    // the first zero octet in it
+        bool stored;       // with a zero octet behind it
     };
     struct trailing_slots {
         size_t depth;

@@ -1,5 +1,6 @@
 #include "ber/losses.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -12,15 +13,30 @@ namespace zr::tool {
 
 namespace {
 
-// Whether a text of an encoding that was accepted may hold a zero octet: true also where only a walk that knows all
-// forms can tell.
-bool may_cut_text(const unsigned char* at, const unsigned char* end) {
+// Whether a record may hold texts that are stored with their zero octet.
+bool holds_stored_text(const record_type& type) {
+    return std::any_of(type.begin(), type.end(), [&](const field& member) {
+        return member.value == value_kind::stored_text ||
+               (member.record != nullptr && member.record != &type && holds_stored_text(*member.record));
+    });
+}
+
+// Whether such a text is read shorter than it is: at a zero octet before the last, or when it is of one octet.
+bool is_cut(const unsigned char* text, size_t length) {
+    if (length == 0) return false;
+    const void* zero = std::memchr(text, 0, length);
+    return zero == nullptr ? length == 1 : zero != text + length - 1;
+}
+
+// Whether a text of an encoding that was accepted may be cut by a zero octet: true also where only a walk that knows all
+// forms can tell. `stored`: OCTET STRINGs may be texts.
+bool may_cut_text(const unsigned char* at, const unsigned char* end, bool stored) {
     while (end - at >= 2) {
         const unsigned char identifier = at[0];
         const bool constructed = (identifier & 0x20) != 0;
         size_t length = at[1];
         at += 2;
-        if ((identifier & 0x1F) == 0x1F || identifier == 0x2C) return true;
+        if ((identifier & 0x1F) == 0x1F || identifier == 0x2C || (stored && identifier == 0x24)) return true;
         if (length >= 0x80) {
             size_t octets = length & 0x7F;
             if (octets == 0 && constructed) continue;
@@ -31,6 +47,7 @@ bool may_cut_text(const unsigned char* at, const unsigned char* end) {
         if (constructed) continue;
         if (length > static_cast<size_t>(end - at)) return true;
         if (identifier == 0x0C && length != 0 && std::memchr(at, 0, length) != nullptr) return true;
+        if (stored && identifier == 0x04 && is_cut(at, length)) return true;
         at += length;
     }
     return false;
@@ -41,7 +58,7 @@ bool may_cut_text(const unsigned char* at, const unsigned char* end) {
 void find_losses(const unsigned char* data, size_t size, size_t header, const record_type& type, void* contents,
                  const std::function<void(const loss&)>& report) {
     const size_t end = header + record_end(data + header, size - header);
-    if (may_cut_text(data + header, data + end))
+    if (may_cut_text(data + header, data + end, holds_stored_text(type)))
         find_deviations(data, end, header, type, contents, [&](const deviation& found) {
             if (found.kind == deviation_kind::cut_text) report({found.offset, found.path, found.what});
         });

@@ -31,7 +31,7 @@ record_place record_guide::place_in(level& top, const ber_item& item) {
         place.what = fits ? record_place::role::element : record_place::role::unexpected_element;
         if (fits && item.is_universal(tag_sequence)) place.record = top.next->record;
     } else if (top.what == inside::record) {
-        while (top.next != top.type->end() && top.next->held == holding::optional && !item.is_universal(tag_sequence))
+        while (top.next != top.type->end() && top.next->held == holding::optional && !is_value(*top.next, item))
             ++top.next;
         if (top.next == top.type->end()) {
             if (!top.excess) place.what = record_place::role::unexpected;

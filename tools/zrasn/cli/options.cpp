@@ -45,9 +45,9 @@ const std::vector<option_row>& options() {
          nullptr},
         {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode, &settings::base64, nullptr},
         {"--version-byte", nullptr, "N", nullptr,
-         "version in the envelope header, 0 to 255; others than 2 are refused "
-         "by decoders",
-         on_encode, nullptr, &settings::version_byte},
+         "version in the envelope header, 0 to 255, that is written or expected; without it 2, as all but the type-code "
+         "interface have it",
+         on_encode | on_decode | on_check, nullptr, &settings::version_byte},
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
          on_encode | on_decode, &settings::lines, nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},

@@ -82,7 +82,7 @@ int encode_verb(const settings& given) {
 int decode_verb(const settings& given) {
     if (given.lines && given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
     return run_decode({record_named(given.record), given.file, given.output, form_named(given.from), given.lines,
-                       given.compact, color_named(given.color)});
+                       given.compact, version_named(given.version_byte), color_named(given.color)});
 }
 
 int dump_verb(const settings& given) {
@@ -90,7 +90,8 @@ int dump_verb(const settings& given) {
 }
 
 int check_verb(const settings& given) {
-    return run_check({record_named(given.record), given.file, form_named(given.from), color_named(given.color)});
+    return run_check({record_named(given.record), given.file, form_named(given.from), version_named(given.version_byte),
+                      color_named(given.color)});
 }
 
 int completion_verb(const settings& given) { return print_completion(given.shell); }

@@ -109,8 +109,8 @@ bool may_be_json(std::string_view text) {
 // input_builder reads a file and undoes its form on the way.
 class input_builder {
 public:
-    input_builder(const std::string& file, std::string label, wanted_input wanted)
-        : wanted_(wanted), file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    input_builder(const std::string& file, std::string label, wanted_input wanted, unsigned version)
+        : wanted_(wanted), version_(version), file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
         made_.label_ = std::move(label);
         if (file_.get() < 0) fail();
     }
@@ -192,7 +192,7 @@ private:
             const std::string_view text(reinterpret_cast<const char*>(octets), count);
             hopeless_ = text.find('\0') != text.npos || (made_.size_ == 0 && !may_be_json(text));
         } else if (wanted_ == wanted_input::record) {
-            if (made_.size_ == 0 && count != 0) hopeless_ = !may_be_record(octets, count);
+            if (made_.size_ == 0 && count != 0) hopeless_ = !may_be_record(octets, count, version_);
             check_size(made_.size_ + count);
         }
     }
@@ -292,6 +292,7 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     const wanted_input wanted_;
+    const unsigned version_;  // of a record's envelope
     descriptor file_;
     octets_input made_;
     std::unique_ptr<std::FILE, closer> spool_;
@@ -305,8 +306,8 @@ private:
     text_decoder decoder_{input_form::hex};
 };
 
-octets_input read_input(const std::string& file, input_form form, wanted_input wanted) {
-    return input_builder(file, input_label(file), wanted).build(form);
+octets_input read_input(const std::string& file, input_form form, wanted_input wanted, unsigned version) {
+    return input_builder(file, input_label(file), wanted, version).build(form);
 }
 
 std::string input_label(const std::string& file) { return file == "-" ? "standard input" : file_label(file); }

@@ -65,7 +65,9 @@ enum class wanted_input { anything, record, json };
 
 // read_input reads all of `file` ("-" is standard input). Throws input_error. A file that is shortened, or gets
 // unreadable, while its octets are looked at ends the program with exit_io and a message.
-octets_input read_input(const std::string& file, input_form form, wanted_input wanted);
+// `version` is the one that a record's envelope header must have.
+octets_input read_input(const std::string& file, input_form form, wanted_input wanted,
+                        unsigned version = envelope_version);
 
 // The label of a file in messages: its name, fit for a terminal; "standard input" for "-".
 std::string input_label(const std::string& file);

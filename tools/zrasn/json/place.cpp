@@ -12,7 +12,10 @@ json_place place_of_value(const field& member, bool or_null) {
     switch (member.value) {
         case value_kind::integer:
             return {takes::integer, &member, nullptr, or_null};
+        case value_kind::version:
+            return {takes::nothing, &member, nullptr, or_null};
         case value_kind::text:
+        case value_kind::stored_text:
             return {takes::text, &member, nullptr, or_null};
         case value_kind::octets:
         case value_kind::fixed_octets:
@@ -51,7 +54,8 @@ std::string describe(const json_place& place) {
             return "a text: a string, or {\"hex\": \"...\"}";
         case takes::octets: {
             const bool fixed = place.member->value == value_kind::fixed_octets;
-            return (fixed ? std::to_string(place.member->size) + " " : "") + "octets as a string of hexadecimal digits";
+            return (fixed ? std::to_string(place.member->size) + " " : "") + "octets as a string of hexadecimal digits" +
+                   null;
         }
         case takes::uuid:
             return "a UUID such as \"6ba7b810-9dad-11d1-80b4-00c04fd430c8\"" + null;

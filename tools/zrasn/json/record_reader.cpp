@@ -242,7 +242,8 @@ private:
         uint32_t at = top.current == nullptr ? 0 : static_cast<uint32_t>(top.current - top.type->fields) + 1;
         for (uint32_t i = 0; i < count; ++i, ++at) {
             if (at >= count) at = 0;
-            if (is_name(top.type->fields[at].name, name)) return &top.type->fields[at];
+            const field& found = top.type->fields[at];
+            if (is_name(found.name, name)) return has_member(found.value) ? &found : nullptr;
         }
         return nullptr;
     }
@@ -254,7 +255,7 @@ private:
             if (field.count_name != nullptr && name == field.count_name)
                 return refuse("found a member " + in_quotes(name) + ", expected none: it follows from \"" + field.name +
                               "\"");
-            names.push_back(field.name);
+            if (has_member(field.value)) names.push_back(field.name);
         }
         return refuse("found a member " + in_quotes(name) + ", expected one of " + type.name + suggestion(name, names));
     }
@@ -264,7 +265,7 @@ private:
         for (const field& field : type) {
             if ((seen >> (&field - type.fields) & 1) != 0 || field.held != holding::one) continue;
             member_filler member(field, structure);
-            if (field.value == value_kind::text) member.add_text(0);
+            if (is_text(field)) member.add_text(0);
             if (field.value == value_kind::record) fill_texts(*field.record, member.add_record(), 0);
         }
     }

@@ -25,7 +25,7 @@ public:
             frame& top = stack_.back();
             if (top.in_list) {
                 write_next_element(top);
-            } else if (top.next != top.type->end()) {
+            } else if (top.next = with_member(*top.type, top.next); top.next != top.type->end()) {
                 write_next_member(top);
             } else {
                 stack_.pop_back();
@@ -69,9 +69,16 @@ private:
             out_.put(' ');
     }
 
+    // The next field that the structure has a member for.
+    static const field* with_member(const record_type& type, const field* at) {
+        while (at != type.end() && !has_member(at->value))
+            ++at;
+        return at;
+    }
+
     void write_next_member(frame& top) {
         const field& member = *top.next;
-        separate(&member == top.type->fields);
+        separate(&member == with_member(*top.type, top.type->begin()));
         out_.put('"');
         out_.write(member.name);
         out_.write(spaced_ ? "\": " : "\":");
@@ -105,12 +112,16 @@ private:
         switch (member.value) {
             case value_kind::integer:
                 return write_integer(number_at(value, member.integer));
+            case value_kind::version:
+                return;  // without a member
             case value_kind::text:
+            case value_kind::stored_text:
                 return write_text(load<const char*>(value));
             case value_kind::octets:
+                if (value == nullptr) return out_.write("\"\"");  // absent
                 return write_octets(load<const unsigned char*>(value), octets_length(member, structure));
             case value_kind::fixed_octets:
-                return write_octets(static_cast<const unsigned char*>(value), octets_length(member, structure));
+                return write_octets(static_cast<const unsigned char*>(value), member.size);
             case value_kind::record:
                 return write_record(member.record, value);
         }

@@ -19,12 +19,12 @@ namespace {
 
 size_t header_of(const octets_input& in) { return envelope_header_size(in.data(), in.size()); }
 
-int decode(const octets_input& in, const record_type& type, record_holder& record) {
-    return decode_octets(type, in.data(), in.size(), record.get());
+int decode(const octets_input& in, const record_type& type, record_holder& record, const check_options& options) {
+    return decode_octets(type, in.data(), in.size(), record.get(), options.version);
 }
 
-int refuse(const octets_input& in, const record_type& type, int status, color_mode color) {
-    print_explanation(in, &type, explain(in.data(), in.size(), type, status), color);
+int refuse(const octets_input& in, const record_type& type, int status, const check_options& options) {
+    print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color);
     return exit_refused;
 }
 
@@ -45,10 +45,10 @@ bool report_fit(const octets_input& in, const record_type& type, record_holder& 
     return count == 0;
 }
 
-int check_one(const octets_input& in, const record_type& type, color_mode color) {
+int check_one(const octets_input& in, const record_type& type, const check_options& options) {
     record_holder record(type);
-    const int status = decode(in, type, record);
-    if (status != zr_ok) return refuse(in, type, status, color);
+    const int status = decode(in, type, record, options);
+    if (status != zr_ok) return refuse(in, type, status, options);
     output out("");
     const bool exact = report_fit(in, type, record, out, true);
     out.close();
@@ -56,40 +56,40 @@ int check_one(const octets_input& in, const record_type& type, color_mode color)
 }
 
 // Says which record comes nearest and why it does not fit, if one is near.
-int refuse_all(const octets_input& in, const record_match& match, color_mode color) {
+int refuse_all(const octets_input& in, const record_match& match, const check_options& options) {
     std::string nearest;
     for (const record_type* type : match.nearest)
         nearest += (nearest.empty() ? "; nearest is " : ", and as near ") + std::string(type->name);
     std::fprintf(stderr, "%s: fits none of the records%s\n", in.label().c_str(), nearest.c_str());
     if (match.nearest.empty()) return exit_refused;
     record_holder record(*match.nearest.front());
-    return refuse(in, *match.nearest.front(), decode(in, *match.nearest.front(), record), color);
+    return refuse(in, *match.nearest.front(), decode(in, *match.nearest.front(), record, options), options);
 }
 
 // The same of octets that no record matters for: their envelope is wrong, or they are no SEQUENCE.
-int refuse_any(const octets_input& in, const record_type& type, int status, color_mode color) {
+int refuse_any(const octets_input& in, const record_type& type, int status, const check_options& options) {
     std::fprintf(stderr, "%s: fits none of the records\n", in.label().c_str());
-    print_explanation(in, nullptr, explain(in.data(), in.size(), type, status), color);
+    print_explanation(in, nullptr, explain(in.data(), in.size(), type, status, options.version), options.color);
     return exit_refused;
 }
 
 // Without a record: all whose shape fits.
-int check_all(const octets_input& in, color_mode color) {
+int check_all(const octets_input& in, const check_options& options) {
     const record_type& any = **modules().modules[0]->begin();
     record_holder held(any);
-    const int status_of_any = decode(in, any, held);
-    if (status_of_any == zr_err_bad_envelope) return refuse_any(in, any, status_of_any, color);
+    const int status_of_any = decode(in, any, held, options);
+    if (status_of_any == zr_err_bad_envelope) return refuse_any(in, any, status_of_any, options);
     const size_t header = header_of(in);
     const record_match match = match_records(in.data() + header, in.size() - header);
-    if (match.fitting.size() == 1) return check_one(in, *match.fitting.front(), color);
-    if (match.is_no_sequence) return refuse_any(in, any, status_of_any, color);
-    if (match.fitting.empty()) return refuse_all(in, match, color);
+    if (match.fitting.size() == 1) return check_one(in, *match.fitting.front(), options);
+    if (match.is_no_sequence) return refuse_any(in, any, status_of_any, options);
+    if (match.fitting.empty()) return refuse_all(in, match, options);
     output out("");
     bool exact = false;
     for (const record_type* type : match.fitting) {
         record_holder record(*type);
-        const int status = decode(in, *type, record);
-        if (status != zr_ok) return refuse(in, *type, status, color);
+        const int status = decode(in, *type, record, options);
+        if (status != zr_ok) return refuse(in, *type, status, options);
         exact = report_fit(in, *type, record, out, false) || exact;
     }
     out.close();
@@ -99,9 +99,8 @@ int check_all(const octets_input& in, color_mode color) {
 }  // namespace
 
 int run_check(const check_options& options) {
-    const octets_input in = read_input(options.file, options.from, wanted_input::record);
-    const int code =
-        options.record != nullptr ? check_one(in, *options.record, options.color) : check_all(in, options.color);
+    const octets_input in = read_input(options.file, options.from, wanted_input::record, options.version);
+    const int code = options.record != nullptr ? check_one(in, *options.record, options) : check_all(in, options);
     if (in.remark().empty()) return code;
     std::fprintf(stderr, "%s\n", in.remark().c_str());
     return exit_refused;

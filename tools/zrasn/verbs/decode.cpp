@@ -63,9 +63,9 @@ private:
 
     void decode() {
         record_holder record(type_);
-        const int status = decode_octets(type_, octets_.data(), count_, record.get());
+        const int status = decode_octets(type_, octets_.data(), count_, record.get(), options_.version);
         if (status != zr_ok) {
-            const explanation refused = explain(octets_.data(), count_, type_, status);
+            const explanation refused = explain(octets_.data(), count_, type_, status, options_.version);
             return refuse(refused.status, refused.offset, refused.path, refused.message);
         }
         write_json(out_, type_, record.get(), json_layout::one_line);
@@ -92,12 +92,12 @@ private:
 
 int run_decode(const decode_options& options) {
     if (options.lines) return line_decoder(options).run();
-    const octets_input in = read_input(options.file, options.from, wanted_input::record);
+    const octets_input in = read_input(options.file, options.from, wanted_input::record, options.version);
     const record_type& type = *options.record;
     record_holder record(type);
-    const int status = decode_octets(type, in.data(), in.size(), record.get());
+    const int status = decode_octets(type, in.data(), in.size(), record.get(), options.version);
     if (status != zr_ok) {
-        print_explanation(in, &type, explain(in.data(), in.size(), type, status), options.color);
+        print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color);
         return exit_refused;
     }
     output out(options.output);

@@ -33,13 +33,9 @@ encoded_record encode_text(std::string_view text, const encode_options& options)
     record_holder record(*options.record);
     result.good = read_json(text, *options.record, record.get(), result.error);
     if (!result.good) return result;
-    zr_asn_buffer_t& out = result.octets.out();
-    result.status = options.record->encode(out, record.get());
+    result.status = options.record->encode(result.octets.out(), record.get(), static_cast<int>(options.version));
     result.good = result.status == zr_ok;
-    if (result.good)
-        out.data[envelope_version_at] = static_cast<unsigned char>(options.version);
-    else
-        result.error.message = status_text(result.status);
+    if (!result.good) result.error.message = status_text(result.status);
     return result;
 }
 

@@ -43,7 +43,7 @@ bool fits(const unsigned char* data, size_t size, const record_type& type) {
 
 std::string other_records(const unsigned char* data, size_t size, const record_type& tried) {
     constexpr size_t most = 3;
-    constexpr size_t largest = size_t{1} << 20;  // more octets are not tried 62 times
+    constexpr size_t largest = size_t{1} << 20;  // more octets are not tried as every record
     std::string names;
     size_t count = 0;
     if (size == 0 || size > largest) return names;
@@ -76,10 +76,10 @@ std::string hint(const octets_input& in, const record_type* type) {
 
 }  // namespace
 
-explanation explain(const unsigned char* data, size_t size, const record_type& type, int status) {
+explanation explain(const unsigned char* data, size_t size, const record_type& type, int status, unsigned version) {
     explanation result{status, 0, {}, status_text(status)};
     if (status == zr_err_bad_envelope) {
-        envelope_fault fault = explain_envelope(data, size);
+        envelope_fault fault = explain_envelope(data, size, version);
         result.offset = fault.offset;
         result.message = std::move(fault.message);
         return result;

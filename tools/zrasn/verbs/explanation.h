@@ -18,9 +18,10 @@ struct explanation {
     std::string message;  // "found ..., expected ..."; fit for a terminal
 };
 
-// explain finds out what made a decode of these octets, with or without an envelope's header, as `type` end with
-// `status`.
-explanation explain(const unsigned char* data, size_t size, const record_type& type, int status);
+// explain finds out what made a decode of these octets, with or without an envelope's header of the version, as `type`
+// end with `status`.
+explanation explain(const unsigned char* data, size_t size, const record_type& type, int status,
+                    unsigned version = envelope_version);
 
 // "FILE:OFFSET: PATH: what was found, what was expected (name, number)", the octets around with a caret, and a hint
 // when the input looks like something else; all to standard error. The path of the record itself is its name. Without a

@@ -18,8 +18,12 @@ std::string value_in_words(const field& field) {
     switch (field.value) {
         case value_kind::integer:
             return c_integer(field.integer);
+        case value_kind::version:
+            return "version: INTEGER 1, no member";
         case value_kind::text:
             return "text";
+        case value_kind::stored_text:
+            return "text, stored with its zero octet";
         case value_kind::octets:
             return "octets";
         case value_kind::fixed_octets:
@@ -50,13 +54,14 @@ std::string kind_in_words(const field& field) {
 
 // The kind as one word, such as "list_of_records".
 std::string kind_word(const field& field) {
-    static constexpr const char* values[] = {"integer", "text", "octets", "fixed_octets", "record"};
+    static constexpr const char* values[] = {"integer", "version",      "text",  "stored_text",
+                                             "octets",  "fixed_octets", "record"};
     std::string value = values[static_cast<size_t>(field.value)];
     switch (field.held) {
         case holding::one:
             break;
         case holding::optional:
-            return "optional_nested";
+            return field.value == value_kind::record ? "optional_nested" : "optional_" + value;
         case holding::list:
             return "list_of_" + value + "s";
         case holding::pointer_list:

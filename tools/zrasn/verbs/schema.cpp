@@ -56,7 +56,9 @@ std::string value_notation(const field& field) {
         }
         case value_kind::fixed_octets:
             return name + " (SIZE (" + std::to_string(field.size) + "))";
+        case value_kind::version:
         case value_kind::text:
+        case value_kind::stored_text:
         case value_kind::octets:
             return name;
         case value_kind::record:
@@ -78,9 +80,13 @@ std::string list_reference(const field& field) {
         case value_kind::integer:
             value = (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets);
             break;
+        case value_kind::version:
+            value = "Version";
+            break;
         case value_kind::text:
             value = "Text";
             break;
+        case value_kind::stored_text:
         case value_kind::octets:
         case value_kind::fixed_octets:
             value = "Octets";

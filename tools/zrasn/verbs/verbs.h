@@ -50,6 +50,7 @@ struct decode_options {
     input_form from = input_form::automatic;
     bool lines = false;  // one line of hex a record in, one line of JSON out
     bool compact = false;
+    unsigned version = 2;
     color_mode color = color_mode::automatic;  // of messages on standard error
 };
 int run_decode(const decode_options& options);
@@ -68,6 +69,7 @@ struct check_options {
     const record_type* record = nullptr;
     std::string file = "-";
     input_form from = input_form::automatic;
+    unsigned version = 2;
     color_mode color = color_mode::automatic;
 };
 int run_check(const check_options& options);
