@@ -46,7 +46,6 @@ int decode_record(const record_type& type, const zr_asn_buffer_t& in, void* out,
     if (int status = open_envelope(in, version, contents)) return status;
     unfinished made(type);
     const int status = made.read(contents, in.data + in.length);
-    if (status == zr_err_out_of_memory) throw_memory_error(type.module);
     if (status == 0) made.hand_on(out);
     return status;
 }
@@ -68,7 +67,11 @@ int record_type::examine(const unsigned char* octets, size_t length, refusal& fo
     found.status = zr_err_out_of_memory;
     return guarded([&] {
         unfinished read(*this);
-        return found.status = read_any_form(*this, {octets, octets + length}, read.get(), &found);
+        general_reading any;
+        any.found = &found;
+        found.status = read_any_form(*this, {octets, octets + length}, read.get(), any);
+        if (found.status == 0 && any.uncounted.module != nullptr) found.status = zr_err_out_of_memory;
+        return found.status;
     });
 }
 

@@ -25,13 +25,6 @@ struct dropped_deleter {
 };
 using dropped_record = std::unique_ptr<void, dropped_deleter>;
 
-void* make_structure(const record_type& type, const record_type& owner, holding held) {
-    void* made = std::calloc(1, type.size);
-    if (made != nullptr) return made;
-    if (held == holding::optional) throw_optional_memory_error(owner.module);
-    throw_memory_error(owner.module);
-}
-
 // A record that has been entered, and the list or the slots of it that are being read.
 struct level {
     unsigned char* structure;
@@ -64,8 +57,7 @@ static_assert(sizeof(level) <= 48, "levels are cheap");
 
 class general_reader {
 public:
-    general_reader(input in, refusal* found, bool marks_texts)
-        : in_(in), start_(in.at), found_(found), marks_texts_(marks_texts) {}
+    general_reader(input in, general_reading& reading) : in_(in), start_(in.at), reading_(reading) {}
     general_reader(const general_reader&) = delete;
     general_reader& operator=(const general_reader&) = delete;
     ~general_reader() {
@@ -74,20 +66,36 @@ public:
     }
 
     int run(const record_type& type, void* out) {
-        int status = open_record(type, out, false, false);
-        while (status == 0 && !levels_.empty()) {
-            const level& top = levels_.top();
-            status = top.in_list ? read_element() : top.next != top.type->field_count ? read_member() : close_record();
+        int status = 0;
+        try {
+            status = open_record(type, out, false, false);
+            while (status == 0 && !levels_.empty()) {
+                const level& top = levels_.top();
+                status = top.in_list                         ? read_element()
+                         : top.next != top.type->field_count ? read_member()
+                                                             : close_record();
+            }
+        } catch (const limit_passed&) {
+            status = zr_err_out_of_memory;
         }
+        reading_.behind = in_.at;
         return status != 0 ? refuse(status) : 0;
     }
-    const uncounted_list& uncounted() const { return uncounted_; }
 
 private:
+    void* make_structure(const record_type& type, const record_type& owner, holding held) {
+        check_heap(type.size);
+        void* made = std::calloc(1, type.size);
+        if (made != nullptr) return made;
+        if (held == holding::optional) throw_optional_memory_error(owner.module);
+        throw_memory_error(owner.module);
+    }
+
     // Reads a leaf at once, and makes another record the level that is read.
     int open_record(const record_type& type, void* structure, bool dropped, bool unseen) {
         dropped_record owned(dropped ? structure : nullptr, {&type});
-        if (type.codec->is_leaf && !(marks_texts_ && type.codec->texts_are_ascii != nullptr)) {
+        check(decode_limit::depth, levels_.size() + 1);
+        if (type.codec->is_leaf && may_read_quickly(type)) {
             if (const unsigned char* behind = type.codec->read(in_.at, in_.end, structure)) {
                 in_.at = behind;
                 if (!levels_.empty()) levels_.top().advance();
@@ -98,6 +106,7 @@ private:
         }
         scope entered{};
         if (int status = enter(entered)) return status;
+        if (is_located()) return zr_err_bad_contents;
         level opened{};
         opened.structure = static_cast<unsigned char*>(structure);
         opened.type = &type;
@@ -109,6 +118,22 @@ private:
         static_cast<void>(owned.release());
         return 0;
     }
+    // Octet for octet, where each one matters.
+    bool may_read_quickly(const record_type& type) const {
+        return reading_.limits == nullptr && reading_.locate == UINT32_MAX &&
+               !(reading_.marks_texts && type.codec->texts_are_ascii != nullptr);
+    }
+    // Whether what is looked for has been read.
+    bool is_located() const { return offset() > reading_.locate; }
+    // Ends the reading when a number passes its limit.
+    struct limit_passed {};
+    void check(decode_limit limit, uint64_t number) {
+        if (reading_.limits == nullptr || number <= reading_.limits->most(limit)) return;
+        reading_.passed = limit;
+        throw limit_passed();
+    }
+    void check_heap(uint64_t more) { check(decode_limit::heap, heap_ += more); }
+
     int enter(scope& entered) {
         expected_ = expectation::value;
         tag_ = 16;
@@ -118,6 +143,7 @@ private:
         level& top = levels_.top();
         expected_ = top.record_indefinite ? expectation::end_of_contents : expectation::end_of_sequence;
         if (int status = leave_sequence(in_, top.record_scope())) return status;
+        if (is_located()) return zr_err_bad_contents;
         release_dropped(top);
         levels_.pop();
         if (!levels_.empty()) levels_.top().advance();
@@ -150,6 +176,7 @@ private:
                 scope entered{};
                 top.list_at = offset();
                 if (int status = enter(entered)) return status;
+                if (is_located()) return zr_err_bad_contents;
                 top.list_after = entered.after;
                 top.list_indefinite = entered.indefinite;
                 top.in_list = true;
@@ -167,15 +194,19 @@ private:
         level& top = levels_.top();
         if (field.value == value_kind::record) return open_record(*field.record, where, false, top.unseen);
         expected_ = expectation::value;
+        const uint32_t begin = offset();
         int status = 0;
-        if (marks_texts_ && field.value == value_kind::text) {
+        if (reading_.marks_texts && field.value == value_kind::text) {
             tag_ = 12;
             status = read_marked_text(in_, place<char*>(where, 0), offset());
         } else {
             status = read_value(in_, field, top.structure, where, tag_, top.type->module);
         }
-        if (status == 0) top.advance();
-        return status;
+        if (status != 0) return status;
+        if (is_located()) return zr_err_bad_contents;
+        if (field.value != value_kind::integer && field.value != value_kind::fixed_octets) check_heap(offset() - begin);
+        top.advance();
+        return 0;
     }
 
     int read_element() {
@@ -186,9 +217,11 @@ private:
             top.in_list = false;
             expected_ = expectation::end_of_sequence;
             if (int status = leave_sequence(in_, top.list_scope())) return status;
+            if (is_located()) return zr_err_bad_contents;
             top.advance();
             return 0;
         }
+        check(decode_limit::elements, ++elements_);
         if (field.held == holding::slots) return read_position(top, field);
         void* where = add_place(top, field);
         if (where == nullptr) return read_uncounted(top, field);
@@ -202,6 +235,7 @@ private:
     int read_position(level& top, const field& field) {
         // An indefinite length may run out of octets: what is not there is no NULL, and no record.
         if (in_.at != in_.end && in_.at[0] != id_sequence && skip_null(in_)) {
+            if (is_located()) return zr_err_bad_contents;
             top.advance();
             return 0;
         }
@@ -213,8 +247,8 @@ private:
 
     // An element that the count cannot hold.
     int read_uncounted(const level& top, const field& field) {
-        if (!top.unseen && top.list_at < uncounted_.at) {
-            uncounted_ = {top.list_at, top.type->module};
+        if (!top.unseen && top.list_at < reading_.uncounted.at) {
+            reading_.uncounted = {top.list_at, top.type->module};
             expected_ = expectation::fewer_elements;
             describe(zr_err_out_of_memory);
         }
@@ -236,10 +270,10 @@ private:
         resize(top, field, counted < most ? counted : most);
     }
     // The place of a new element, counted and all zero; null when the count cannot hold it.
-    static void* add_place(level& top, const field& field) {
+    void* add_place(level& top, const field& field) {
         const uint32_t count = stored_count(field, top.structure);
         if (count == most_count(field)) return nullptr;
-        if (count == top.room) resize(top, field, top.room < 4 ? 8 : size_t{top.room} * 2);
+        if (count == top.room) resize(top, field, top.room == 0 ? 1 : size_t{top.room} * 2);
         void* where = place_at(field, top.structure, count);
         std::memset(where, 0, field.place_octets);
         store_count(field, top.structure, count + 1);
@@ -252,9 +286,10 @@ private:
         auto*& array = place<void*>(top.structure, field.offset);
         if (void* shrunk = std::realloc(array, count * field.place_octets)) array = shrunk;
     }
-    static void resize(level& top, const field& field, size_t room) {
+    void resize(level& top, const field& field, size_t room) {
         auto*& array = place<void*>(top.structure, field.offset);
         if (room > most_count(field)) room = most_count(field);
+        check_heap(uint64_t{room - top.room} * field.place_octets);
         void* grown = room <= SIZE_MAX / field.place_octets ? std::realloc(array, room * field.place_octets) : nullptr;
         if (grown == nullptr) throw_memory_error(top.type->module);
         array = grown;
@@ -272,13 +307,13 @@ private:
     }
 
     void describe(int status) {
-        if (found_ == nullptr) return;
-        found_->status = status;
-        found_->offset = offset();
-        found_->left = static_cast<uint32_t>(in_.left());
-        found_->expected = expected_;
-        found_->tag = tag_;
-        found_->count_name = expected_ == expectation::fewer_elements ? levels_.top().member().count_name : "";
+        if (reading_.found == nullptr) return;
+        reading_.found->status = status;
+        reading_.found->offset = offset();
+        reading_.found->left = static_cast<uint32_t>(in_.left());
+        reading_.found->expected = expected_;
+        reading_.found->tag = tag_;
+        reading_.found->count_name = expected_ == expectation::fewer_elements ? levels_.top().member().count_name : "";
         describe_path();
     }
 
@@ -293,17 +328,17 @@ private:
     // Levels from the outermost as long as they take no more than half of the path; then, if there are more, from the
     // one on from which the others take no more than the rest.
     void describe_path() {
-        constexpr size_t half = sizeof found_->path / 2 - 8;
+        constexpr size_t half = sizeof reading_.found->path / 2 - 8;
         char part[half];
-        char* to = found_->path;
+        char* to = reading_.found->path;
         *to = '\0';
         const level* const end = levels_.end();
         const level* next = levels_.begin();
         const auto append = [&](size_t most) {
             for (; next != end; ++next) {
                 const size_t count = part_of(*next, part, sizeof part);
-                const char* first = to == found_->path ? part + 1 : part;
-                if (static_cast<size_t>(to - found_->path) + count > most) return;
+                const char* first = to == reading_.found->path ? part + 1 : part;
+                if (static_cast<size_t>(to - reading_.found->path) + count > most) return;
                 if (count == 0) continue;
                 const size_t copied = count - static_cast<size_t>(first - part);
                 std::memcpy(to, first, copied);
@@ -327,32 +362,23 @@ private:
             to += count - 1;
             next = tail + 1;
         }
-        append(sizeof found_->path - 1);
+        append(sizeof reading_.found->path - 1);
     }
 
     input in_;
     const unsigned char* const start_;
-    refusal* const found_;
+    general_reading& reading_;
     work_list<level> levels_;
     expectation expected_ = expectation::value;
     unsigned char tag_ = 16;  // of the value that is expected
-    const bool marks_texts_;
-    uncounted_list uncounted_;
+    uint64_t elements_ = 0;
+    uint64_t heap_ = 0;
 };
 
 }  // namespace
 
-int read_any_form(const record_type& type, input in, void* out, refusal* found) {
-    general_reader reader(in, found, false);
-    const int status = reader.run(type, out);
-    return status == 0 && reader.uncounted().module != nullptr ? zr_err_out_of_memory : status;
-}
-
-int read_marked_texts(const record_type& type, input in, void* out, uncounted_list& uncounted) {
-    general_reader reader(in, nullptr, true);
-    const int status = reader.run(type, out);
-    uncounted = reader.uncounted();
-    return status;
+int read_any_form(const record_type& type, input in, void* out, general_reading& reading) {
+    return general_reader(in, reading).run(type, out);
 }
 
 }  // namespace zr

@@ -6,9 +6,8 @@
 #include <memory>
 
 #include "asn1/codec/encoding.h"
-#include "asn1/codec/local_texts.h"
+#include "asn1/codec/local_forms.h"
 #include "asn1/codec/transcode.h"
-#include "asn1/codec/unfinished.h"
 #include "asn1/codec/walk.h"
 #include "asn1/envelope.h"
 
@@ -87,6 +86,7 @@ struct text_converter {
     using place_in_one = walk_place<void, void>;
     text_conversion& conversion;
     const uncounted_list& uncounted;
+    uint32_t& text_at;
 
     bool values(const place_in_one& at) const {
         if (at.field.value != value_kind::text) return true;
@@ -111,6 +111,7 @@ private:
         text_mark mark{};
         std::memcpy(&mark, text, sizeof mark);
         if (mark.at > uncounted.at) return false;
+        text_at = mark.at;
         const auto converted = conversion.convert(text + sizeof mark, mark.length);
         const size_t length = converted.getLength();
         if (length < sizeof mark + mark.length) {
@@ -126,25 +127,40 @@ private:
     }
 };
 
-// Reads octets in the form that the library writes. False when the general way has to judge them.
-bool read_quickly(unfinished& made, const record_codec& codec, text_conversion& conversion, const unsigned char* at,
-                  const unsigned char* end) {
-    if (texts_stay(codec, at, end)) return made.read_quickly(at, end);
+// Reads octets in the form that the library writes, and returns where they end; null when the general way has to judge
+// them.
+octet_position read_quickly(unfinished& made, const record_codec& codec, text_conversion& conversion, input in) {
+    if (texts_stay(codec, in.at, in.end)) return made.read_quickly(in.at, in.end);
     transcoder texts(conversion);
     try {
-        if (!texts.convert(at, end)) return false;
+        if (!texts.convert(in.at, in.end)) return nullptr;
     } catch (const zr_asn_exception& exception) {
         if (exception.code != zr_err_conversion) throw;
-        return false;  // the octets may be refused for another reason
+        return nullptr;  // the octets may be refused for another reason
     }
-    const block octets = allocate_encoding(texts.length());
-    unsigned char* const stop = octets.get() + texts.length();
+    // A writer stores a few octets before those that count: there has to be room for an envelope's header.
+    const block octets = allocate_encoding(texts.length() + envelope_header_octets);
+    const unsigned char* const first = octets.get() + envelope_header_octets;
+    unsigned char* const stop = octets.get() + envelope_header_octets + texts.length();
     writer sink(stop, octets.get());
     texts.write(sink);
-    return made.read_quickly(octets.get(), stop);
+    return made.read_quickly(first, stop) != nullptr ? in.at + texts.converted() : nullptr;
 }
 
 }  // namespace
+
+int read_local_texts(const record_type& type, input in, unfinished& made, text_conversion& conversion,
+                     general_reading& reading, uint32_t& text_at) {
+    if (reading.limits == nullptr) {
+        reading.behind = read_quickly(made, *type.codec, conversion, in);
+        if (reading.behind != nullptr) return 0;
+    }
+    reading.marks_texts = true;
+    if (int status = read_any_form(type, in, made.get(), reading)) return status;
+    walk_records<void, void>(type, made.get(), nullptr, text_converter{conversion, reading.uncounted, text_at});
+    if (reading.uncounted.module != nullptr) throw_memory_error(reading.uncounted.module);
+    return 0;
+}
 
 int record_type::encode_lcs(zr_asn_buffer_t& out, const void* in) const {
     if (codec->texts_are_ascii == nullptr) return encode(out, in);
@@ -171,12 +187,9 @@ int record_type::decode_lcs(const zr_asn_buffer_t& in, void* out) const {
     const unsigned char* const end = in.data + in.length;
     const int status = guarded([&] {
         unfinished made(*this);
-        if (!read_quickly(made, *codec, conversion, contents, end)) {
-            uncounted_list uncounted;
-            if (int read = read_marked_texts(*this, {contents, end}, made.get(), uncounted)) return read;
-            walk_records<void, void>(*this, made.get(), nullptr, text_converter{conversion, uncounted});
-            if (uncounted.module != nullptr) throw_memory_error(uncounted.module);
-        }
+        general_reading reading;
+        uint32_t text_at = 0;
+        if (int read = read_local_texts(*this, {contents, end}, made, conversion, reading, text_at)) return read;
         made.hand_on(out);
         return 0;
     });

@@ -51,9 +51,11 @@ public:
     // STRING, NULL and UTF8String with definite lengths that fit into each other; then there is nothing to write.
     // Throws what the conversion throws, and zr_asn_memexception.
     bool convert(octet_position at, octet_position end);
+    // How many octets the value has.
+    size_t converted() const { return stop_; }
     // How many octets are to be written.
     uint64_t length() const { return length_; }
-    // Writes them, for which the writer has room; once only.
+    // Writes them, for which the writer has room, and for the header of an envelope before them; once only.
     void write(writer& sink);
 
 private:

@@ -20,16 +20,24 @@ public:
         if (!handed_on_) type_.codec->release(made_);
     }
 
-    // Reads a record in the form that the library writes; false leaves the structure empty.
-    bool read_quickly(const unsigned char* at, const unsigned char* end) {
-        if (type_.codec->read(at, end, made_) != nullptr) return true;
+    // Reads a record in the form that the library writes, and returns where it ends; null leaves the structure empty.
+    octet_position read_quickly(octet_position at, octet_position end) {
+        const octet_position behind = type_.codec->read(at, end, made_);
+        if (behind == nullptr) clear();
+        return behind;
+    }
+    // Reads a record in any form: 0 or a status. Throws zr_asn_memexception for a list with more elements than its
+    // count holds.
+    int read(octet_position at, octet_position end) {
+        if (read_quickly(at, end) != nullptr) return 0;
+        general_reading any;
+        const int status = read_any_form(type_, {at, end}, made_, any);
+        if (status == 0 && any.uncounted.module != nullptr) throw_memory_error(any.uncounted.module);
+        return status;
+    }
+    void clear() {
         type_.codec->release(made_);
         std::memset(made_, 0, type_.size);
-        return false;
-    }
-    // Reads a record in any form: 0 or a status.
-    int read(const unsigned char* at, const unsigned char* end) {
-        return read_quickly(at, end) ? 0 : read_any_form(type_, {at, end}, made_, nullptr);
     }
     void* get() { return made_; }
     void hand_on(void* out) {

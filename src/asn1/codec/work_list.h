@@ -25,6 +25,7 @@ public:
     }
 
     bool empty() const { return count_ == 0; }
+    size_t size() const { return count_; }
     // The entries from the one that was pushed first.
     const Entry* begin() const { return entries_; }
     const Entry* end() const { return entries_ + count_; }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "asn1/envelope.h"
+#include "asn1/record/decoding.h"
 #include "asn1/record/field.h"
-#include "asn1/record/refusal.h"
 #include "asn1/zr_asn_buffer.h"
 
 namespace zr {
@@ -29,11 +29,14 @@ struct record_type {
         return last.record == this && is_list(last.held);
     }
 
-    // The record's entry points (see ZR_RECORD in asn1/record/record.h); the plain ones write and accept any version, of
-    // which the low eight bits count.
+    // The record's entry points (see ZR_RECORD in asn1/record/record.h); the plain ones write and accept any version,
+    // of which the low eight bits count.
     [[nodiscard]] ZR_API int encode(zr_asn_buffer_t& out, const void* in, int version = envelope_version) const;
     [[nodiscard]] ZR_API int encode_lcs(zr_asn_buffer_t& out, const void* in) const;
     [[nodiscard]] ZR_API int decode(const zr_asn_buffer_t& in, void* out, int version = envelope_version) const;
+    // Octets from outside (see zr::decode in zrasn/decode.h).
+    [[nodiscard]] ZR_API int decode(const void* octets, size_t length, void* out, const decode_options& options,
+                                    decode_report& report) const;
     [[nodiscard]] ZR_API int decode_lcs(const zr_asn_buffer_t& in, void* out) const;
     ZR_API void free(void* structure) const;
 

@@ -12,6 +12,7 @@ enum class expectation : uint8_t {
     end_of_sequence,  // nothing: the SEQUENCE's last member was read
     end_of_contents,  // the octets 00 00 of an indefinite length
     fewer_elements,   // nothing wrong with the octets, but the list has more elements than its count can hold
+    canonical_form,   // the octets that an encode writes for this value
 };
 
 struct refusal {

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <string>
 
-#include "base/status_text.h"
+#include "asn1/status_text.h"
 #include "cli/options.h"
 #include "cli/pages.h"
 #include "verbs/verbs.h"

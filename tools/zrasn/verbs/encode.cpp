@@ -3,11 +3,11 @@
 #include <string>
 
 #include "asn1/status.h"
+#include "asn1/status_text.h"
 #include "asn1/zrasnapi.h"
 #include "base/envelope.h"
 #include "base/output.h"
 #include "base/record_holder.h"
-#include "base/status_text.h"
 #include "input/input.h"
 #include "input/line_reader.h"
 #include "json/record_reader.h"

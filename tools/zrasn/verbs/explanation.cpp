@@ -9,10 +9,10 @@
 #include <unistd.h>
 
 #include "asn1/status.h"
+#include "asn1/status_text.h"
 #include "base/color.h"
 #include "base/envelope.h"
 #include "base/hex.h"
-#include "base/status_text.h"
 #include "base/text.h"
 #include "ber/mismatch.h"
 

@@ -1,11 +1,11 @@
 #include "verbs/line_answers.h"
+#include "asn1/status_text.h"
 
 #include <cstdio>
 #include <string>
 
 #include <unistd.h>
 
-#include "base/status_text.h"
 #include "json/record_writer.h"
 
 namespace zr::tool {

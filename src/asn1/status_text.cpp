@@ -1,8 +1,8 @@
-#include "base/status_text.h"
+#include "asn1/status_text.h"
 
 #include "asn1/status.h"
 
-namespace zr::tool {
+namespace zr {
 
 namespace {
 
@@ -55,4 +55,4 @@ const char* status_text(int status) {
     return row != nullptr ? row->text : "unknown status";
 }
 
-}  // namespace zr::tool
+}  // namespace zr

@@ -1,7 +1,9 @@
-// What the library's statuses are called and mean: the library itself holds no texts for them.
+// What the statuses are called and mean.
 #pragma once
 
-namespace zr::tool {
+#include "asn1/export.h"
+
+namespace zr {
 
 struct status_row {
     int status;
@@ -16,10 +18,10 @@ struct status_rows {
     const status_row* begin() const { return rows; }
     const status_row* end() const { return rows + count; }
 };
-status_rows statuses();
+ZR_API status_rows statuses();
 
 // "unknown" and "unknown status" for any other number.
-const char* status_name(int status);
-const char* status_text(int status);
+ZR_API const char* status_name(int status);
+ZR_API const char* status_text(int status);
 
-}  // namespace zr::tool
+}  // namespace zr

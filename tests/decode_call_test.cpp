@@ -1,0 +1,261 @@
+// Octets from outside: zr::decode with its options, limits and report, and where envelopes end.
+#include "zrasn/decode.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "base_idls/attrlist_asn.h"
+#include "base_idls/namevalue_asn.h"
+#include "support/caught_stderr.h"
+#include "support/hex.h"
+#include "support/out_of_memory.h"
+#include "support/routes.h"
+
+namespace zr_test {
+namespace {
+
+zr::decode_options strictly() {
+    zr::decode_options options;
+    options.strict = true;
+    return options;
+}
+
+int call(const octets& in, structure& out, const zr::decode_options& options, zr::decode_report& report) {
+    return out.type().decode(in.data(), in.size(), out.get(), options, report);
+}
+
+TEST(decode_call, reports) {
+    // One attribute "dept" with the values { 4, "", hugo, 0 octets } and { 4, "", 1 octet }.
+    const std::string head = "04 02 ac dc", list = "30 25 30 23 30 21 0c 04 64 65 70 74 30 19 ";
+    const std::string first = "30 0b 02 01 04 0c 04 68 75 67 6f 04 00 ", second = "30 0a 02 01 04 0c 02 c3 a9 04 01 ff";
+    const struct {
+        const char* what;
+        std::string in;
+        bool strict;
+        int status;
+        size_t offset;
+        std::string path;
+        int found;
+        size_t consumed, missing;
+    } rows[] = {
+        {"fits", head + list + first + second, true, 0, 0, "", -1, 43, 0},
+        {"octets behind it", head + list + first + second + "00", false, 0, 0, "", -1, 43, 0},
+        {"octets behind it, strictly", head + list + first + second + "00", true, zr_err_trailing_data, 43, "", 0, 0,
+         0},
+        {"nothing", "", false, zr_err_bad_envelope, 0, "", -1, 0, 6},
+        {"a header", head, false, zr_err_bad_envelope, 0, "", 4, 0, 2},
+        {"another version", "04 03 ac dc" + list + first + second, false, zr_err_bad_envelope, 0, "", 4, 0, 0},
+        {"a longer header", "05 02 ac dc 00" + list + first + second, false, 0, 0, "", -1, 44, 0},
+        {"a longer header, strictly", "05 02 ac dc 00" + list + first + second, true, zr_err_bad_envelope, 0, "", 5, 0,
+         0},
+        {"cut in a text", head + "30 25 30 23 30 21 0c 04 64", false, zr_err_data_ends_early, 4, "", 0x30, 0, 30},
+        {"a value that is longer than the list", head + "30 0e 30 0c 30 0a 0c 01 41 30 05 30 0b 02 01 04", false,
+         zr_err_data_ends_early, 15, "attrs[0].values[0]", 0x30, 0, 0},
+        {"another value", head + "30 09 30 07 30 05 02 01 41 30 00", false, zr_err_no_match, 10, "attrs[0].name", 2, 0,
+         0},
+        {"a longer length, strictly", head + "30 81 02 30 00", true, zr_err_bad_contents, 4, "", 0x30, 0, 0},
+        {"an integer of two octets where one would do",
+         head + "30 17 30 15 30 13 0c 00 30 0f 30 0d 02 02 00 04 0c 04 68 75 67 6f "
+                "04 01 ff",
+         true, zr_err_bad_contents, 16, "attrs[0].values[0].type", 2, 0, 0},
+        {"a text with a zero octet", head + "30 0a 30 08 30 06 0c 02 00 41 30 00", true, zr_err_bad_contents, 10,
+         "attrs[0].name", 0x0C, 0, 0},
+        {"a text that is not UTF-8", head + "30 0a 30 08 30 06 0c 02 c3 41 30 00", true, zr_err_bad_contents, 10,
+         "attrs[0].name", 0x0C, 0, 0},
+        {"segments", head + "30 0c 30 0a 30 08 2c 04 04 02 41 42 30 00", true, zr_err_bad_contents, 10, "attrs[0].name",
+         0x2C, 0, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        structure out(zr::record<attrlist_s_t>::type);
+        zr::decode_report report;
+        caught_stderr printed;
+        zr::decode_options options;
+        options.strict = row.strict;
+        EXPECT_EQ(call(bytes(row.in), out, options, report), row.status);
+        EXPECT_EQ(report.status, row.status);
+        EXPECT_EQ(report.consumed, row.consumed);
+        EXPECT_EQ(report.missing, row.missing);
+        if (row.status != 0) {
+            EXPECT_EQ(report.offset, row.offset);
+            EXPECT_EQ(report.found, row.found);
+            EXPECT_EQ(report.path, row.path);
+        }
+        EXPECT_EQ(printed.take(), "");
+    }
+    EXPECT_STREQ(zr::decode_report().name(), "zr_ok");
+}
+
+// What strict accepts, an encode gives back; what an encode gives, strict accepts unless a text is not UTF-8. It
+// refuses nothing else, and on the way without a status of its own it says what the entry points say.
+TEST(decode_call, strict_accepts_what_an_encode_gives_back) {
+    std::mt19937 random(41);
+    size_t accepted = 0, odd = 0, refused = 0;
+    for (const zr::record_type* type : all_records()) {
+        for (unsigned i = 0; i < 150; ++i) {
+            structure original(*type);
+            fill(*type, original.get(), random, {250, 5, i % 4 != 0});
+            octets ber = encode(entry_points, original).ber;
+            if (i % 3 == 1) ber = rewrite_ber(parse_ber(ber), random, {i % 2 != 0, i % 5 == 0, i % 4 < 2, false});
+            if (i % 3 == 2) ber[random() % ber.size()] ^= static_cast<unsigned char>(1 << random() % 8);
+            envelope in(ber);
+            structure plain(*type), strict(*type);
+            zr::decode_report report;
+            const int expected = decode(entry_points, ber, plain);
+            const int status = call(in.all(), strict, strictly(), report);
+            if (status == 0) {
+                ++accepted;
+                ASSERT_EQ(hex(encode(entry_points, strict).ber), hex(ber)) << type->name;
+                ASSERT_EQ(difference(*type, strict.get(), plain.get()), "");
+            } else if (expected == 0) {
+                ++odd;
+                ASSERT_TRUE(status == zr_err_trailing_data || status == zr_err_bad_contents) << status;
+                ASSERT_TRUE(i % 3 != 0 || i % 4 == 0) << type->name << ": " << hex(ber);
+                ASSERT_EQ(leftover(*type, strict.get()), "");
+            } else {
+                ++refused;
+                ASSERT_EQ(status, expected) << type->name << ": " << hex(ber);
+            }
+        }
+    }
+    EXPECT_GT(accepted, 3000u);
+    EXPECT_GT(odd, 1000u);
+    EXPECT_GT(refused, 1000u);
+}
+
+// The least limit that a decode keeps.
+size_t least_limit(size_t zr::decode_limits::*limit, const octets& in, const zr::record_type& type,
+                   zr::decode_limit kind) {
+    size_t below = 0, enough = size_t{1} << 24;
+    zr::decode_report report;
+    while (below + 1 < enough) {
+        const size_t middle = (below + enough) / 2;
+        zr::decode_options options;
+        options.limits.*limit = middle;
+        structure out(type);
+        if (call(in, out, options, report) == 0) {
+            enough = middle;
+            continue;
+        }
+        below = middle;
+        EXPECT_EQ(report.status, zr_err_out_of_memory);
+        EXPECT_EQ(report.passed, kind);
+        EXPECT_STREQ(zr::status_name(report.status), report.name());
+    }
+    return enough;
+}
+
+// A chain of so many nodes.
+octets chain_of(size_t nodes) {
+    octets inner;
+    for (; nodes != 0; --nodes) {
+        const octets list = element(0x30, inner);
+        inner = element(0x30, element(0x0C, {'n'}) + element(0x30, {}) + list);
+    }
+    return inner;
+}
+
+TEST(decode_call, limits) {
+    using limits = zr::decode_limits;
+    const octets attributes =
+        envelope(bytes("30 1f 30 1d 30 1b 0c 04 64 65 70 74 30 13 30 07 02 01 04 0c 00 04 00 30 08 02 01 04 "
+                       "0c 00 04 01 ff"))
+            .all();
+    const zr::record_type& list = zr::record<attrlist_s_t>::type;
+    EXPECT_EQ(least_limit(&limits::octets, attributes, list, zr::decode_limit::octets), attributes.size());
+    EXPECT_EQ(least_limit(&limits::elements, attributes, list, zr::decode_limit::elements), 3u);
+    EXPECT_EQ(least_limit(&limits::depth, attributes, list, zr::decode_limit::depth), 3u);
+    // The arrays, and the texts and the byte string with their headers.
+    EXPECT_EQ(least_limit(&limits::heap, attributes, list, zr::decode_limit::heap),
+              sizeof(attr_s_t) + 2 * sizeof(value_s_t) + 6 + 2 + 2 + 2 + 3);
+    // No more is allocated than the limit says, and what was allocated is released.
+    zr::decode_options options;
+    options.limits.heap = 100;
+    const octets deep = envelope(chain_of(1000)).all();
+    EXPECT_EQ(least_limit(&limits::depth, deep, zr::record<namevalue_s_t>::type, zr::decode_limit::depth), 1000u);
+    structure out(zr::record<namevalue_s_t>::type);
+    zr::decode_report report;
+    allocations watched;
+    EXPECT_EQ(call(deep, out, options, report), zr_err_out_of_memory);
+    EXPECT_LE(watched.made(), 8u);
+    EXPECT_EQ(watched.live(), 0u);
+}
+
+TEST(decode_call, memory_runs_out_without_a_word) {
+    std::mt19937 random(42);
+    for (const zr::record_type* type : {&zr::record<attrlist_s_t>::type, &zr::record<namevalue_s_t>::type}) {
+        structure original(*type);
+        fill(*type, original.get(), random, {600, 5, true});
+        envelope in(rewrite_ber(parse_ber(encode(entry_points, original).ber), random));
+        structure out(*type);
+        fail_each_allocation([&](auto&& failing) {
+            zr::decode_report report;
+            caught_stderr printed;
+            int status = 0;
+            failing([&] { status = call(in.all(), out, {}, report); });
+            ASSERT_TRUE(status == 0 || status == zr_err_out_of_memory);
+            ASSERT_EQ(printed.take(), "");
+            ASSERT_EQ(leftover_of_free(out), "");
+        });
+    }
+}
+
+// Octet by octet: an envelope is complete with its last octet and not before, and no look asks for more than is needed.
+TEST(framing, envelopes_in_pieces) {
+    std::mt19937 random(43);
+    for (const zr::record_type* type : all_records()) {
+        for (const bool definite : {true, false}) {
+            structure original(*type);
+            fill(*type, original.get(), random, {300, 4, true});
+            const octets ber = encode(entry_points, original).ber;
+            const octets whole = envelope(definite ? ber : rewrite_ber(parse_ber(ber), random)).all();
+            octets received = whole + bytes("04 02 ac dc");  // and what follows
+            zr::envelope_framing frame(whole.size());
+            for (size_t length = 0; length < whole.size(); ++length) {
+                ASSERT_EQ(frame.look(received.data(), length), zr::framing::incomplete) << type->name << hex(whole);
+                ASSERT_GT(frame.missing(), 0u);
+                ASSERT_LE(length + frame.missing(), whole.size());
+            }
+            ASSERT_EQ(frame.look(received.data(), received.size()), zr::framing::complete);
+            ASSERT_EQ(frame.length(), whole.size());
+            size_t count = 0;
+            ASSERT_EQ(zr::envelope_length(received.data(), received.size(), whole.size(), count),
+                      zr::framing::complete);
+            ASSERT_EQ(count, whole.size());
+            ASSERT_EQ(zr::envelope_length(received.data(), received.size(), whole.size() - 1, count),
+                      zr::framing::never);
+        }
+    }
+}
+
+TEST(framing, what_begins_no_envelope) {
+    const struct {
+        const char *what, *in;
+        zr::framing answer;
+        size_t count;
+    } rows[] = {
+        {"no header", "00", zr::framing::never, 0},
+        {"another third octet", "04 02 ad", zr::framing::never, 0},
+        {"another fourth octet", "04 02 ac dd", zr::framing::never, 0},
+        {"a long header", "7f 02 ac dc 00", zr::framing::incomplete, 122},
+        {"longer than permitted", "04 02 ac dc 30 82 03 e5", zr::framing::never, 0},
+        {"as long as permitted", "04 02 ac dc 30 82 03 e0", zr::framing::incomplete, 992},
+        {"a length of eight octets", "04 02 ac dc 30 88 00 00 00 00 00 00 00 01", zr::framing::incomplete, 1},
+        {"a length beyond 64 bits", "04 02 ac dc 30 89 01 00 00 00 00 00 00 00 00", zr::framing::never, 0},
+        {"a primitive value of indefinite length", "04 02 ac dc 30 80 04 80", zr::framing::never, 0},
+        {"an end with contents", "04 02 ac dc 30 80 00 01", zr::framing::never, 0},
+        {"a tag of many octets", "04 02 ac dc 3f 80 80", zr::framing::incomplete, 2},
+        {"open ones inside each other", "04 02 ac dc 30 80 30 80 00 00", zr::framing::incomplete, 2},
+    };
+    for (const auto& row : rows) {
+        const octets in = bytes(row.in);
+        size_t count = 7;
+        EXPECT_EQ(zr::envelope_length(in.data(), in.size(), 1000, count), row.answer) << row.what;
+        EXPECT_EQ(count, row.count) << row.what;
+    }
+}
+
+}  // namespace
+}  // namespace zr_test
