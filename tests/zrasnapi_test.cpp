@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "asn1/asn_yvobjs.h"
+#include "asn1/record/registry.h"
 #include "support/allocations.h"
 #include "support/ber.h"
 #include "support/caught_stderr.h"
@@ -257,6 +258,86 @@ TEST(zrasnapi, exhausted_memory) {
             });
         }
     }
+}
+
+// What a value takes: its two texts with all octets that are stored, and the zero octet behind them.
+TEST(zrasnapi, forms_that_others_write) {
+    // clang-format off
+    const struct { const char* version; const char* text; const char* body; const char* stored; } rows[] = {
+        {"02 01 01", "04 02 61 00", "", "61 00 00"},      {"02 01 07", "04 02 61 00", "", "61 00 00"},
+        {"02 00", "04 02 61 00", "", "61 00 00"},         {"02 05 01 00 00 00 00", "04 02 61 00", "", "61 00 00"},
+        {"02 01 01", "04 00", "", "00"},                  {"02 01 01", "04 01 41", "", "00"},
+        {"02 01 01", "04 01 00", "", "00"},               {"02 01 01", "04 02 41 42", "", "41 42 00"},
+        {"02 01 01", "04 04 61 00 62 00", "", "61 00 62 00 00"},
+        {"02 01 01", "24 80 04 01 61 24 03 04 01 62 00 00", "", "61 62 00"}, {"02 01 01", "24 03 04 01 61", "", "00"},
+        {"02 01 01", "04 01 00", "04 00", "00"},          {"02 01 01", "04 01 00", "24 80 04 00 00 00", "00"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.version << ", " << row.text << ", " << row.body);
+        const std::string fields = std::string(row.version) + " " + row.text + " 04 01 00 " + row.body;
+        allocations watch;
+        cert_request_in request{name_a, name_b, 7, body};
+        ASSERT_EQ(decode("04 02 ac dc 30 80 " + fields + " 00 00", 259, &request), 0);
+        EXPECT_EQ(hex(request.str_a, bytes(row.stored).size()), row.stored);
+        EXPECT_STREQ(request.str_b, "");
+        EXPECT_EQ(request.body, nullptr);
+        EXPECT_EQ(request.body_length, 0u);
+        const size_t length = std::strlen(request.str_a) + 1;
+        EXPECT_EQ(encoded(259, &request).substr(18),
+                  "02 01 01 04 0" + std::to_string(length) + " " + hex(request.str_a, length) + " 04 01 00");
+        EXPECT_EQ(zrasn_obj_free(2, 259, &request), 0);
+        EXPECT_EQ(watch.live(), 0u);
+    }
+}
+
+// A text says so by its name, a body too; an array does not.
+TEST(zrasnapi, exhausted_memory_is_named) {
+    const struct {
+        unsigned int type;
+        const char* octets;
+        std::vector<std::string> lines;
+    } rows[] = {{259,
+                 "30 0f 02 01 01 04 02 61 00 04 02 62 00 04 02 00 ff",
+                 {"Exception: Out of memory get_strvalue() [10652065] in src/asn1/asnutils ",
+                  "Exception: Out of memory get_strvalue() [10652065] in src/asn1/asnutils ",
+                  "Exception: Out of memory get_obj_body() [10652065] in src/asn1/asn_yvobjs "}},
+                {260,
+                 "30 14 02 01 01 30 0f 30 0d 02 01 01 02 01 01 04 02 61 00 02 01 02",
+                 {"", "Exception: Out of memory get_strvalue() [10652065] in src/asn1/asnutils "}}};
+    for (const auto& row : rows) {
+        size_t n = 0;
+        zr_test::fail_each_allocation([&](auto&& failing) {
+            auto octets = bytes(std::string("04 02 ac dc ") + row.octets);
+            zr_asn_buffer_t in = over(octets);
+            any_value value{};
+            zr_test::caught_stderr printed;
+            int status = 0;
+            if (!failing([&] { status = zrasn_decode_obj(2, in, row.type, &value); })) {
+                EXPECT_EQ(n, row.lines.size());
+                EXPECT_EQ(zrasn_obj_free(2, row.type, &value), 0);
+                return;
+            }
+            EXPECT_EQ(status, zr_err_out_of_memory);
+            const std::string expected = row.lines[n++], line = printed.take();
+            EXPECT_EQ(line.substr(0, expected.size() + (expected.empty() ? 1 : 0)), expected);
+        });
+    }
+}
+
+// The process's locale is "C": a text that went through a converter would be refused.
+TEST(zrasnapi, nothing_is_converted) {
+    char text[] = "B\xC3\xBCro";
+    cert_request_in request{text, text, 0, nullptr};
+    const zr::record_type& type = *zr::find_record("cert_request_in");
+    zr_asn_buffer_t out{};
+    ASSERT_EQ(type.encode_lcs(out, &request), 0);
+    EXPECT_EQ(hex(out.data, out.length), encoded(259, &request));
+    cert_request_in back{};
+    EXPECT_EQ(type.decode_lcs(out, &back), 0);
+    EXPECT_STREQ(back.str_a, text);
+    type.free(&back);
+    zr_asn_buffer_free(out);
 }
 
 TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {

@@ -63,21 +63,6 @@ ZR_INLINE bool write_slots(Sink& sink, const S& in) {
     return true;
 }
 
-// Octets of length 0 are absent.
-template <class F, class Sink, class S>
-ZR_INLINE bool write_optional(Sink& sink, const S& in) {
-    if constexpr (F::value == value_kind::octets) {
-        const uint32_t length = octets_length<F>(in);
-        if (length == 0) return true;
-        if (!sink.room(uint64_t{length} + max_header)) return false;
-        sink.string(id_octet_string, member_of<F>(in), length);
-        return true;
-    } else {
-        static_assert(F::value == value_kind::record || unknown_kind<F>);
-        return member_of<F>(in) == nullptr || write_record(sink, *member_of<F>(in));
-    }
-}
-
 // The header of a SEQUENCE that ends at `end`.
 template <class Sink>
 ZR_INLINE bool write_sequence_header(Sink& sink, typename Sink::mark end) {
@@ -97,7 +82,7 @@ ZR_INLINE bool write_field(Sink& sink, const S& in) {
     } else if constexpr (F::held == holding::one) {
         return write_record(sink, member_of<F>(in));
     } else if constexpr (F::held == holding::optional) {
-        return write_optional<F>(sink, in);
+        return member_of<F>(in) == nullptr || write_record(sink, *member_of<F>(in));
     } else if constexpr (F::held == holding::slots) {
         const auto end = sink.position();
         return write_slots<F>(sink, in) && write_sequence_header(sink, end);

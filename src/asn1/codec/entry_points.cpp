@@ -30,9 +30,7 @@ int decode_integer(const zr_asn_buffer_t& in, int32_t& value, int version) {
     const unsigned char* contents = nullptr;
     if (int status = open_envelope(in, version, contents)) return status;
     input octets{contents, in.data + in.length};
-    bool fits = true;
-    if (int status = read_integer(octets, value, fits)) return status;
-    return fits ? 0 : zr_err_integer_too_long;
+    return read_fitting_integer(octets, value);
 }
 
 int encode_record(const record_type& type, zr_asn_buffer_t& out, const void* in, int version) {

@@ -225,7 +225,7 @@ private:
         if (field.held == holding::slots) return read_position(top, field);
         void* where = add_place(top, field);
         if (where == nullptr) return read_uncounted(top, field);
-        if (!is_by_pointer(field)) return read_one(field, where);
+        if (field.held == holding::list) return read_one(field, where);
         void* made = make_structure(*field.record, *top.type, field.held);
         place<void*>(where, 0) = made;
         return open_record(*field.record, made, false, top.unseen);

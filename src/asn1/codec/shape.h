@@ -87,11 +87,12 @@ template <class S>
 using own_list = field_at<S, field_count_of<S> - 1>;
 
 // A leaf has neither lists nor slots nor optional records, in what it embeds neither: its code is short and stands
-// where it is used.
+// where it is used. Optional octets are written like others, or not at all.
 template <class S>
 constexpr bool is_leaf();
 template <class F>
 constexpr bool is_leaf_field() {
+    if constexpr (F::held == holding::optional) return F::value == value_kind::octets;
     if constexpr (F::held != holding::one) return false;
     if constexpr (F::value == value_kind::record) return is_leaf<typename F::value_type>();
     return true;

@@ -202,7 +202,12 @@ bool skip_null(input& in) {
     return true;
 }
 
-int read_integer(input& in, int32_t& value, bool& fits) {
+int read_integer(input& in, int32_t& value) {
+    const int status = read_fitting_integer(in, value);
+    return status != zr_err_integer_too_long ? status : 0;
+}
+
+int read_fitting_integer(input& in, int32_t& value) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header header{};
     if (int status = read_header(cursor, 2, primitive, header)) return status;
@@ -210,9 +215,9 @@ int read_integer(input& in, int32_t& value, bool& fits) {
     if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
     in = input_of(cursor);
     // 0 stands for contents that fit no 32 bits (zrasn_integer).
-    fits = fold_integer(octets, header.length, value);
-    if (!fits) value = 0;
-    return 0;
+    if (fold_integer(octets, header.length, value)) return 0;
+    value = 0;
+    return zr_err_integer_too_long;
 }
 
 int read_text(input& in, char*& text) {

@@ -37,8 +37,9 @@ bool next_is(const input& in, unsigned char tag);
 // Steps over a NULL, if there is one.
 bool skip_null(input& in);
 
-// Contents that fit no 32 bits give 0; `fits` tells.
-int read_integer(input& in, int32_t& value, bool& fits);
+// Contents that fit no 32 bits give 0; read_fitting_integer returns 275063193 then.
+int read_integer(input& in, int32_t& value);
+int read_fitting_integer(input& in, int32_t& value);
 // The text gets a malloc block with a terminating zero. It is null when memory is out, and that is no failure.
 int read_text(input& in, char*& text);
 // The same for a text that is marked: in its block the place for the mark comes first, then the text.

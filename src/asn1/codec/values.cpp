@@ -55,28 +55,34 @@ unsigned char tag_of_value(value_kind value) {
 }
 
 int read_value(input& in, const field& field, void* structure, void* where, unsigned char& tag, const char* module) {
-    tag = tag_of_value(field.value);
     switch (field.value) {
-        case value_kind::integer:
-        case value_kind::version: {
+        case value_kind::integer: {
             int32_t value = 0;
-            bool fits = true;
-            const int status = step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value, fits);
-            if (has_member(field.value)) store_integer(where, field.integer, value);
+            tag = tag_integer;
+            const int status = step(in, quick_integer(in.at, in.end, value)) ? 0 : read_integer(in, value);
+            store_integer(where, field.integer, value);
             return status;
+        }
+        case value_kind::version: {
+            int32_t any = 0;
+            tag = tag_integer;
+            return step(in, quick_integer(in.at, in.end, any)) ? 0 : read_integer(in, any);
         }
         case value_kind::text: {
             auto& text = place<char*>(where, 0);
+            tag = tag_utf8_string;
             return step(in, quick_text(in.at, in.end, text)) ? 0 : read_text(in, text);
         }
         case value_kind::stored_text: {
             auto& text = place<char*>(where, 0);
+            tag = tag_octet_string;
             return step(in, quick_stored_text(in.at, in.end, text)) ? 0 : read_stored_text(in, text);
         }
         case value_kind::octets: {
             auto& data = place<unsigned char*>(where, 0);
             auto& length = place<uint32_t>(structure, field.count_offset);  // set as soon as there is a block
             const bool optional = field.held == holding::optional;
+            tag = tag_octet_string;
             const bool quick = step(in, optional ? quick_optional_octets(in.at, in.end, data, length)
                                                  : quick_octets(in.at, in.end, data, length, module));
             const int status = quick ? 0 : read_octets(in, data, length);
@@ -84,10 +90,12 @@ int read_value(input& in, const field& field, void* structure, void* where, unsi
             return status;
         }
         case value_kind::fixed_octets:
+            tag = tag_octet_string;
             return read_fixed_octets(in, static_cast<unsigned char*>(where), field.size);
         case value_kind::record:
             break;
     }
+    tag = tag_sequence;
     return zr_err_unsupported;
 }
 

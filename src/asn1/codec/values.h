@@ -175,7 +175,11 @@ struct value_codec<value_kind::octets> {
     }
     template <class F, class Sink, class S>
     ZR_INLINE static void write(Sink& sink, const S& in, const size_t*& length) {
-        sink.string(id_octet_string, member_of<F>(in), *--length);
+        const size_t octets = *--length;
+        if constexpr (F::held == holding::optional) {
+            if (octets == 0) return;
+        }
+        sink.string(id_octet_string, member_of<F>(in), octets);
     }
     template <class F, class S>
     ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
