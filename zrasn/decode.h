@@ -25,4 +25,54 @@ template <class S>
     return record<S>::type.decode(octets, length, &out, options, report);
 }
 
+// packed<S> decodes records into one block of its own, or a few where they turn out large: for receivers that read a
+// record and forget it. Decoding costs about half of what zrAsnDecodeObj and zrAsnFreeObj cost together, and nothing
+// inside is released by itself: the structure is given out const, and nothing of it outlives the next decode, clear,
+// release or the object. Moves, does not copy; one that was moved from is empty.
+template <class S>
+class packed {
+public:
+    packed() = default;
+    packed(packed&& other) noexcept : value_(other.value_), blocks_(static_cast<packed_blocks&&>(other.blocks_)) {
+        other.value_ = S{};
+    }
+    packed& operator=(packed&& other) noexcept {
+        if (this == &other) return *this;
+        value_ = other.value_;
+        other.value_ = S{};
+        blocks_ = static_cast<packed_blocks&&>(other.blocks_);
+        return *this;
+    }
+    packed(const packed&) = delete;
+    packed& operator=(const packed&) = delete;
+    ~packed() = default;
+
+    // Replaces what is held. The statuses are those of zrAsnDecodeObj, but memory that ends is always 275062885; after
+    // a failure nothing is held. The longest block is kept for the next decode, which takes no other if it suffices.
+    [[nodiscard]] int decode(const void* octets, size_t length, const decode_options& options, decode_report& report) {
+        return record<S>::type.decode_packed(octets, length, &value_, blocks_, options, report);
+    }
+    [[nodiscard]] int decode(const zr_asn_buffer_t& in) {
+        decode_report report;
+        return decode(in.data, in.length, decode_options(), report);
+    }
+
+    const S& operator*() const noexcept { return value_; }
+    const S* operator->() const noexcept { return &value_; }
+
+    // Holds nothing any more; clear keeps the longest block for the next decode.
+    void clear() noexcept {
+        value_ = S{};
+        blocks_.clear();
+    }
+    void release() noexcept {
+        value_ = S{};
+        blocks_.release();
+    }
+
+private:
+    S value_{};
+    packed_blocks blocks_;
+};
+
 }  // namespace zr

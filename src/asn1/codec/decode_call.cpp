@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "asn1/ascii.h"
+#include "asn1/codec/copy_packed.h"
 #include "asn1/codec/encoding.h"
 #include "asn1/codec/local_forms.h"
 #include "asn1/codec/writer.h"
@@ -151,22 +152,60 @@ int read(const record_type& type, input in, unfinished& made, const decode_optio
     return status;
 }
 
-int decode_envelope(const record_type& type, const zr_asn_buffer_t& in, void* out, const decode_options& options,
-                    decode_report& report) {
-    const unsigned char* contents = nullptr;
-    if (int status = open_envelope(in, options.version, contents)) return status;
-    const auto header = static_cast<uint32_t>(contents - in.data);
-    if (options.strict && header != envelope_header_octets) return zr_err_bad_envelope;
-    unfinished made(type);
-    int status = 0;
-    try {
-        status = read(type, {contents, in.data + in.length}, made, options, report);
-    } catch (const zr_asn_exception& exception) {
-        status = static_cast<int>(exception.code);
+// Reads a record into packed blocks: at once in the form that the library writes, else by way of a structure of its
+// own.
+int read_packed(const record_type& type, input in, void* out, packed_blocks& blocks, const decode_options& options,
+                decode_report& report) {
+    // About as many octets as structures take for one that is read, and a half more.
+    blocks.start(in.left() * 2 + 64);
+    const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
+    if (!converts && are_out_of_reach(options.limits, in.left())) {
+        if (const octet_position behind = type.codec->read_packed(in.at, in.end, out, &blocks)) {
+            report.consumed = static_cast<size_t>(behind - in.at);
+            return options.strict ? judge_strictly(type, out, in, behind, report) : 0;
+        }
+        std::memset(out, 0, type.size);
+        blocks.clear();
     }
-    report.offset += header;
-    report.consumed += header;
-    if (status == 0) made.hand_on(out);
+    unfinished made(type);
+    if (int status = read(type, in, made, options, report)) return status;
+    copy_packed(type, made.get(), out, blocks);
+    return 0;
+}
+
+// Opens the envelope, lets `read` read what it holds, and finishes the report.
+template <class Read>
+int decode_envelope(const void* octets, size_t length, const decode_options& options, decode_report& report,
+                    const Read& read) {
+    report = {};
+    const auto* const data = static_cast<const unsigned char*>(octets);
+    if (length > options.limits.octets || length > UINT32_MAX) {
+        report.passed = decode_limit::octets;
+        return report.status = zr_err_out_of_memory;
+    }
+    const unsigned char* contents = data;
+    const zr_asn_buffer_t in{static_cast<unsigned int>(length), const_cast<unsigned char*>(data)};
+    int status = open_envelope(in, options.version, contents);
+    const auto header = static_cast<uint32_t>(status == 0 ? contents - data : 0);
+    if (status == 0 && options.strict && header != envelope_header_octets) status = zr_err_bad_envelope;
+    if (status == 0) {
+        try {
+            status = read(input{contents, data + length});
+        } catch (const zr_asn_exception& exception) {
+            status = static_cast<int>(exception.code);
+        }
+        report.offset += header;
+        report.consumed += header;
+    }
+    report.status = status;
+    if (status == 0) return 0;
+    report.consumed = 0;
+    if (report.offset < length) report.found = data[report.offset];
+    if (status == zr_err_data_ends_early || status == zr_err_bad_envelope) {
+        size_t missing = 0;
+        if (envelope_length(octets, length, options.limits.octets, missing) == framing::incomplete)
+            report.missing = missing;
+    }
     return status;
 }
 
@@ -174,24 +213,26 @@ int decode_envelope(const record_type& type, const zr_asn_buffer_t& in, void* ou
 
 int record_type::decode(const void* octets, size_t length, void* out, const decode_options& options,
                         decode_report& report) const {
-    report = {};
-    auto* const data = static_cast<unsigned char*>(const_cast<void*>(octets));
-    if (length > options.limits.octets || length > UINT32_MAX) {
-        report.passed = decode_limit::octets;
-        report.status = zr_err_out_of_memory;
-    } else {
-        report.status = decode_envelope(*this, {static_cast<unsigned int>(length), data}, out, options, report);
+    const int status = decode_envelope(octets, length, options, report, [&](input in) {
+        unfinished made(*this);
+        const int read = zr::read(*this, in, made, options, report);
+        if (read == 0) made.hand_on(out);
+        return read;
+    });
+    if (clears_structure(status)) std::memset(out, 0, size);
+    return status;
+}
+
+int record_type::decode_packed(const void* octets, size_t length, void* out, packed_blocks& blocks,
+                               const decode_options& options, decode_report& report) const {
+    std::memset(out, 0, size);
+    const int status = decode_envelope(octets, length, options, report,
+                                       [&](input in) { return read_packed(*this, in, out, blocks, options, report); });
+    if (status != 0) {
+        std::memset(out, 0, size);
+        blocks.clear();
     }
-    if (report.status == 0) return 0;
-    if (clears_structure(report.status)) std::memset(out, 0, size);
-    report.consumed = 0;
-    if (report.offset < length) report.found = data[report.offset];
-    if (report.status == zr_err_data_ends_early || report.status == zr_err_bad_envelope) {
-        size_t missing = 0;
-        if (envelope_length(octets, length, options.limits.octets, missing) == framing::incomplete)
-            report.missing = missing;
-    }
-    return report.status;
+    return status;
 }
 
 }  // namespace zr

@@ -40,6 +40,7 @@ constexpr record_codec codec_of = {
     &write_outlined_record<writer, S>,
     &write_outlined_record<counter, S>,
     &read_outlined_record<S>,
+    &read_outlined_record<S, packed_blocks*>,
     &release_outlined<members_after::cleared, S>,
     ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),
@@ -99,7 +100,7 @@ template <class S>
 int decode_structure(const zr_asn_buffer_t& in, S& out) {
     if constexpr (is_flat<S>()) {
         const unsigned char* contents = nullptr;
-        S made;
+        S made{};
         if (open_envelope(in, envelope_version, contents) == 0 &&
             read_record(contents, static_cast<const unsigned char*>(in.data) + in.length, made) != nullptr) {
             copy_flat(out, made, field_indices<S>());

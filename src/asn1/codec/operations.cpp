@@ -1,8 +1,11 @@
 #include "asn1/record/operations.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 
+#include "asn1/codec/copy_packed.h"
 #include "asn1/codec/values.h"
 #include "asn1/codec/walk.h"
 
@@ -10,22 +13,18 @@ namespace zr {
 
 namespace {
 
-void* make_zeroed(size_t count, size_t octets, const record_type& type) {
-    void* made = std::calloc(count, octets);
-    if (made == nullptr) throw_memory_error(type.module);
-    return made;
-}
-
-// Copies the first structure into the second, which is zero.
+// Copies the first structure into the second, which is zero. Blocks come from malloc, or if there are `blocks` from
+// those.
 struct copier {
     using place_of_both = walk_place<const void, void>;
+    packed_blocks* blocks;
 
     bool values(const place_of_both& at) const {
         make_array(at);
         const uint32_t count = place_count(at.field, at.first);
         for (uint32_t i = 0; i < count; ++i)
             copy_value(at.field, at.first, place_at(at.field, at.first, i), at.second, place_at(at.field, at.second, i),
-                       at.type.module);
+                       blocks, at.type.module);
         return true;
     }
     bool begin(const place_of_both& at, uint32_t& count) const {
@@ -46,8 +45,19 @@ struct copier {
     bool end(const place_of_both&) const { return true; }
 
 private:
+    void* make_zeroed(size_t count, size_t octets, const record_type& type) const {
+        void* made = nullptr;
+        if (blocks == nullptr) {
+            made = std::calloc(count, octets);
+        } else if (count <= SIZE_MAX / octets) {
+            made = allocate<alignof(std::max_align_t)>(count * octets, blocks);
+            if (made != nullptr) std::memset(made, 0, count * octets);
+        }
+        if (made == nullptr) throw_memory_error(type.module);
+        return made;
+    }
     // Makes the array of a list, all zero and counted: whatever comes after, it can be released.
-    static void make_array(const place_of_both& at) {
+    void make_array(const place_of_both& at) const {
         const uint32_t count = is_list(at.field.held) ? place_count(at.field, at.first) : 0;
         if (count == 0) return;
         place<void*>(at.second, at.field.offset) = make_zeroed(count, at.field.place_octets, at.type);
@@ -93,10 +103,14 @@ struct comparer {
 
 }  // namespace
 
+void copy_packed(const record_type& type, const void* from, void* to, packed_blocks& blocks) {
+    walk_records(type, from, to, copier{&blocks});
+}
+
 int copy_record(const record_type& type, const void* from, void* to) {
     std::memset(to, 0, type.size);
     const int status = guarded([&] {
-        walk_records(type, from, to, copier());
+        walk_records(type, from, to, copier{nullptr});
         return 0;
     });
     if (status != 0) {

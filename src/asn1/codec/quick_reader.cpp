@@ -1,35 +1,88 @@
 #include "asn1/codec/quick_reader.h"
 
-#include <cstdlib>
-
+#include "asn1/asnbase/object.h"
 #include "asn1/codec/value_reader.h"
 
 namespace zr {
 
-octet_position quick_text(octet_position at, octet_position end, char*& text) {
+namespace {
+
+// Where a general reader has ended, which returned `status`. Some odd identifiers count octets that are not there: what
+// they leave is less than there seems to be, which only a general reader can go on with.
+octet_position position_of(const input& in, octet_position end, int status) {
+    return status == 0 && in.end == end ? in.at : nullptr;
+}
+
+// The same, where a block was made.
+template <class Block>
+octet_position position_of(const input& in, octet_position end, int status, Block*& made) {
+    const octet_position at = position_of(in, end, status);
+    if (at == nullptr) {
+        std::free(made);
+        made = nullptr;
+    }
+    return at;
+}
+
+}  // namespace
+
+octet_position odd_contents(octet_position at, octet_position end, unsigned char identifier, octet_position& stop) {
+    input in{at, end};
+    if (at[0] != identifier || (identifier & 0x1F) == 0x1F || !step_into_definite(in)) return nullptr;
+    stop = in.end;
+    return in.at;
+}
+
+octet_position odd_integer(octet_position at, octet_position end, int32_t& value) {
+    input in{at, end};
+    const int status = read_integer(in, value);
+    return position_of(in, end, status);
+}
+
+octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size) {
+    input in{at, end};
+    const int status = read_fixed_octets(in, to, size);
+    return position_of(in, end, status);
+}
+
+template <class... Blocks>
+octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_utf8_string, stop);
-    if (at == nullptr) return nullptr;
-    const auto length = static_cast<size_t>(stop - at);
-    auto* block = static_cast<char*>(std::malloc(length + 1));
+    const octet_position contents = quick_contents(at, end, id_utf8_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) {
+        if constexpr (sizeof...(Blocks) != 0) return nullptr;
+        input in{at, end};
+        const int status = read_text(in, text);
+        return position_of(in, end, status, text);
+    }
+    const auto length = static_cast<size_t>(stop - contents);
+    auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
     text = block;
     if (__builtin_expect(block != nullptr, 1)) {
-        copy_octets(reinterpret_cast<unsigned char*>(block), at, length);
+        copy_octets(reinterpret_cast<unsigned char*>(block), contents, length);
         block[length] = 0;
+    } else if constexpr (sizeof...(Blocks) != 0) {
+        throw_memory_error(asnbase_file);
     }
     return stop;
 }
 
-octet_position quick_stored_text(octet_position at, octet_position end, char*& text) {
+template <class... Blocks>
+octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_octet_string, stop);
-    if (at == nullptr) return nullptr;
-    const auto stored = static_cast<size_t>(stop - at);
+    const octet_position contents = quick_contents(at, end, id_octet_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) {
+        if constexpr (sizeof...(Blocks) != 0) return nullptr;
+        input in{at, end};
+        const int status = read_stored_text(in, text);
+        return position_of(in, end, status, text);
+    }
+    const auto stored = static_cast<size_t>(stop - contents);
     const size_t length = stored < 2 ? 0 : stored;
-    auto* block = static_cast<char*>(std::malloc(length + 1));
+    auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
     if (__builtin_expect(block == nullptr, 0)) throw_stored_text_memory_error();
     text = block;
-    copy_octets(reinterpret_cast<unsigned char*>(block), at, length);
+    copy_octets(reinterpret_cast<unsigned char*>(block), contents, length);
     block[length] = 0;
     return stop;
 }
@@ -37,30 +90,52 @@ octet_position quick_stored_text(octet_position at, octet_position end, char*& t
 namespace {
 
 // `no_memory` throws.
-template <class NoMemory>
-ZR_INLINE octet_position read_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                                     const NoMemory& no_memory) {
+template <class NoMemory, class... Blocks>
+ZR_INLINE octet_position read_octets_quickly(octet_position at, octet_position end, unsigned char*& data,
+                                             uint32_t& length, const NoMemory& no_memory, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_octet_string, stop);
-    if (at == nullptr || at == stop) return at;
-    const auto count = static_cast<size_t>(stop - at);
-    auto* block = static_cast<unsigned char*>(std::malloc(count));
+    const octet_position contents = quick_contents(at, end, id_octet_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) {
+        if constexpr (sizeof...(Blocks) != 0) return nullptr;
+        input in{at, end};
+        const int status = read_octets(in, data, length);
+        if (status == zr_err_out_of_memory) no_memory();
+        return position_of(in, end, status, data);
+    }
+    if (contents == stop) return stop;
+    const auto count = static_cast<size_t>(stop - contents);
+    auto* block = static_cast<unsigned char*>(allocate<1>(count, blocks...));
     if (__builtin_expect(block == nullptr, 0)) no_memory();
     data = block;
     length = static_cast<uint32_t>(count);
-    copy_octets(block, at, count);
+    copy_octets(block, contents, count);
     return stop;
 }
 
 }  // namespace
 
+template <class... Blocks>
 octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                            const char* file) {
-    return read_octets(at, end, data, length, [file] { throw_memory_error(file); });
+                            const char* file, Blocks... blocks) {
+    return read_octets_quickly(
+        at, end, data, length, [file] { throw_memory_error(file); }, blocks...);
 }
 
-octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length) {
-    return read_octets(at, end, data, length, throw_body_memory_error);
+template <class... Blocks>
+octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
+                                     Blocks... blocks) {
+    return read_octets_quickly(at, end, data, length, throw_body_memory_error, blocks...);
 }
+
+template octet_position quick_text(octet_position, octet_position, char*&);
+template octet_position quick_stored_text(octet_position, octet_position, char*&);
+template octet_position quick_octets(octet_position, octet_position, unsigned char*&, uint32_t&, const char*);
+template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&);
+template octet_position quick_text(octet_position, octet_position, char*&, packed_blocks*);
+template octet_position quick_stored_text(octet_position, octet_position, char*&, packed_blocks*);
+template octet_position quick_octets(octet_position, octet_position, unsigned char*&, uint32_t&, const char*,
+                                     packed_blocks*);
+template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&,
+                                              packed_blocks*);
 
 }  // namespace zr

@@ -1,13 +1,16 @@
 // Reading single values in the form that the library writes: the identifier in one octet, the length definite and in at
-// most four octets, strings in one piece. The quick readers return where the value ends, or null for anything else,
-// refused octets among it; the general readers (asn1/codec/value_reader.h) tell then what it is.
+// most four octets, strings in one piece. A value of another form is handed to the general readers
+// (asn1/codec/value_reader.h), so that it costs no more than itself. Returned is where the value ends; null for octets
+// that are refused, and for indefinite lengths of anything but strings.
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "asn1/ber.h"
 #include "asn1/codec/copy.h"
+#include "asn1/record/packed_blocks.h"
 
 namespace zr {
 
@@ -20,6 +23,11 @@ inline uint32_t load_big_endian(octet_position at) {
     return __builtin_bswap32(octets);
 }
 
+// The same for other forms.
+octet_position odd_contents(octet_position at, octet_position end, unsigned char identifier, octet_position& stop);
+octet_position odd_integer(octet_position at, octet_position end, int32_t& value);
+octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
+
 // Steps over the header of a value with the identifier and returns where its contents begin; `stop` gets where they
 // end.
 ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, unsigned char identifier,
@@ -31,7 +39,7 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
     if (length >= 0x80) {
         // A long form that is needed has octets enough behind it.
         const size_t count = length - 0x80;
-        if (count - 1 >= 4 || left < 6) return nullptr;
+        if (__builtin_expect(count - 1 >= 4 || left < 6, 0)) return odd_contents(at - 2, end, identifier, stop);
         length = load_big_endian(at) >> (32 - 8 * count);
         at += count;
     }
@@ -44,32 +52,51 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
 // number: before the contents of a field there are always its own header and the record's, four octets at least.
 ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
     const auto left = static_cast<size_t>(end - at);
-    if (left < 3 || at[0] != id_integer) return nullptr;
+    if (left < 3 || at[0] != id_integer) return odd_integer(at, end, value);
     const size_t count = at[1];
-    if (count - 1 >= 4 || count > left - 2) return nullptr;
+    if (count - 1 >= 4 || count > left - 2) return odd_integer(at, end, value);
     at += 2 + count;
     const unsigned int unused = 32 - 8 * static_cast<unsigned int>(count);
     value = static_cast<int32_t>(load_big_endian(at - 4) << unused) >> unused;
     return at;
 }
 
-// The text gets a malloc block with a terminating zero; it is null when memory is out, and that is no failure.
-octet_position quick_text(octet_position at, octet_position end, char*& text);
+// Room from malloc, or in the blocks of a packed structure; null when memory is out.
+template <size_t Alignment>
+ZR_INLINE void* allocate(size_t octets) {
+    return std::malloc(octets);
+}
+template <size_t Alignment>
+ZR_INLINE void* allocate(size_t octets, packed_blocks* blocks) {
+    return blocks->allocate<Alignment>(octets);
+}
 
-// A text that is stored with its zero octet gets a block that ends in one zero octet more; contents of fewer than two
-// octets are the empty text. Throws zr_asn_memexception ("Out of memory get_strvalue()") when memory is out.
-octet_position quick_stored_text(octet_position at, octet_position end, char*& text);
+// `blocks` is nothing, or a pointer to packed_blocks; then an odd string gives null.
 
-// No block is made for an empty byte string. Throws zr_asn_memexception for `file` when memory is out.
+// The text gets a terminating zero. It is null when memory is out, and that is no failure; in a packed structure it is,
+// with zr_asn_memexception.
+template <class... Blocks>
+octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
+
+// A text that is stored with its zero octet ends in one zero octet more; contents of fewer than two octets are the
+// empty text. Throws zr_asn_memexception ("Out of memory get_strvalue()") when memory is out.
+template <class... Blocks>
+octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
+
+// An empty byte string takes no room. Throws zr_asn_memexception for `file` when memory is out.
+template <class... Blocks>
 octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                            const char* file);
+                            const char* file, Blocks... blocks);
 // The same of an optional one that is there; the message is "Out of memory get_obj_body()".
-octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length);
+template <class... Blocks>
+octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
+                                     Blocks... blocks);
 
 template <uint32_t Size>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
     static_assert(Size < 0x80);
-    if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size) return nullptr;
+    if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size)
+        return odd_fixed_octets(at, end, to, Size);
     copy_fixed<Size>(to, at + 2);
     return at + 2 + Size;
 }

@@ -172,6 +172,17 @@ int enter_sequence(input& in, scope& entered) {
     return 0;
 }
 
+bool step_into_definite(input& in) {
+    zr_r_buffer_t cursor = cursor_of(in);
+    ber_header header{};
+    bool definite = true;
+    unsigned int length = 0;
+    if (read_identifier(cursor, header) != 0 || read_length(cursor, definite, length) != 0) return false;
+    if (!definite || length > cursor.remaining()) return false;
+    in = {cursor.current(), cursor.current() + length};
+    return true;
+}
+
 bool at_end(const input& in, const scope& entered) {
     if (!entered.indefinite) return in.at == in.end;
     return in.left() >= 2 && in.at[0] == 0 && in.at[1] == 0;

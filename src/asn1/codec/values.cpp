@@ -18,8 +18,8 @@ bool step(input& in, octet_position behind) {
     return true;
 }
 
-void* duplicate(const void* octets, size_t count, const char* module) {
-    void* made = std::malloc(count);
+void* duplicate(const void* octets, size_t count, packed_blocks* blocks, const char* module) {
+    void* made = blocks != nullptr ? allocate<1>(count, blocks) : std::malloc(count);
     if (made == nullptr) throw_memory_error(module);
     return std::memcpy(made, octets, count);
 }
@@ -115,7 +115,7 @@ void drop_value(const field& field, void* where) {
 }
 
 void copy_value(const field& field, const void* from, const void* from_where, void* to, void* to_where,
-                const char* module) {
+                packed_blocks* blocks, const char* module) {
     switch (field.value) {
         case value_kind::integer:
             std::memcpy(to_where, from_where, field.integer.octets);
@@ -125,11 +125,11 @@ void copy_value(const field& field, const void* from, const void* from_where, vo
         case value_kind::text:
         case value_kind::stored_text:
             if (const char* text = place<const char*>(from_where, 0))
-                place<void*>(to_where, 0) = duplicate(text, std::strlen(text) + 1, module);
+                place<void*>(to_where, 0) = duplicate(text, std::strlen(text) + 1, blocks, module);
             break;
         case value_kind::octets:
             if (const uint32_t length = octets_length(field, from)) {
-                place<void*>(to_where, 0) = duplicate(place<const void*>(from_where, 0), length, module);
+                place<void*>(to_where, 0) = duplicate(place<const void*>(from_where, 0), length, blocks, module);
                 store_count(field, to, length);
             }
             break;

@@ -20,8 +20,8 @@ template <class S, size_t First, size_t... I>
 uint64_t measure_run(const S& in, size_t*& length, std::index_sequence<I...>);
 template <class Sink, class S, size_t First, size_t... I>
 void write_measured(Sink& sink, const S& in, const size_t*& length, std::index_sequence<I...>);
-template <class S>
-octet_position read_record(octet_position at, octet_position end, S& out);
+template <class S, class... Blocks>
+octet_position read_record(octet_position at, octet_position end, S& out, Blocks... blocks);
 template <members_after After, class S>
 void release(S& structure);
 template <class S>
@@ -69,8 +69,8 @@ struct value_codec<value_kind::integer> {
     ZR_INLINE static void write(Sink& sink, const S& in, const size_t*&) {
         sink.integer(static_cast<int32_t>(member_of<F>(in)));
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks...) {
         int32_t value = 0;
         at = quick_integer(at, end, value);
         member_of<F>(out) = static_cast<typename F::value_type>(value);
@@ -100,8 +100,8 @@ struct value_codec<value_kind::version> {
     ZR_INLINE static void write(Sink& sink, const S&, const size_t*&) {
         sink.integer(1);
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S&) {
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S&, Blocks...) {
         int32_t any = 0;
         return quick_integer(at, end, any);
     }
@@ -129,9 +129,9 @@ struct value_codec<value_kind::text> {
     ZR_INLINE static void write(Sink& sink, const S& in, const size_t*& length) {
         sink.string(id_utf8_string, member_of<F>(in), *--length);
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
-        return quick_text(at, end, member_of<F>(out));
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks... blocks) {
+        return quick_text(at, end, member_of<F>(out), blocks...);
     }
     template <members_after After, class T>
     ZR_INLINE static void release(T& block) {
@@ -151,9 +151,9 @@ struct value_codec<value_kind::stored_text> : value_codec<value_kind::text> {
         const char* text = member_of<F>(in);
         sink.string(id_octet_string, text != nullptr ? text : "", *--length);
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
-        return quick_stored_text(at, end, member_of<F>(out));
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks... blocks) {
+        return quick_stored_text(at, end, member_of<F>(out), blocks...);
     }
 };
 
@@ -181,12 +181,12 @@ struct value_codec<value_kind::octets> {
         }
         sink.string(id_octet_string, member_of<F>(in), octets);
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks... blocks) {
         if constexpr (F::held == holding::optional) {
-            return quick_optional_octets(at, end, member_of<F>(out), count_of<F>(out));
+            return quick_optional_octets(at, end, member_of<F>(out), count_of<F>(out), blocks...);
         } else {
-            return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module);
+            return quick_octets(at, end, member_of<F>(out), count_of<F>(out), record<S>::module, blocks...);
         }
     }
     template <members_after After, class T>
@@ -215,8 +215,8 @@ struct value_codec<value_kind::fixed_octets> {
     ZR_INLINE static void write(Sink& sink, const S& in, const size_t*&) {
         sink.string(id_octet_string, member_of<F>(in), F::size);
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks...) {
         return quick_fixed_octets<F::size>(at, end, member_of<F>(out));
     }
     template <members_after After, class T>
@@ -247,9 +247,9 @@ struct value_codec<value_kind::record> {
         write_measured<Sink, R, 0>(sink, member_of<F>(in), length, field_indices<R>());
         sink.header(id_sequence, sink.since(end));
     }
-    template <class F, class S>
-    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out) {
-        return read_record(at, end, member_of<F>(out));
+    template <class F, class S, class... Blocks>
+    ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks... blocks) {
+        return read_record(at, end, member_of<F>(out), blocks...);
     }
     template <members_after After, class S>
     ZR_INLINE static void release(S& structure) {
@@ -270,9 +270,10 @@ unsigned char tag_of_value(value_kind value);
 int read_value(input& in, const field& field, void* structure, void* where, unsigned char& tag, const char* module);
 // Gives away what read_value has made in a place of no structure.
 void drop_value(const field& field, void* where);
-// Copies the value in a place into another place, which is zero. Throws zr_asn_memexception for `module`.
+// Copies the value in a place into another place, which is zero. Blocks come from malloc, or if there are `blocks` from
+// those. Throws zr_asn_memexception for `module`.
 void copy_value(const field& field, const void* from, const void* from_where, void* to, void* to_where,
-                const char* module);
+                packed_blocks* blocks, const char* module);
 // Less than 0, 0 or greater than 0, as the value of the one structure comes before that of the other.
 int order_values(const field& field, const void* left, const void* left_where, const void* right,
                  const void* right_where);

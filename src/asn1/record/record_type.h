@@ -4,6 +4,7 @@
 #include "asn1/envelope.h"
 #include "asn1/record/decoding.h"
 #include "asn1/record/field.h"
+#include "asn1/record/packed_blocks.h"
 #include "asn1/zr_asn_buffer.h"
 
 namespace zr {
@@ -37,6 +38,10 @@ struct record_type {
     // Octets from outside (see zr::decode in zrasn/decode.h).
     [[nodiscard]] ZR_API int decode(const void* octets, size_t length, void* out, const decode_options& options,
                                     decode_report& report) const;
+    // The same into blocks of which nothing is released by itself (see zr::packed in zrasn/decode.h). What was there is
+    // gone; after a failure `out` is zero.
+    [[nodiscard]] ZR_API int decode_packed(const void* octets, size_t length, void* out, packed_blocks& blocks,
+                                           const decode_options& options, decode_report& report) const;
     [[nodiscard]] ZR_API int decode_lcs(const zr_asn_buffer_t& in, void* out) const;
     ZR_API void free(void* structure) const;
 
