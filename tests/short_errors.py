@@ -39,13 +39,13 @@ WRONG_LISTS = [
 ]
 
 # Before a call stand all records and the guards.
-CALLS = """#include "zrasn/guard.h"
+CALLS = """#include "zrasn/decode.h"
 #include "asn1/record/operations.h"
 #include "zrasn/records.h"
 struct plain_t { int32_t a; };
 struct derived_t : attrlist_s_t {};
 [[maybe_unused]] static int f(zr_asn_buffer_t& buffer, attrlist_s_t& list, const attrlist_s_t& constant, plain_t& plain,
-                              zr::encoding& octets, zr::decoded<attrlist_s_t>& guard) {
+                              zr::encoding& octets, zr::decoded<attrlist_s_t>& guard, zr::packed<attrlist_s_t>& packed) {
 """
 ENCODE, DECODE, FREE = "zrAsnEncodeObj takes", "zrAsnDecodeObj takes", "zrAsnFreeObj takes"
 WRONG_CALLS = [
@@ -61,6 +61,7 @@ WRONG_CALLS = [
     ("decoding no record, local code set", "zrAsnDecodeObjLCS(buffer, plain)", "zrAsnDecodeObjLCS takes", 15),
     ("encoding no record, local code set", "zrAsnEncodeObjLCS(buffer, plain)", "zrAsnEncodeObjLCS takes", 15),
     ("releasing what is const", "zrAsnFreeObj(constant)", FREE, 15),
+    ("releasing a part of a packed record", "zrAsnFreeObj(*packed)", FREE, 15),
     ("releasing no record", "zrAsnFreeObj(plain)", FREE, 15),
     ("releasing a pointer", "zrAsnFreeObj(&list)", FREE, 15),
     ("a guard of no record", "zr::decoded<plain_t>()", FREE, 20),

@@ -124,8 +124,11 @@ void copy_value(const field& field, const void* from, const void* from_where, vo
             break;
         case value_kind::text:
         case value_kind::stored_text:
-            if (const char* text = place<const char*>(from_where, 0))
+            if (const char* text = place<const char*>(from_where, 0)) {
                 place<void*>(to_where, 0) = duplicate(text, std::strlen(text) + 1, blocks, module);
+            } else if (blocks != nullptr) {
+                throw_memory_error(module);  // a text that was read is null only when it has found none
+            }
             break;
         case value_kind::octets:
             if (const uint32_t length = octets_length(field, from)) {

@@ -270,8 +270,8 @@ unsigned char tag_of_value(value_kind value);
 int read_value(input& in, const field& field, void* structure, void* where, unsigned char& tag, const char* module);
 // Gives away what read_value has made in a place of no structure.
 void drop_value(const field& field, void* where);
-// Copies the value in a place into another place, which is zero. Blocks come from malloc, or if there are `blocks` from
-// those. Throws zr_asn_memexception for `module`.
+// Copies the value in a place into another place, which is zero. Blocks come from malloc; or if there are `blocks` from
+// those, and then what is copied was read before. Throws zr_asn_memexception for `module`.
 void copy_value(const field& field, const void* from, const void* from_where, void* to, void* to_where,
                 packed_blocks* blocks, const char* module);
 // Less than 0, 0 or greater than 0, as the value of the one structure comes before that of the other.
