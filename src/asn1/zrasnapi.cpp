@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "asn1/asnbase/buffer.h"
 #include "asn1/codec/entry_points.h"
 #include "base_idls/asn_yvobjs.h"
 
@@ -95,6 +96,10 @@ int zrasn_obj_free(int version, unsigned int type, void* value) {
 int zrasn_version(const zr_asn_buffer_t& in, unsigned int& flag) { return zr_asnbase::get_encoded_version(in, flag); }
 
 void zr_asn_buffer_free(zr_asn_buffer_t& buffer) { std::free(buffer.data); }
+
+void zr_asn_buffer_wipe(zr_asn_buffer_t& buffer) {
+    if (buffer.data != nullptr) zr::wipe(buffer.data, buffer.length);
+}
 
 void zr_asn_buffer_copy(const zr_asn_buffer_t& src, zr_asn_buffer_t& dst, unsigned int& status) {
     dst = {0, nullptr};

@@ -41,6 +41,9 @@ ZR_API int zrasn_obj_free(int version, unsigned int type, void* value);
 // zr_asn_buffer_free releases the block of `buffer` when there is one. Neither field is reset: do not free it twice.
 ZR_API void zr_asn_buffer_free(zr_asn_buffer_t& buffer);
 
+// zr_asn_buffer_wipe overwrites the octets of `buffer`, for an encoding that holds a secret, before it is freed.
+ZR_API void zr_asn_buffer_wipe(zr_asn_buffer_t& buffer);
+
 // zr_asn_buffer_copy makes `dst` a malloc copy of `src`, which the caller releases with zr_asn_buffer_free. What `dst`
 // held before is overwritten, not freed. An empty or null source gives an empty copy. `status` gets 0, or 275062885
 // when memory is out; dst.data is null then while dst.length is the source's.

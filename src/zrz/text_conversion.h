@@ -12,7 +12,8 @@ enum class text_direction : unsigned char { local_to_utf8, utf8_to_local };
 // that the thread has when the object is made. The locale must not be changed while the object is in use.
 class ZR_API text_conversion {
 public:
-    explicit text_conversion(text_direction direction);
+    // Of secret texts nothing stays in a block that is given back.
+    explicit text_conversion(text_direction direction, bool secret = false);
     ~text_conversion();
     text_conversion(const text_conversion&) = delete;
     text_conversion& operator=(const text_conversion&) = delete;
@@ -29,10 +30,11 @@ public:
 private:
     const char* code_set_;  // null for UTF-8
     text_direction direction_;
+    bool secret_;
     class converter;
     converter* there_ = nullptr;
     converter* back_ = nullptr;
-    static converter* make_converter(const char* code_set, bool to_utf8);
+    converter* make_converter(bool to_utf8) const;
 
     friend class ::ZUTF8String_5_1;
     friend class ::ZLCString_5_1;

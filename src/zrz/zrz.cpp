@@ -53,15 +53,17 @@ bool has_tag_characters(const zr::const_text& text) {
 // One of the C library's converters, and the block that it converts into.
 class zr::text_conversion::converter {
 public:
-    converter(const char* local, bool to_utf8)
-        : to_utf8_(to_utf8), cd_(to_utf8 ? iconv_open(utf8_name, local) : iconv_open(local, utf8_name)) {
+    converter(const char* local, bool to_utf8, bool secret)
+        : to_utf8_(to_utf8),
+          secret_(secret),
+          cd_(to_utf8 ? iconv_open(utf8_name, local) : iconv_open(local, utf8_name)) {
         if (is_open()) return;
         if (errno == ENOMEM) throw_no_memory();
         throw_unconvertible(to_utf8_);
     }
     ~converter() {
         if (is_open()) iconv_close(cd_);
-        std::free(block_);
+        give_back();
     }
     converter(const converter&) = delete;
     converter& operator=(const converter&) = delete;
@@ -105,20 +107,29 @@ private:
     }
 
     void grow(size_t capacity) {
-        void* grown = capacity > capacity_ ? std::realloc(block_, capacity) : nullptr;
+        auto* grown = capacity > capacity_ ? static_cast<char*>(std::malloc(capacity)) : nullptr;
         if (grown == nullptr) throw_no_memory();
-        block_ = static_cast<char*>(grown);
+        if (used_ != 0) std::memcpy(grown, block_, used_);
+        give_back();
+        block_ = grown;
         capacity_ = capacity;
+    }
+    void give_back() {
+        if (secret_ && block_ != nullptr) explicit_bzero(block_, capacity_);
+        std::free(block_);
+        block_ = nullptr;
     }
 
     bool to_utf8_;
+    bool secret_;
     iconv_t cd_;
     char* block_ = nullptr;
     size_t capacity_ = 0;
     size_t used_ = 0;
 };
 
-zr::text_conversion::text_conversion(text_direction direction) : code_set_(local_code_set()), direction_(direction) {}
+zr::text_conversion::text_conversion(text_direction direction, bool secret)
+    : code_set_(local_code_set()), direction_(direction), secret_(secret) {}
 
 zr::text_conversion::~text_conversion() {
     delete there_;
@@ -129,11 +140,11 @@ zr::const_text zr::text_conversion::convert(const char* chars, size_t length) {
     const const_text text(chars, length);
     if (changes_nothing() || is_ascii(chars, length)) return text;
     const bool to_utf8 = direction_ == text_direction::local_to_utf8;
-    if (there_ == nullptr) there_ = make_converter(code_set_, to_utf8);
+    if (there_ == nullptr) there_ = make_converter(to_utf8);
     const const_text converted = there_->run(text);
     if (!to_utf8 && has_tag_characters(text)) {
         // The C library leaves these out of code sets that lack them and does not say so; the way back shows it.
-        if (back_ == nullptr) back_ = make_converter(code_set_, true);
+        if (back_ == nullptr) back_ = make_converter(true);
         const const_text again = back_->run(converted);
         if (again.getLength() != length || std::memcmp(again.getChars(), chars, length) != 0)
             throw_unconvertible(false);
@@ -143,8 +154,8 @@ zr::const_text zr::text_conversion::convert(const char* chars, size_t length) {
 
 char* zr::text_conversion::release() { return there_->release(); }
 
-zr::text_conversion::converter* zr::text_conversion::make_converter(const char* code_set, bool to_utf8) {
-    auto* made = new (std::nothrow) converter(code_set, to_utf8);
+zr::text_conversion::converter* zr::text_conversion::make_converter(bool to_utf8) const {
+    auto* made = new (std::nothrow) converter(code_set_, to_utf8, secret_);
     if (made == nullptr) throw_no_memory();
     return made;
 }

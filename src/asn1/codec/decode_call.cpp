@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "asn1/ascii.h"
+#include "asn1/asnbase/buffer.h"
 #include "asn1/codec/copy_packed.h"
 #include "asn1/codec/encoding.h"
 #include "asn1/codec/local_forms.h"
@@ -45,7 +45,7 @@ void locate(const record_type& type, input in, size_t offset, refusal& found) {
 // lengths of all around it.
 class comparing final : public encoding_target {
 public:
-    explicit comparing(input read) : read_(read) {}
+    comparing(input read, bool secret) : read_(read), secret_(secret) {}
 
     void take(const unsigned char* envelope, size_t length) override {
         const unsigned char* const contents = envelope + envelope_header_octets;
@@ -53,7 +53,10 @@ public:
         if (count == read_.left() && std::memcmp(read_.at, contents, count) == 0) return;
         other = first_other({contents, contents + count});
     }
-    void take(block, size_t, unsigned char* envelope, size_t length) override { take(envelope, length); }
+    void take(block owner, size_t room, unsigned char* envelope, size_t length) override {
+        take(envelope, length);
+        if (secret_) wipe(owner.get(), room);
+    }
 
     octet_position other = nullptr;  // the first value that differs in more than what it holds
 
@@ -81,6 +84,7 @@ private:
     }
 
     input read_;
+    bool secret_;
 };
 
 // The first text that is not UTF-8 in octets that the library could have written; null when there is none.
@@ -103,7 +107,7 @@ int judge_strictly(const record_type& type, const void* made, input in, octet_po
         found.expected = expectation::end_of_sequence;
         return zr_err_trailing_data;
     }
-    comparing octets(in);
+    comparing octets(in, type.codec->has_secrets);
     write_encoding(type, made, envelope_version, octets);
     octet_position other = octets.other;
     if (other == nullptr) {
@@ -137,7 +141,7 @@ int read(const record_type& type, input in, unfinished& made, const decode_optio
     }
     if (status == 0 && converts) {
         made.clear();
-        text_conversion conversion(text_direction::utf8_to_local);
+        text_conversion conversion(text_direction::utf8_to_local, type.codec->has_secrets);
         uint32_t text_at = 0;
         try {
             status = read_local_texts(type, in, made, conversion, reading, text_at);
@@ -157,6 +161,7 @@ int read(const record_type& type, input in, unfinished& made, const decode_optio
 int read_packed(const record_type& type, input in, void* out, packed_blocks& blocks, const decode_options& options,
                 decode_report& report) {
     // About as many octets as structures take for one that is read, and a half more.
+    if (type.codec->has_secrets) blocks.keep_secret();
     blocks.start(in.left() * 2 + 64);
     const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
     if (!converts && are_out_of_reach(options.limits, in.left())) {

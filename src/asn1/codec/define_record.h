@@ -47,6 +47,7 @@ constexpr record_codec codec_of = {
     typical_octets<S>(),
     varying_table<S>::fields.fields,
     static_cast<uint32_t>(count_varying<S>()),
+    has_secrets<S>(),
     is_leaf<S>(),
 };
 
@@ -70,7 +71,7 @@ constexpr record_type make_record_type() {
 // A flat structure is always small: it is written on the stack first.
 template <class S>
 int encode_structure(zr_asn_buffer_t& out, const S& in) {
-    if constexpr (is_flat<S>()) {
+    if constexpr (is_flat<S>() && !has_secrets<S>()) {
         unsigned char room[256];
         writer sink(room + sizeof room, room);
         if (write_record(sink, in) && write_envelope_header(sink))

@@ -28,7 +28,8 @@ protected:
     ~encoding_target() = default;
 };
 
-// write_encoding writes the envelope of a structure and hands it on, once. Throws zr_asn_memexception.
+// write_encoding writes the envelope of a structure and hands it on, once. Throws zr_asn_memexception. That of a record
+// with secrets is written nowhere but in a block of exactly its size.
 void write_encoding(const record_type& type, const void* in, int version, encoding_target& target);
 
 // The target that gives the envelope to the caller of an entry point, in a block that is hardly longer.

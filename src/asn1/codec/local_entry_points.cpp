@@ -5,10 +5,12 @@
 #include <cstring>
 #include <memory>
 
+#include "asn1/asnbase/buffer.h"
 #include "asn1/codec/encoding.h"
 #include "asn1/codec/local_forms.h"
 #include "asn1/codec/transcode.h"
 #include "asn1/codec/walk.h"
+#include "asn1/codec/wipe.h"
 #include "asn1/envelope.h"
 
 namespace zr {
@@ -29,7 +31,8 @@ public:
         if (!convert(envelope, length)) out_.take(envelope, length);
     }
     void take(block owner, size_t room, unsigned char* envelope, size_t length) override {
-        if (!convert(envelope, length)) out_.take(std::move(owner), room, envelope, length);
+        if (!convert(envelope, length)) return out_.take(std::move(owner), room, envelope, length);
+        if (codec_.has_secrets) wipe(owner.get(), room);
     }
 
 private:
@@ -38,7 +41,7 @@ private:
         const unsigned char* const contents = envelope + envelope_header_octets;
         const unsigned char* const end = envelope + length;
         if (texts_stay(codec_, contents, end)) return false;
-        transcoder texts(conversion_);
+        transcoder texts(conversion_, codec_.has_secrets);
         if (!texts.convert(contents, end)) return false;
         const uint64_t octets = texts.length() + envelope_header_octets;
         block made = allocate_encoding(octets);
@@ -92,7 +95,7 @@ struct text_converter {
         if (at.field.value != value_kind::text) return true;
         const uint32_t count = place_count(at.field, at.first);
         for (uint32_t i = 0; i < count; ++i)
-            if (!convert(place<char*>(place_at(at.field, at.first, i), 0))) return false;
+            if (!convert(at, place<char*>(place_at(at.field, at.first, i), 0))) return false;
         return true;
     }
     bool begin(const place_in_one& at, uint32_t& count) const {
@@ -106,7 +109,7 @@ struct text_converter {
     bool end(const place_in_one&) const { return true; }
 
 private:
-    bool convert(char*& text) const {
+    bool convert(const place_in_one& at, char*& text) const {
         if (text == nullptr) return true;  // it found no memory
         text_mark mark{};
         std::memcpy(&mark, text, sizeof mark);
@@ -119,6 +122,7 @@ private:
         } else {
             auto* made = length < SIZE_MAX ? static_cast<char*>(std::malloc(length + 1)) : nullptr;
             if (made != nullptr) std::memcpy(made, converted.getChars(), length);
+            if (at.field.secret) wipe_block(text);
             std::free(text);
             text = made;
         }
@@ -131,7 +135,7 @@ private:
 // them.
 octet_position read_quickly(unfinished& made, const record_codec& codec, text_conversion& conversion, input in) {
     if (texts_stay(codec, in.at, in.end)) return made.read_quickly(in.at, in.end);
-    transcoder texts(conversion);
+    transcoder texts(conversion, codec.has_secrets);
     try {
         if (!texts.convert(in.at, in.end)) return nullptr;
     } catch (const zr_asn_exception& exception) {
@@ -144,7 +148,9 @@ octet_position read_quickly(unfinished& made, const record_codec& codec, text_co
     unsigned char* const stop = octets.get() + envelope_header_octets + texts.length();
     writer sink(stop, octets.get());
     texts.write(sink);
-    return made.read_quickly(first, stop) != nullptr ? in.at + texts.converted() : nullptr;
+    const octet_position behind = made.read_quickly(first, stop);
+    if (codec.has_secrets) wipe(octets.get(), static_cast<size_t>(stop - octets.get()));
+    return behind != nullptr ? in.at + texts.converted() : nullptr;
 }
 
 }  // namespace
@@ -164,7 +170,7 @@ int read_local_texts(const record_type& type, input in, unfinished& made, text_c
 
 int record_type::encode_lcs(zr_asn_buffer_t& out, const void* in) const {
     if (codec->texts_are_ascii == nullptr) return encode(out, in);
-    text_conversion conversion(text_direction::local_to_utf8);
+    text_conversion conversion(text_direction::local_to_utf8, codec->has_secrets);
     if (conversion.changes_nothing()) return encode(out, in);
     return guarded([&] {
         try {
@@ -180,7 +186,7 @@ int record_type::encode_lcs(zr_asn_buffer_t& out, const void* in) const {
 
 int record_type::decode_lcs(const zr_asn_buffer_t& in, void* out) const {
     if (codec->texts_are_ascii == nullptr) return decode(in, out);
-    text_conversion conversion(text_direction::utf8_to_local);
+    text_conversion conversion(text_direction::utf8_to_local, codec->has_secrets);
     if (conversion.changes_nothing()) return decode(in, out);
     const unsigned char* contents = nullptr;
     if (int status = open_envelope(in, envelope_version, contents)) return status;

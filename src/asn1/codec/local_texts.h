@@ -15,7 +15,8 @@ enum class text_direction : unsigned char { local_to_utf8, utf8_to_local };
 
 class text_conversion {
 public:
-    explicit text_conversion(text_direction direction) : direction_(direction) {}
+    // What the classes do with the blocks of secret texts is theirs.
+    explicit text_conversion(text_direction direction, bool = false) : direction_(direction) {}
 
     struct const_text {
         const char* getChars() const { return chars; }

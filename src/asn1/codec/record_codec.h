@@ -34,7 +34,8 @@ struct record_codec {
     uint32_t typical_octets;  // about as many take the fields that do not vary
     const varying_field* varying;
     uint32_t varying_count;
-    bool is_leaf;  // without lists, slots and optional records
+    bool has_secrets;  // in what it embeds too: no octet of them stays in a block or on the stack
+    bool is_leaf;      // without lists, slots and optional records
 };
 
 }  // namespace zr

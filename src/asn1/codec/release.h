@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "asn1/codec/values.h"
+#include "asn1/codec/wipe.h"
 
 namespace zr {
 
@@ -20,6 +21,7 @@ ZR_INLINE void release_value(place_of<F>& where) {
         std::free(value);
         if constexpr (After == members_after::cleared) where = nullptr;
     } else {
+        if constexpr (F::secret) wipe_block(where);
         codec_of_value<F>::template release<After>(where);
     }
 }

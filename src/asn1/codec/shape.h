@@ -19,6 +19,7 @@ struct field_at : std::tuple_element_t<I, std::remove_const_t<decltype(record<S>
     static constexpr size_t index = I;
     static constexpr size_t offset = std::get<I>(record<S>::fields).offset;
     static constexpr size_t count_offset = std::get<I>(record<S>::fields).count_offset;
+    static constexpr bool secret = std::get<I>(record<S>::fields).secret;
     // Whether it is a list of S itself.
     static constexpr bool is_own_list = is_list(field_at::held) && std::is_same_v<typename field_at::value_type, S>;
 };
@@ -85,6 +86,23 @@ constexpr bool contains_itself() {
 }
 template <class S>
 using own_list = field_at<S, field_count_of<S> - 1>;
+
+// Whether a record has a secret member, or what it embeds has one.
+template <class S>
+constexpr bool has_secrets();
+template <class F>
+constexpr bool has_secrets_in_field() {
+    if constexpr (F::value == value_kind::record && !F::is_own_list) return has_secrets<typename F::value_type>();
+    return F::secret;
+}
+template <class S, size_t... I>
+constexpr bool has_secrets_in_fields(std::index_sequence<I...>) {
+    return (has_secrets_in_field<field_at<S, I>>() || ...);
+}
+template <class S>
+constexpr bool has_secrets() {
+    return has_secrets_in_fields<S>(field_indices<S>());
+}
 
 // A leaf has neither lists nor slots nor optional records, in what it embeds neither: its code is short and stands
 // where it is used. Optional octets are written like others, or not at all.

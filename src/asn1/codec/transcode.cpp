@@ -4,18 +4,21 @@
 #include <cstdlib>
 
 #include "asn1/ascii.h"
+#include "asn1/asnbase/buffer.h"
 #include "asn1/codec/work_list.h"
 
 namespace zr {
 
 octet_stack::~octet_stack() {
     while (last_ != &first_)
-        drop_empty_chunk();
+        drop_last_chunk();
+    if (secret_) wipe(&first_, sizeof first_);
 }
 
-void octet_stack::drop_empty_chunk() {
+void octet_stack::drop_last_chunk() {
     chunk* const dropped = last_;
     last_ = dropped->before;
+    if (secret_) wipe(dropped, sizeof *dropped);
     std::free(dropped);
 }
 
@@ -52,7 +55,7 @@ uint64_t octet_stack::pop_number() {
     uint64_t number = 0;
     for (unsigned int shift = 0;; shift += 7) {
         while (last_->used == 0)
-            drop_empty_chunk();
+            drop_last_chunk();
         const unsigned char octet = last_->octets[--last_->used];
         number |= uint64_t{octet & 0x7Fu} << shift;
         if ((octet & 0x80) == 0) return number;
@@ -62,7 +65,7 @@ uint64_t octet_stack::pop_number() {
 void octet_stack::pop_to(writer& sink, size_t count) {
     while (count != 0) {
         while (last_->used == 0)
-            drop_empty_chunk();
+            drop_last_chunk();
         const size_t part = std::min<size_t>(count, last_->used);
         last_->used -= static_cast<uint32_t>(part);
         sink.octets(last_->octets + last_->used, part);

@@ -14,7 +14,8 @@ namespace zr {
 // first chunk needs no memory of its own.
 class octet_stack {
 public:
-    octet_stack() = default;
+    // One that holds secrets overwrites what it gives back.
+    explicit octet_stack(bool secret) : secret_(secret) {}
     octet_stack(const octet_stack&) = delete;
     octet_stack& operator=(const octet_stack&) = delete;
     ~octet_stack();
@@ -34,8 +35,9 @@ private:
         unsigned char octets[1000];
     };
 
-    void drop_empty_chunk();
+    void drop_last_chunk();
 
+    const bool secret_;
     chunk first_{};
     chunk* last_ = &first_;
 };
@@ -45,7 +47,7 @@ private:
 // converts the texts and keeps those that change; the second writes from the back to the front.
 class transcoder {
 public:
-    explicit transcoder(text_conversion& conversion) : conversion_(conversion) {}
+    transcoder(text_conversion& conversion, bool secret) : conversion_(conversion), changes_(secret) {}
 
     // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE, INTEGER, OCTET
     // STRING, NULL and UTF8String with definite lengths that fit into each other; then there is nothing to write.

@@ -295,10 +295,14 @@ constexpr auto checked(member<S, T> value) {
     return refused(value);
 }
 
-// secret marks a field whose value is a password or the like: zr::secret(zr::text(ZR_M(password))).
+// secret marks a field whose value is a password or the like: zr::secret(zr::text(ZR_M(password))). Its blocks are
+// overwritten before they are released.
 template <class Field>
 constexpr auto secret(Field field) {
     auto marked = checked(field);
+    static_assert(decltype(marked)::value == value_kind::text || decltype(marked)::value == value_kind::stored_text ||
+                      decltype(marked)::value == value_kind::octets,
+                  "zr::secret takes texts or octets");
     marked.secret = true;
     return marked;
 }

@@ -13,6 +13,7 @@ packed_blocks& packed_blocks::operator=(packed_blocks&& other) noexcept {
     last_ = other.last_;
     next_ = other.next_;
     end_ = other.end_;
+    secret_ = other.secret_;
     other.last_ = nullptr;
     other.next_ = other.end_ = nullptr;
     return *this;
@@ -42,26 +43,26 @@ void packed_blocks::start(size_t likely) {
         if (likely != 0) static_cast<void>(add_block(likely));
         return;
     }
-    while (block* before = last_->before) {
-        last_->before = before->before;
-        std::free(before);
-    }
+    give_back(last_->before);
+    last_->before = nullptr;
+    if (secret_) wipe(last_ + 1, last_->octets - sizeof(block));
     use(last_);
 }
 
-void packed_blocks::wipe() {
-    for (block* each = last_; each != nullptr; each = each->before)
-        zr::wipe(each + 1, each->octets - sizeof(block));
-    clear();
+void packed_blocks::release() {
+    give_back(last_);
+    last_ = nullptr;
+    next_ = end_ = nullptr;
 }
 
-void packed_blocks::release() {
-    while (last_ != nullptr) {
-        block* const before = last_->before;
-        std::free(last_);
-        last_ = before;
+// Frees a block and those before it.
+void packed_blocks::give_back(block* last) {
+    while (last != nullptr) {
+        block* const before = last->before;
+        if (secret_) wipe(last, last->octets);
+        std::free(last);
+        last = before;
     }
-    next_ = end_ = nullptr;
 }
 
 }  // namespace zr

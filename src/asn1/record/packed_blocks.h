@@ -36,9 +36,9 @@ public:
     void start(size_t likely);
     // Takes all room back and keeps the longest block.
     void clear() { start(0); }
-    // Overwrites what was given out, and takes it back as clear does.
-    void wipe();
     void release();
+    // From now on all room is overwritten before it is taken back.
+    void keep_secret() { secret_ = true; }
 
 private:
     struct block {
@@ -46,11 +46,13 @@ private:
         size_t octets;  // with this header
     };
     bool add_block(size_t octets);
+    void give_back(block* last);
     void use(block* chosen);
 
     block* last_ = nullptr;  // the longest: each is longer than the one before it
     unsigned char* next_ = nullptr;
     unsigned char* end_ = nullptr;
+    bool secret_ = false;
 };
 
 }  // namespace zr
