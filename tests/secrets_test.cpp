@@ -1,0 +1,92 @@
+// Members marked secret: no octet of them is found in a block that is released or moved, nor on the stack that a call
+// has used.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "base_idls/azn_remote_authn_asn.h"
+#include "support/allocations.h"
+#include "support/caught_stderr.h"
+#include "support/hex.h"
+#include "support/routes.h"
+#include "support/thread_locale.h"
+#include "zrasn/decode.h"
+
+namespace zr_test {
+namespace {
+
+const zr::record_type& password = zr::record<azn_util_password_in_s_t>::type;
+const std::string secret = "sesame open the door";
+
+// Runs the body on a stack of its own and answers whether the secret is there afterwards.
+bool leaves_on_stack(const std::function<void()>& body) {
+    std::vector<char> stack(256 * 1024);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    EXPECT_EQ(pthread_attr_setstack(&attributes, stack.data(), stack.size()), 0);
+    pthread_t thread{};
+    const auto run = [](void* context) -> void* {
+        (*static_cast<const std::function<void()>*>(context))();
+        return nullptr;
+    };
+    EXPECT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&body)), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    return std::string_view(stack.data(), stack.size()).find(secret) != std::string_view::npos;
+}
+
+TEST(secrets, leave_no_trace) {
+    // é in UTF-8 and in ISO 8859-1, so that the texts are converted; one so long that it grows where it is converted.
+    for (const std::string& tail : {std::string(), std::string("\xC3\xA9"), std::string(5000, '-') + "\xC3\xA9",
+                                    std::string("\0 and more", 10)}) {
+        const auto text = [&](unsigned char identifier) {
+            octets contents(secret.begin(), secret.end());
+            contents.insert(contents.end(), tail.begin(), tail.end());
+            if (identifier == 0x2C) contents = element(0x04, contents) + element(0x04, {});
+            return element(identifier, contents);
+        };
+        for (const unsigned char identifier : octets{0x0C, 0x2C}) {
+            envelope whole(element(0x30, text(identifier) + text(identifier)));
+            envelope cut(element(0x30, text(identifier) + octets{0x0C, 0x05}));
+            SCOPED_TRACE(std::to_string(tail.size()) + " octets behind it, " + std::to_string(identifier));
+            const auto body = [&] {
+                const thread_locale in_use("latin1");
+                caught_stderr printed;
+                const secret_search search({secret});
+                azn_util_password_in_s_t out{};
+                for (envelope* in : {&whole, &cut}) {
+                    const int expected = in == &whole ? 0 : static_cast<int>(zr_err_data_ends_early);
+                    const zr_asn_buffer_t buffer = in->buffer();
+                    for (const bool local : {false, true}) {
+                        EXPECT_EQ(local ? password.decode_lcs(buffer, &out) : password.decode(buffer, &out), expected);
+                        zr_asn_buffer_t written{};
+                        EXPECT_EQ(local ? password.encode_lcs(written, &out) : password.encode(written, &out), 0);
+                        zr_asn_buffer_wipe(written);
+                        zr_asn_buffer_free(written);
+                        password.free(&out);
+                        for (const bool strict : {false, true}) {
+                            zr::decode_options options;
+                            options.local_texts = local;
+                            options.strict = strict;
+                            zr::decode_report report;
+                            static_cast<void>(password.decode(buffer.data, buffer.length, &out, options, report));
+                            password.free(&out);
+                            zr::packed<azn_util_password_in_s_t> packed;
+                            static_cast<void>(packed.decode(buffer.data, buffer.length, options, report));
+                            static_cast<void>(packed.decode(buffer.data, buffer.length, options, report));
+                        }
+                    }
+                }
+                EXPECT_EQ(search.found(), 0u);
+            };
+            EXPECT_FALSE(leaves_on_stack(body));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zr_test
