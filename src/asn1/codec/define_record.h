@@ -126,8 +126,7 @@ constexpr record_module make_module(const char* name) {
     extern const zr::record_module zr_module_##module_name; \
     const zr::record_module zr_module_##module_name = zr::make_module<__VA_ARGS__>(#module_name)
 
-#define ZR_DEFINE_TYPE(structure) \
-    const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();
+#define ZR_DEFINE_TYPE(structure) const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();
 
 #define ZR_DEFINE_RECORD(structure)                                                                   \
     ZR_DEFINE_TYPE(structure)                                                                         \

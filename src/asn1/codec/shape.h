@@ -36,8 +36,7 @@ const T& object_at(const S& structure, size_t offset) {
 
 // What lies in one place: the value itself, or a pointer to it.
 template <class F>
-using place_of =
-    std::conditional_t<is_by_pointer(F::value, F::held), typename F::value_type*, typename F::value_type>;
+using place_of = std::conditional_t<is_by_pointer(F::value, F::held), typename F::value_type*, typename F::value_type>;
 
 // The member, if it holds one value or an optional one; else the first of the slots.
 template <class F, class S>

@@ -42,7 +42,8 @@ int read_integer(input& in, int32_t& value);
 int read_fitting_integer(input& in, int32_t& value);
 // The text gets a malloc block with a terminating zero. It is null when memory is out, and that is no failure.
 int read_text(input& in, char*& text);
-// A text that is stored with its zero octet (quick_stored_text in asn1/codec/quick_reader.h). Throws when memory is out.
+// A text that is stored with its zero octet (quick_stored_text in asn1/codec/quick_reader.h). Throws when memory is
+// out.
 int read_stored_text(input& in, char*& text);
 // The octets get a malloc block, an empty string none. 275062885 when memory is out.
 int read_octets(input& in, unsigned char*& data, uint32_t& length);

@@ -43,17 +43,17 @@
 
 // ZR_RECORD_OF_CLASS describes a structure in the same way that has a hand-written binding class, of which each object
 // registers the objects of all fields in their order, and no entry points.
-#define ZR_RECORD_OF_CLASS(module_name, structure, binding_class, ...)  \
-    template <>                                                         \
-    struct zr::record<structure> {                                      \
-        using self = structure;                                         \
-        static constexpr const char* name = #structure;                 \
-        static constexpr const char* binding_name = #binding_class;     \
-        static constexpr const char* module = #module_name;             \
-        static constexpr auto fields = zr::sequence(__VA_ARGS__);       \
-        static constexpr bool has_entry_points = false;                 \
-        using binding_type = binding_class;                             \
-        ZR_API static const record_type type;                           \
+#define ZR_RECORD_OF_CLASS(module_name, structure, binding_class, ...) \
+    template <>                                                        \
+    struct zr::record<structure> {                                     \
+        using self = structure;                                        \
+        static constexpr const char* name = #structure;                \
+        static constexpr const char* binding_name = #binding_class;    \
+        static constexpr const char* module = #module_name;            \
+        static constexpr auto fields = zr::sequence(__VA_ARGS__);      \
+        static constexpr bool has_entry_points = false;                \
+        using binding_type = binding_class;                            \
+        ZR_API static const record_type type;                          \
     }
 
 namespace zr {

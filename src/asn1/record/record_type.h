@@ -29,8 +29,8 @@ struct record_type {
         return last.record == this && is_list(last.held);
     }
 
-    // The record's entry points (see ZR_RECORD in asn1/record/record.h); the plain ones write and accept any version, of
-    // which the low eight bits count.
+    // The record's entry points (see ZR_RECORD in asn1/record/record.h); the plain ones write and accept any version,
+    // of which the low eight bits count.
     [[nodiscard]] ZR_API int encode(zr_asn_buffer_t& out, const void* in, int version = envelope_version) const;
     [[nodiscard]] ZR_API int encode_lcs(zr_asn_buffer_t& out, const void* in) const;
     [[nodiscard]] ZR_API int decode(const zr_asn_buffer_t& in, void* out, int version = envelope_version) const;

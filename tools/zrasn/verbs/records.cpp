@@ -19,7 +19,7 @@ std::string value_in_words(const field& field) {
         case value_kind::integer:
             return c_integer(field.integer);
         case value_kind::version:
-            return "version: INTEGER 1, no member";
+            return "INTEGER 1, no member";
         case value_kind::text:
             return "text";
         case value_kind::stored_text:
