@@ -121,7 +121,8 @@ private:
             return nullptr;
         }
         std::string made(length(), 0);
-        if (made.empty() && field.held == holding::optional) return nullptr;  // of length 0 it would not be the record's
+        if (made.empty() && field.held == holding::optional)
+            return nullptr;  // of length 0 it would not be the record's
         for (char& c : made)
             c = static_cast<char>(octet());
         zr::store_count(field, contents, static_cast<uint32_t>(made.size()));

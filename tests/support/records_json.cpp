@@ -45,6 +45,7 @@ void fill_value(const field& field, void* contents, void* where, const json& val
             break;
         case value_kind::octets: {
             const std::vector<unsigned char> octets = bytes(value.get<std::string>());
+            if (octets.empty() && field.held == holding::optional) break;
             place<char*>(where, 0) = copy_text({octets.begin(), octets.end()});
             zr::store_count(field, contents, static_cast<uint32_t>(octets.size()));
             break;

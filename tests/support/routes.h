@@ -22,32 +22,32 @@ struct route {
 
 // A hand-written binding class. What it answers with the status alone is reported like all exhausted memory.
 template <class Binding, class S>
-constexpr route class_route = {
-    "binding class",
-    [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
-        return zr::guarded([&] {
-            Binding object(zr_normal);
-            const int status = object.set_value(*static_cast<S*>(in));
-            if (status != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
-            return zr_asnbase::saveEncoding(object, 2, out);
-        });
-    },
-    [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
-        S made{};
-        const int status = zr::guarded([&] {
-            Binding object(zr_normal);
-            if (int loaded = zr_asnbase::loadObject(object, 2, in)) return loaded;
-            if (object.get_value(made) != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
-            return 0;
-        });
-        if (status == 0) {
-            std::memcpy(out, &made, sizeof made);
-        } else {
-            Binding::free_obj(made);
-            if (zr::clears_structure(status)) std::memset(out, 0, sizeof made);
-        }
-        return status;
-    }};
+constexpr route class_route = {"binding class",
+                               [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                   return zr::guarded([&] {
+                                       Binding object(zr_normal);
+                                       const int status = object.set_value(*static_cast<S*>(in));
+                                       if (status != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
+                                       return zr_asnbase::saveEncoding(object, 2, out);
+                                   });
+                               },
+                               [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                   S made{};
+                                   const int status = zr::guarded([&] {
+                                       Binding object(zr_normal);
+                                       if (int loaded = zr_asnbase::loadObject(object, 2, in)) return loaded;
+                                       if (object.get_value(made) != 0)
+                                           zr::throw_out_of_memory("ASN: Memory error", type.module);
+                                       return 0;
+                                   });
+                                   if (status == 0) {
+                                       std::memcpy(out, &made, sizeof made);
+                                   } else {
+                                       Binding::free_obj(made);
+                                       if (zr::clears_structure(status)) std::memset(out, 0, sizeof made);
+                                   }
+                                   return status;
+                               }};
 
 // The class of a record that has one; null for all others.
 inline const route* class_of(const zr::record_type& type) {

@@ -105,6 +105,13 @@ check 3 '' 'no/where: No such file' encode uuid_t -o no/where
 check 0 "$hex" '' encode uuid_t --hex
 check 0 'BAKs3DAfAgRrp7gQAgMAna0CAhHRAgIAgAICALQEBgDAT9QwyA==' '' encode uuid_t --base64
 check 0 '0407acdc30' '' encode uuid_t --hex --version-byte 7
+cp out seven
+cp in json
+cp seven in
+check 0 "$id" '' decode uuid_t --version-byte 7
+check 0 'as the library writes it' '' check --version-byte 7
+check 1 '' 'found version 7, expected version 3' decode uuid_t --version-byte 3
+cp json in
 check 0 '' '' encode uuid_t -o raw
 check 0 '' '' encode asn_uuid_t --output raw2
 cmp -s raw raw2 || fail 'the name of the binding gives other octets'

@@ -58,6 +58,21 @@ TEST(deviations, are_found_where_they_are) {
          {"7 time_mid: the octets 010001, read as 1 and written as 01",
           "19 node: 4 octets where 6 are written; the rest is zero"}},
         {"yvaction_groups_s_t", "30 08 30 02 05 00 30 02 30 00", {"4 groups[0]: empty slots behind the last used one"}},
+        {"cert_request_in", "30 0a 02 01 01 04 02 61 00 04 01 00", {}},
+        {"cert_request_in",
+         "30 0b 02 02 00 07 04 02 61 00 04 01 00",
+         {"4 version: the octets 0007 as version, which is written as 01"}},
+        {"cert_request_in",
+         "30 0d 02 01 01 04 03 61 00 00 04 01 41 04 00",
+         {"8 str_a: a zero octet in a text, which is read up to there",
+          "12 str_b: a text of one octet, which is read as empty", "13 body: an empty value, which is read as absent"}},
+        {"cert_request_in",
+         "30 0a 02 01 01 04 03 61 c3 28 04 00",
+         {"7 str_a: a text without the zero octet that is written behind it", "8 str_a: a text that is not UTF-8",
+          "12 str_b: a text without the zero octet that is written behind it"}},
+        {"cert_request_in",
+         "30 11 02 01 01 24 09 04 02 61 00 04 03 62 00 00 04 01 00",
+         {"5 str_a: a string in segments", "10 str_a: a zero octet in a text, which is read up to there"}},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(deviations(*zr::find_record(row.record), bytes(row.ber)), row.found) << row.record << " " << row.ber;

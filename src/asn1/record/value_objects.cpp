@@ -28,7 +28,8 @@ void set_object(zr_asn_object& object, const field& field, const void* structure
             as<zrasnUTF8String>(object).set_value(const_cast<char*>(text_in(value)));
             break;
         case value_kind::stored_text:
-            static_cast<void>(zr_set_strvalue(as<zr_asn_octetstring>(object), place<char*>(const_cast<void*>(value), 0)));
+            static_cast<void>(
+                zr_set_strvalue(as<zr_asn_octetstring>(object), place<char*>(const_cast<void*>(value), 0)));
             break;
         case value_kind::octets:
             as<zr_asn_octetstring>(object).set_value(place<unsigned char*>(value, 0), octets_length(field, structure));

@@ -70,21 +70,24 @@ std::string with_article(const std::string& name) {
     return (vowel ? "an " : "a ") + name;
 }
 
-universal_tag tag_of(value_kind value) {
+kind_words words_of(value_kind value) {
     switch (value) {
         case value_kind::integer:
+            return {tag_integer, "integer", "", ""};
         case value_kind::version:
-            return tag_integer;
+            return {tag_integer, "version", "INTEGER 1, no member", "Version"};
         case value_kind::text:
-            return tag_utf8_string;
+            return {tag_utf8_string, "text", "text", "Text"};
         case value_kind::stored_text:
+            return {tag_octet_string, "stored_text", "text, stored with its zero octet", "Octets"};
         case value_kind::octets:
+            return {tag_octet_string, "octets", "octets", "Octets"};
         case value_kind::fixed_octets:
-            return tag_octet_string;
+            return {tag_octet_string, "fixed_octets", "", "Octets"};
         case value_kind::record:
             break;
     }
-    return tag_sequence;
+    return {tag_sequence, "record", "", ""};
 }
 
 const char* type_of(const field& member) {

@@ -51,8 +51,19 @@ const tag_class& class_of(unsigned number);
 // "an INTEGER", "a SEQUENCE".
 std::string with_article(const std::string& name);
 
+// What a kind of value is called: its type in an encoding, as one word of "zrasn records --json", in words of "zrasn
+// records", and in the name of a list in a schema. Empty where the field itself says more: integers, fixed octets and
+// records.
+struct kind_words {
+    universal_tag tag;
+    const char* word;
+    const char* in_words;
+    const char* in_schema;
+};
+kind_words words_of(value_kind value);
+
 // The type that a value of the kind has in an encoding.
-universal_tag tag_of(value_kind value);
+inline universal_tag tag_of(value_kind value) { return words_of(value).tag; }
 // The type of a member, as it is written in ASN.1: "INTEGER", "SEQUENCE OF".
 const char* type_of(const field& member);
 

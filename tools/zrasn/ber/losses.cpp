@@ -28,8 +28,8 @@ bool is_cut(const unsigned char* text, size_t length) {
     return zero == nullptr ? length == 1 : zero != text + length - 1;
 }
 
-// Whether a text of an encoding that was accepted may be cut by a zero octet: true also where only a walk that knows all
-// forms can tell. `stored`: OCTET STRINGs may be texts.
+// Whether a text of an encoding that was accepted may be cut by a zero octet: true also where only a walk that knows
+// all forms can tell. `stored`: OCTET STRINGs may be texts.
 bool may_cut_text(const unsigned char* at, const unsigned char* end, bool stored) {
     while (end - at >= 2) {
         const unsigned char identifier = at[0];

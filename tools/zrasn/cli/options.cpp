@@ -45,8 +45,7 @@ const std::vector<option_row>& options() {
          nullptr},
         {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode, &settings::base64, nullptr},
         {"--version-byte", nullptr, "N", nullptr,
-         "version in the envelope header, 0 to 255, that is written or expected; without it 2, as all but the type-code "
-         "interface have it",
+         "version in the envelope header, 0 to 255, to write or expect; all encodings but those by type codes have 2",
          on_encode | on_decode | on_check, nullptr, &settings::version_byte},
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
          on_encode | on_decode, &settings::lines, nullptr},

@@ -110,7 +110,9 @@ bool may_be_json(std::string_view text) {
 class input_builder {
 public:
     input_builder(const std::string& file, std::string label, wanted_input wanted, unsigned version)
-        : wanted_(wanted), version_(version), file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+        : wanted_(wanted),
+          version_(version),
+          file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
         made_.label_ = std::move(label);
         if (file_.get() < 0) fail();
     }

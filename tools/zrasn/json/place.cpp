@@ -54,8 +54,8 @@ std::string describe(const json_place& place) {
             return "a text: a string, or {\"hex\": \"...\"}";
         case takes::octets: {
             const bool fixed = place.member->value == value_kind::fixed_octets;
-            return (fixed ? std::to_string(place.member->size) + " " : "") + "octets as a string of hexadecimal digits" +
-                   null;
+            return (fixed ? std::to_string(place.member->size) + " " : "") +
+                   "octets as a string of hexadecimal digits" + null;
         }
         case takes::uuid:
             return "a UUID such as \"6ba7b810-9dad-11d1-80b4-00c04fd430c8\"" + null;

@@ -3,6 +3,7 @@
 
 #include "base/members.h"
 #include "base/output.h"
+#include "ber/asn1_types.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
@@ -15,23 +16,10 @@ std::string c_integer(integer_type type) {
 
 // One value in words, such as "sec_id_t".
 std::string value_in_words(const field& field) {
-    switch (field.value) {
-        case value_kind::integer:
-            return c_integer(field.integer);
-        case value_kind::version:
-            return "version: INTEGER 1, no member";
-        case value_kind::text:
-            return "text";
-        case value_kind::stored_text:
-            return "text, stored with its zero octet";
-        case value_kind::octets:
-            return "octets";
-        case value_kind::fixed_octets:
-            return std::to_string(field.size) + " octets";
-        case value_kind::record:
-            break;
-    }
-    return field.record->name;
+    if (field.record != nullptr) return field.record->name;
+    if (field.value == value_kind::integer) return c_integer(field.integer);
+    if (field.value == value_kind::fixed_octets) return std::to_string(field.size) + " octets";
+    return words_of(field.value).in_words;
 }
 
 // The kind in words that stand behind the name, such as "list of sec_id_t".
@@ -54,9 +42,7 @@ std::string kind_in_words(const field& field) {
 
 // The kind as one word, such as "list_of_records".
 std::string kind_word(const field& field) {
-    static constexpr const char* values[] = {"integer", "version",      "text",  "stored_text",
-                                             "octets",  "fixed_octets", "record"};
-    std::string value = values[static_cast<size_t>(field.value)];
+    const std::string value = words_of(field.value).word;
     switch (field.held) {
         case holding::one:
             break;

@@ -46,25 +46,17 @@ std::string reference(const char* name) {
 
 // The ASN.1 type of one value.
 std::string value_notation(const field& field) {
+    if (field.record != nullptr) return reference(field.record->name);
     std::string name = universal_type(tag_of(field.value)).name;
-    switch (field.value) {
-        case value_kind::integer: {
-            // A uint32_t goes out as the signed number of the same bits.
-            const integer_range range =
-                range_of({field.integer.octets, field.integer.is_signed || field.integer.octets == 4});
-            return name + " (" + std::to_string(range.least) + ".." + std::to_string(range.most) + ")";
-        }
-        case value_kind::fixed_octets:
-            return name + " (SIZE (" + std::to_string(field.size) + "))";
-        case value_kind::version:
-        case value_kind::text:
-        case value_kind::stored_text:
-        case value_kind::octets:
-            return name;
-        case value_kind::record:
-            break;
+    if (field.value == value_kind::integer) {
+        // A uint32_t goes out as the signed number of the same bits.
+        const integer_range range =
+            range_of({field.integer.octets, field.integer.is_signed || field.integer.octets == 4});
+        name += " (" + std::to_string(range.least) + ".." + std::to_string(range.most) + ")";
+    } else if (field.value == value_kind::fixed_octets) {
+        name += " (SIZE (" + std::to_string(field.size) + "))";
     }
-    return reference(field.record->name);
+    return name;
 }
 
 // One that goes out as a negative number when it is large.
@@ -75,26 +67,10 @@ bool is_unsigned_long(const field& field) {
 // Lists and slots have types of their own: asn1c gives those without a name the member's, and many members have the
 // same.
 std::string list_reference(const field& field) {
-    std::string value;
-    switch (field.value) {
-        case value_kind::integer:
-            value = (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets);
-            break;
-        case value_kind::version:
-            value = "Version";
-            break;
-        case value_kind::text:
-            value = "Text";
-            break;
-        case value_kind::stored_text:
-        case value_kind::octets:
-        case value_kind::fixed_octets:
-            value = "Octets";
-            break;
-        case value_kind::record:
-            value = reference(field.record->name);
-            break;
-    }
+    std::string value = words_of(field.value).in_schema;
+    if (field.record != nullptr) value = reference(field.record->name);
+    if (field.value == value_kind::integer)
+        value = (field.integer.is_signed ? "Int" : "Uint") + std::to_string(8 * field.integer.octets);
     return value + (field.held == holding::slots ? "-slots-" + std::to_string(field.size) : "-list");
 }
 
