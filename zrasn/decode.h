@@ -12,6 +12,8 @@
 #pragma once
 
 #include "asn1/framing.h"
+#include "asn1/record/decoding.h"
+#include "asn1/record/packed_blocks.h"
 #include "asn1/record/record.h"
 #include "zrasn/guard.h"
 

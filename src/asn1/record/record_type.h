@@ -2,15 +2,17 @@
 #pragma once
 
 #include "asn1/envelope.h"
-#include "asn1/record/decoding.h"
 #include "asn1/record/field.h"
-#include "asn1/record/packed_blocks.h"
+#include "asn1/record/refusal.h"
 #include "asn1/zr_asn_buffer.h"
 
 namespace zr {
 
 // How the direct codec works with a record: not for callers (asn1/codec/record_codec.h).
 struct record_codec;
+class packed_blocks;
+struct decode_options;
+struct decode_report;
 
 struct record_type {
     const char* name;     // of the structure, such as "attrlist_s_t"

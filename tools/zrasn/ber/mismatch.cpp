@@ -67,6 +67,8 @@ words words_of(const refusal& at, const unsigned char* data) {
             return {here, "end-of-contents octets (00 00)"};
         case expectation::fewer_elements:
             return {"more than 65535 elements", "as many as " + std::string(at.count_name) + " can count"};
+        case expectation::canonical_form:
+            return {here, "the form that the library writes"};
         case expectation::value:
             break;
     }
