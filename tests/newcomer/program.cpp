@@ -15,7 +15,7 @@ int main() {
     for (const zr::record_module* module : zr::modules())
         records += module->record_count;
     const zr::record_type* type = zr::find_record("note_s_t");
-    if (records < 63 || type == nullptr || type != zr::find_record("asn_note_t")) return failed("not in the registry");
+    if (records < 66 || type == nullptr || type != zr::find_record("asn_note_t")) return failed("not in the registry");
     if (type->field_count != 2 || std::strcmp(type->module, "pobj_asn") != 0) return failed("registered otherwise");
 
     char text[] = "to be read";
