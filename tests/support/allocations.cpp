@@ -72,12 +72,15 @@ void allocations::add(const void* block, size_t size) {
     record* place = find(block);
     if (place->block == nullptr) live_++;
     *place = {block, size};
+    held_ += size;
+    if (held_ > peak_) peak_ = held_;
 }
 
 // remove closes the gap, so that no search ends early: what follows in the same run is put in again.
 void allocations::remove(const void* block) {
     record* found = find(block);
     if (found->block == nullptr) return;
+    held_ -= found->size;
     found->block = nullptr;
     live_--;
     for (size_t i = static_cast<size_t>(found - table_ + 1) & (capacity_ - 1); table_[i].block != nullptr;
@@ -153,12 +156,12 @@ void* __wrap_calloc(size_t count, size_t size) {
 void* __wrap_realloc(void* block, size_t size) {
     if (hooks::fails()) return nullptr;
     hooks::inspect(block);
-    hooks::gone(block);
     void* moved = __real_realloc(block, size);
-    if (moved == nullptr && size != 0 && block != nullptr)
-        hooks::made(block, malloc_usable_size(block));
-    else
-        hooks::made(moved, size);
+    if (moved == nullptr && size != 0) return nullptr;
+    // One that moves was there twice for a while.
+    if (moved != block) hooks::made(moved, size);
+    hooks::gone(block);
+    if (moved == block) hooks::made(moved, size);
     return moved;
 }
 

@@ -25,6 +25,9 @@ public:
     // made is the number of requests that succeeded; a realloc counts as one.
     size_t made() const { return made_; }
 
+    // peak is the most octets that the counted blocks had at once, as they were asked for; both of a block that moves.
+    size_t peak() const { return peak_; }
+
     // fail_allocation makes the n-th request from now (1 is the next) fail once: malloc, calloc, realloc and the
     // nothrow operators give null, the others throw std::bad_alloc. 0 calls it off.
     void fail_allocation(size_t n) {
@@ -56,6 +59,8 @@ private:
     size_t capacity_ = 0;
     size_t live_ = 0;
     size_t made_ = 0;
+    size_t held_ = 0;
+    size_t peak_ = 0;
     size_t fail_in_ = 0;
     bool failed_ = false;
     bool busy_ = false;  // inside the inspector

@@ -12,8 +12,9 @@ namespace {
 
 // What is small enough for the stack: of a thread's 64 KiB little is left to its caller otherwise.
 constexpr size_t stack_octets = 8192;
-// Up to there the block is a guess longer than its contents; what is above is worth counting first.
-constexpr size_t most_guessed = 65536;
+// Up to there the block is a guess longer than its contents, and has 64 KiB at most, however wrong the guess is; what
+// is above is worth counting first.
+constexpr size_t most_guessed = 65536 / 5 * 4;
 // A block that is longer than its contents by more than a fiftieth, and by more than this, is cut.
 constexpr size_t most_left_over = 256;
 
@@ -79,11 +80,13 @@ void write_encoding(const record_type& type, const void* in, int version, encodi
     write_counted(in, codec, version, target);
 }
 
-void handed_out::take(const unsigned char* envelope, size_t length) {
+void hand_out_copied(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length) {
     block copy = allocate_encoding(length);
     std::memcpy(copy.get(), envelope, length);
-    hand_out(out_, std::move(copy), length);
+    hand_out(out, std::move(copy), length);
 }
+
+void handed_out::take(const unsigned char* envelope, size_t length) { hand_out_copied(out_, envelope, length); }
 
 // A block that cannot be cut stays as it is.
 void handed_out::take(block owner, size_t room, unsigned char* envelope, size_t length) {

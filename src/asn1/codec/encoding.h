@@ -32,6 +32,9 @@ protected:
 // with secrets is written nowhere but in a block of exactly its size.
 void write_encoding(const record_type& type, const void* in, int version, encoding_target& target);
 
+// Gives a copy of an envelope in a malloc block to the caller of an entry point. Throws zr_asn_memexception.
+void hand_out_copied(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
+
 // The target that gives the envelope to the caller of an entry point, in a block that is hardly longer.
 class handed_out final : public encoding_target {
 public:

@@ -12,7 +12,7 @@ namespace zr {
 
 int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length) {
     return guarded([&] {
-        handed_out(out).take(envelope, length);
+        hand_out_copied(out, envelope, length);
         return 0;
     });
 }

@@ -67,6 +67,42 @@ private:
 
 int order_counts(uint32_t left, uint32_t right) { return left < right ? -1 : left > right ? 1 : 0; }
 
+// Adds up the octets of the blocks of a structure, each as long as it may get by alignment.
+struct measurer {
+    using place_in_one = walk_place<const void, const void>;
+
+    bool values(const place_in_one& at) {
+        const uint32_t count = add_array(at);
+        if (at.field.value == value_kind::octets) {
+            octets += octets_length(at.field, at.first);
+        } else if (at.field.value == value_kind::text || at.field.value == value_kind::stored_text) {
+            for (uint32_t i = 0; i < count; ++i)
+                octets += std::strlen(text_in(place_at(at.field, at.first, i))) + 1;
+        }
+        return true;
+    }
+    bool begin(const place_in_one& at, uint32_t& count) {
+        count = add_array(at);
+        return true;
+    }
+    bool enter(const place_in_one& at, uint32_t i, const void*& first, const void*&) {
+        first = value_at(at.field, at.first, i);
+        if (first != nullptr && is_by_pointer(at.field)) octets += at.field.record->size + alignof(std::max_align_t);
+        return true;
+    }
+    bool end(const place_in_one&) const { return true; }
+
+    size_t octets = 0;
+
+private:
+    uint32_t add_array(const place_in_one& at) {
+        const uint32_t count = place_count(at.field, at.first);
+        if (is_list(at.field.held) && count != 0)
+            octets += size_t{count} * at.field.place_octets + alignof(std::max_align_t);
+        return count;
+    }
+};
+
 // Finds the first difference.
 struct comparer {
     using place_of_both = walk_place<const void, const void>;
@@ -104,6 +140,10 @@ struct comparer {
 }  // namespace
 
 void copy_packed(const record_type& type, const void* from, void* to, packed_blocks& blocks) {
+    // The room is measured first: a structure of its own lies beside what is made here.
+    measurer needed;
+    walk_records<const void, const void>(type, from, nullptr, needed);
+    blocks.start(needed.octets);
     walk_records(type, from, to, copier{&blocks});
 }
 

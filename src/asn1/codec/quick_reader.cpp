@@ -26,17 +26,24 @@ octet_position position_of(const input& in, octet_position end, int status, Bloc
 
 }  // namespace
 
-octet_position odd_contents(octet_position at, octet_position end, unsigned char identifier, octet_position& stop) {
+found_contents odd_contents(octet_position at, octet_position end, unsigned char identifier) {
     input in{at, end};
-    if (at[0] != identifier || (identifier & 0x1F) == 0x1F || !step_into_definite(in)) return nullptr;
-    stop = in.end;
-    return in.at;
+    if (at[0] != identifier || (identifier & 0x1F) == 0x1F || !step_into_definite(in)) return {nullptr, nullptr};
+    return {in.at, in.end};
 }
 
-octet_position odd_integer(octet_position at, octet_position end, int32_t& value) {
+found_integer odd_integer(octet_position at, octet_position end) {
+    // A length of more octets than needed is what is odd most often.
+    octet_position stop = nullptr;
+    if (const octet_position contents = quick_contents(at, end, id_integer, stop)) {
+        int32_t value = 0;
+        if (contents != stop && !fold_integer(contents, static_cast<size_t>(stop - contents), value)) value = 0;
+        return {stop, value};
+    }
     input in{at, end};
+    int32_t value = 0;
     const int status = read_integer(in, value);
-    return position_of(in, end, status);
+    return {position_of(in, end, status), value};
 }
 
 octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size) {
@@ -45,16 +52,44 @@ octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned 
     return position_of(in, end, status);
 }
 
+namespace {
+
+// Strings in other forms; in packed structures those are left to the general way.
+[[gnu::noinline, gnu::cold]] octet_position odd_text(octet_position at, octet_position end, char*& text) {
+    input in{at, end};
+    const int status = read_text(in, text);
+    return position_of(in, end, status, text);
+}
+octet_position odd_text(octet_position, octet_position, char*&, packed_blocks*) { return nullptr; }
+
+[[gnu::noinline, gnu::cold]] octet_position odd_stored_text(octet_position at, octet_position end, char*& text) {
+    input in{at, end};
+    const int status = read_stored_text(in, text);
+    return position_of(in, end, status, text);
+}
+octet_position odd_stored_text(octet_position, octet_position, char*&, packed_blocks*) { return nullptr; }
+
+// `no_memory` throws.
+template <class NoMemory>
+[[gnu::noinline, gnu::cold]] octet_position odd_octets(octet_position at, octet_position end, unsigned char*& data,
+                                                       uint32_t& length, NoMemory no_memory) {
+    input in{at, end};
+    const int status = read_octets(in, data, length);
+    if (status == zr_err_out_of_memory) no_memory();
+    return position_of(in, end, status, data);
+}
+template <class NoMemory>
+octet_position odd_octets(octet_position, octet_position, unsigned char*&, uint32_t&, NoMemory, packed_blocks*) {
+    return nullptr;
+}
+
+}  // namespace
+
 template <class... Blocks>
 octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
     octet_position stop = nullptr;
     const octet_position contents = quick_contents(at, end, id_utf8_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) {
-        if constexpr (sizeof...(Blocks) != 0) return nullptr;
-        input in{at, end};
-        const int status = read_text(in, text);
-        return position_of(in, end, status, text);
-    }
+    if (__builtin_expect(contents == nullptr, 0)) return odd_text(at, end, text, blocks...);
     const auto length = static_cast<size_t>(stop - contents);
     auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
     text = block;
@@ -71,12 +106,7 @@ template <class... Blocks>
 octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
     octet_position stop = nullptr;
     const octet_position contents = quick_contents(at, end, id_octet_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) {
-        if constexpr (sizeof...(Blocks) != 0) return nullptr;
-        input in{at, end};
-        const int status = read_stored_text(in, text);
-        return position_of(in, end, status, text);
-    }
+    if (__builtin_expect(contents == nullptr, 0)) return odd_stored_text(at, end, text, blocks...);
     const auto stored = static_cast<size_t>(stop - contents);
     const size_t length = stored < 2 ? 0 : stored;
     auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
@@ -95,13 +125,7 @@ ZR_INLINE octet_position read_octets_quickly(octet_position at, octet_position e
                                              uint32_t& length, const NoMemory& no_memory, Blocks... blocks) {
     octet_position stop = nullptr;
     const octet_position contents = quick_contents(at, end, id_octet_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) {
-        if constexpr (sizeof...(Blocks) != 0) return nullptr;
-        input in{at, end};
-        const int status = read_octets(in, data, length);
-        if (status == zr_err_out_of_memory) no_memory();
-        return position_of(in, end, status, data);
-    }
+    if (__builtin_expect(contents == nullptr, 0)) return odd_octets(at, end, data, length, no_memory, blocks...);
     if (contents == stop) return stop;
     const auto count = static_cast<size_t>(stop - contents);
     auto* block = static_cast<unsigned char*>(allocate<1>(count, blocks...));

@@ -23,9 +23,17 @@ inline uint32_t load_big_endian(octet_position at) {
     return __builtin_bswap32(octets);
 }
 
-// The same for other forms.
-octet_position odd_contents(octet_position at, octet_position end, unsigned char identifier, octet_position& stop);
-octet_position odd_integer(octet_position at, octet_position end, int32_t& value);
+// The same for other forms. What they find comes back in registers, so that the quick readers keep theirs.
+struct found_contents {
+    octet_position at;
+    octet_position stop;
+};
+found_contents odd_contents(octet_position at, octet_position end, unsigned char identifier);
+struct found_integer {
+    octet_position behind;
+    intptr_t value;
+};
+found_integer odd_integer(octet_position at, octet_position end);
 octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
 
 // Steps over the header of a value with the identifier and returns where its contents begin; `stop` gets where they
@@ -39,7 +47,11 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
     if (length >= 0x80) {
         // A long form that is needed has octets enough behind it.
         const size_t count = length - 0x80;
-        if (__builtin_expect(count - 1 >= 4 || left < 6, 0)) return odd_contents(at - 2, end, identifier, stop);
+        if (__builtin_expect(count - 1 >= 4 || left < 6, 0)) {
+            const found_contents found = odd_contents(at - 2, end, identifier);
+            stop = found.stop;
+            return found.at;
+        }
         length = load_big_endian(at) >> (32 - 8 * count);
         at += count;
     }
@@ -52,9 +64,12 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
 // number: before the contents of a field there are always its own header and the record's, four octets at least.
 ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
     const auto left = static_cast<size_t>(end - at);
-    if (left < 3 || at[0] != id_integer) return odd_integer(at, end, value);
+    if (__builtin_expect(left < 3 || at[0] != id_integer || at[1] - 1u >= 4 || at[1] > left - 2, 0)) {
+        const found_integer found = odd_integer(at, end);
+        value = static_cast<int32_t>(found.value);
+        return found.behind;
+    }
     const size_t count = at[1];
-    if (count - 1 >= 4 || count > left - 2) return odd_integer(at, end, value);
     at += 2 + count;
     const unsigned int unused = 32 - 8 * static_cast<unsigned int>(count);
     value = static_cast<int32_t>(load_big_endian(at - 4) << unused) >> unused;
