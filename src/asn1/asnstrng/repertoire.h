@@ -1,15 +1,28 @@
-// Whether a text keeps to a repertoire.
+// Whether a text keeps to the printable repertoire, which is the visible one too.
 #pragma once
 
 #include "asn1/asnbase/buffer.h"
 #include "asn1/asnstrng/code_sets.h"
+#include "asn1/asnstrng/words.h"
 
 namespace zr {
 
-inline bool all_in(const zr_r_buffer_t& text, const zr_character_table& repertoire) {
-    const unsigned char* octets = text.current();
-    for (unsigned int i = 0; i < text.remaining(); ++i)
-        if (repertoire[octets[i]] == 0) return false;
+// Marks the octets of a word that are not in the repertoire.
+constexpr word not_printable(word octets) {
+    const word low = octets & ascii_octets;
+    const word in = is_between(low | in_lanes<8>(0x20), 'a', 'z') |               // both cases
+                    (is_between(low, '\'', ':') & ~is_between(low, '*', '*')) |  // '()+,-./0123456789:
+                    is_between(low, ' ', ' ') | is_between(low, '?', '?');
+    return octets | ~in;
+}
+
+inline bool all_printable(const zr_r_buffer_t& text) {
+    const unsigned char* at = text.current();
+    unsigned int left = text.remaining();
+    for (; left >= word_octets; left -= word_octets, at += word_octets)
+        if ((not_printable(load_word(at)) & high_bits) != 0) return false;
+    for (; left != 0; --left)
+        if (printableStringCharacterIA5_table[*at++] == 0) return false;
     return true;
 }
 

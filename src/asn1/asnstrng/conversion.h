@@ -1,0 +1,283 @@
+// A conversion is a source, which reads characters of one code set, and a target, which writes them in another.
+//
+// Most characters of most texts are ASCII and the same in both: these go by words. A source loads a word of characters
+// and marks (see words.h) those it does not read as the octet that stands for them in the word; a target marks those
+// that it does not write as that octet with zeros before it. What is marked, and what is left at the end, goes character
+// by character.
+#pragma once
+
+#include <type_traits>
+
+#include "asn1/asnstrng/repertoire.h"
+#include "asn1/asnstrng/t61.h"
+#include "asn1/asnstrng/text_writer.h"
+#include "asn1/status.h"
+
+namespace zr {
+
+// What is left of a text, and the octet that stands for those missing behind it.
+struct text_rest {
+    const unsigned char* at;
+    size_t left;
+    unsigned char fill;
+
+    void skip(size_t octets) {
+        at += octets;
+        left -= octets;
+    }
+};
+
+// Sources. `width` is the least number of octets that a character has. `read` gives the next character and the number
+// of its octets, 0 when it is malformed; `count` tells how many characters there are, at least about.
+
+template <unsigned int Octets>
+struct fixed_width_source {
+    static constexpr unsigned int width = Octets;
+    static unsigned int read(const text_rest& text, uint32_t& value) {
+        if (text.left >= Octets) {
+            value = load_unit<Octets>(text.at);
+            return Octets;
+        }
+        for (unsigned int i = 0; i < Octets; ++i)
+            value = value << 8 | (i < text.left ? text.at[i] : text.fill);
+        return static_cast<unsigned int>(text.left);
+    }
+    static word marks(word characters) { return Octets == 1 ? 0 : characters; }
+    static uint64_t count(const text_rest& text) { return (uint64_t{text.left} + Octets - 1) / Octets; }
+};
+using ia5_source = fixed_width_source<1>;
+using bmp_source = fixed_width_source<2>;
+using universal_source = fixed_width_source<4>;
+
+// Deliberately permissive: the octets behind the lead octet are not checked, nor is the value.
+struct utf8_source {
+    static constexpr unsigned int width = 1;
+    static unsigned int read(const text_rest& text, uint32_t& value) {
+        value = text.at[0];
+        if (value < 0x80) return 1;
+        return text.left >= 6 ? read_long(text.at, value) : read_last(text, value);
+    }
+    static word marks(word characters) { return characters; }
+    // All octets but those from 80 to BF.
+    static uint64_t count(const text_rest& text) {
+        const unsigned char* at = text.at;
+        uint64_t characters = text.left;
+        if (characters <= 32) return characters;
+        for (size_t left = text.left; left >= word_octets; left -= word_octets, at += word_octets) {
+            const word loaded = load_word(at);
+            const word following = (loaded >> 7 & ~(loaded >> 6)) & in_lanes<8>(1);
+            characters -= following * in_lanes<8>(1) >> (word_bits - 8);
+        }
+        return characters;
+    }
+
+private:
+    // A character of two octets or more.
+    static unsigned int read_long(const unsigned char* at, uint32_t& value) {
+        const uint32_t lead = at[0];
+        if (lead < 0xC0 || lead > 0xFD) return 0;
+        if (lead < 0xE0) return follow<1>(at, value = lead - 0xC0);
+        if (lead < 0xF0) return follow<2>(at, value = lead - 0xE0);
+        if (lead < 0xF8) return follow<3>(at, value = lead - 0xF0);
+        if (lead < 0xFC) return follow<4>(at, value = lead - 0xF8);
+        return follow<5>(at, value = lead - 0xFC);
+    }
+    // Where the text may end within the character.
+    [[gnu::noinline]] static unsigned int read_last(const text_rest& text, uint32_t& value) {
+        unsigned char octets[6];
+        for (unsigned int i = 0; i < sizeof octets; ++i)
+            octets[i] = i < text.left ? text.at[i] : text.fill;
+        const unsigned int read = read_long(octets, value);
+        return read < text.left ? read : static_cast<unsigned int>(text.left);
+    }
+    template <unsigned int Count>
+    static unsigned int follow(const unsigned char* at, uint32_t& value) {
+        for (unsigned int i = 1; i <= Count; ++i)
+            value = (value << 6) + at[i] - 0x80;
+        return Count + 1;
+    }
+};
+
+struct t61_source {
+    static constexpr unsigned int width = 1;
+    // An accent at the end is dropped: it gives 0, which is no character of T.61.
+    static unsigned int read(const text_rest& text, uint32_t& value) {
+        const unsigned int octet = text.at[0];
+        value = t61_to_bmp[octet];
+        if (value != 0) return 1;
+        if (!is_t61_accent(octet)) return 0;
+        if (text.left == 1) return 1;
+        const unsigned int letter = text.at[1];
+        // The accent is dropped before a control octet.
+        if (letter < 0x20) {
+            value = t61_to_bmp[letter];
+        } else if (letter < 0x80) {
+            value = t61_compositions[octet - first_accent][letter];
+        }
+        return value != 0 ? 2 : 0;
+    }
+    static word marks(word characters) { return not_same_from_t61(characters); }
+    static uint64_t count(const text_rest& text) { return text.left; }
+};
+
+// Targets. `width` is the number of octets that an ASCII character has, `most` the greatest of any. `put` writes a
+// character and gives the place behind it, null when it has no form; there is room for `length` octets.
+
+template <unsigned int Octets>
+struct fixed_width_target {
+    static constexpr unsigned int width = Octets;
+    static constexpr unsigned int most = Octets;
+    static unsigned int length(uint32_t) { return Octets; }
+    static unsigned char* put(unsigned char* at, uint32_t value) {
+        if (Octets < 4 && value >> (8 * Octets % 32) != 0) return nullptr;
+        store_unit<Octets>(at, value);
+        return at + Octets;
+    }
+    static word marks(word) { return 0; }
+};
+using octet_target = fixed_width_target<1>;
+using bmp_target = fixed_width_target<2>;
+using universal_target = fixed_width_target<4>;
+
+struct utf8_target {
+    static constexpr unsigned int width = 1;
+    static constexpr unsigned int most = 6;
+    static unsigned int length(uint32_t value) {
+        constexpr uint32_t first_of_more[] = {0x80, 0x800, 0x10000, 0x200000, 0x4000000};
+        unsigned int octets = 1;
+        for (const uint32_t first : first_of_more)
+            octets += value >= first ? 1 : 0;
+        return octets;
+    }
+    static unsigned char* put(unsigned char* at, uint32_t value) {
+        if (value < 0x80) {
+            *at = static_cast<unsigned char>(value);
+            return at + 1;
+        }
+        if (value < 0x800) return follow<1>(at, 0xC0 + (value >> 6), value);
+        if (value < 0x10000) return follow<2>(at, 0xE0 + (value >> 12), value);
+        // The lead octet keeps bits 18 and 19 only, so bit 20 is lost: kept so.
+        if (value <= 0x1FFFFF) return follow<3>(at, 0xF0 + ((value & 0xFC000) >> 18), value);
+        if (value <= 0x3FFFFFF) return follow<4>(at, 0xF8 + (value >> 24), value);
+        if (value <= 0x7FFFFFFF) return follow<5>(at, 0xFC + (value >> 30), value);
+        return at;  // what is beyond six octets is skipped
+    }
+    static word marks(word characters) { return characters; }
+
+private:
+    template <unsigned int Count>
+    static unsigned char* follow(unsigned char* at, uint32_t lead, uint32_t value) {
+        *at++ = static_cast<unsigned char>(lead);
+        for (unsigned int i = Count; i != 0; --i)
+            *at++ = static_cast<unsigned char>(0x80 + (value >> (6 * (i - 1)) & 0x3F));
+        return at;
+    }
+};
+
+struct t61_target {
+    static constexpr unsigned int width = 1;
+    static constexpr unsigned int most = 2;
+    static unsigned int length(uint32_t value) { return value <= 0xFF && ia5_to_t61[value] > 0xFF ? 2 : 1; }
+    static unsigned char* put(unsigned char* at, uint32_t value) {
+        const unsigned int octets = value <= 0xFF ? ia5_to_t61[value] : 0;
+        if (octets == 0) return nullptr;
+        if (octets > 0xFF) *at++ = static_cast<unsigned char>(octets >> 8);
+        *at++ = static_cast<unsigned char>(octets);
+        return at;
+    }
+    static word marks(word characters) { return not_same_to_t61(characters); }
+};
+
+// The printable repertoire, and the visible one.
+struct printable_target : octet_target {
+    static unsigned char* put(unsigned char* at, uint32_t value) {
+        return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value) : nullptr;
+    }
+    static word marks(word characters) { return not_printable(characters); }
+};
+
+// Takes as many characters as go by words. The number that should then go one by one, before words are tried again.
+template <class Source, class Target>
+unsigned int convert_words(text_rest& text, text_writer& writer) {
+    while (text.left >= word_octets * Source::width) {
+        word characters = load_octets<8 * Source::width>(text.at);
+        const word marks = (Source::marks(characters) | Target::marks(characters)) & high_bits;
+        unsigned int same = word_octets;
+        if (marks == 0) {
+            writer.make_room(word_octets * Target::width);
+        } else {
+            same = octets_before(marks);
+            if (same < word_octets / 2 || !writer.has_room(word_octets * Target::width)) break;
+            characters &= ~(~word{0} >> 8 * same);  // what is not taken now is to leave no trace in the buffer
+        }
+        store_characters<8 * Target::width, 8>(writer.at(), characters);
+        text.skip(same * Source::width);
+        writer.end_at(writer.at() + same * Target::width);
+        if (same != word_octets) return 1;
+    }
+    return word_octets;
+}
+
+// The same between sets whose characters have 2 or 4 octets, or into octets: all characters go by words that have a
+// form.
+template <unsigned int From, unsigned int To>
+unsigned int convert_lanes(text_rest& text, text_writer& writer) {
+    constexpr unsigned int at_once = word_octets / (From < To ? From : To);
+    while (text.left >= at_once * From) {
+        if constexpr (From < To) {
+            writer.make_room(at_once * To);
+            store_characters<8 * To, 8 * From>(writer.at(), load_word(text.at));
+        } else {
+            word seen = 0;
+            const auto see = [&seen](word loaded) {
+                seen |= loaded;
+                return loaded;
+            };
+            const word characters = load_characters<8 * From, 8 * To>(text.at, see);
+            if ((seen & in_lanes<8 * From>(low_bits<8 * From> & ~low_bits<8 * To>)) != 0) break;
+            writer.make_room(at_once * To);
+            store_word(writer.at(), characters);
+        }
+        text.skip(at_once * From);
+        writer.end_at(writer.at() + at_once * To);
+    }
+    return at_once;
+}
+
+// What a failed conversion leaves of the text in the output.
+enum class on_failure { reset, keep };
+
+template <class Source, class Target>
+int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_failure::reset) {
+    text_rest text{in.current(), in.remaining(), in.fill_octet()};
+    text_writer writer(out, Source::count(text) * Target::width);
+    while (text.left != 0) {
+        unsigned int singles = 0;
+        if constexpr (Source::width > 1 && std::is_same_v<Target, fixed_width_target<Target::width>>) {
+            singles = convert_lanes<Source::width, Target::width>(text, writer);
+        } else {
+            singles = convert_words<Source, Target>(text, writer);
+        }
+        for (; singles != 0 && text.left != 0; --singles) {
+            uint32_t value = 0;
+            const unsigned int octets = Source::read(text, value);
+            unsigned char* end = nullptr;
+            if (octets != 0) {
+                if (!writer.has_room(Target::most)) writer.make_room(Target::length(value));
+                end = Target::put(writer.at(), value);
+                if (std::is_same_v<Source, t61_source> && value == 0) end = writer.at();
+            }
+            if (end == nullptr) {
+                writer.finish();
+                if (failure == on_failure::reset) writer.reset();
+                return zr_err_conversion;
+            }
+            writer.end_at(end);
+            text.skip(octets);
+        }
+    }
+    writer.finish();
+    return 0;
+}
+
+}  // namespace zr
