@@ -27,14 +27,16 @@ struct text_rest {
     }
 };
 
-// Sources. `width` is the least number of octets that a character has. `read` gives the next character and the number
-// of its octets, 0 when it is malformed; `count` tells how many characters there are, at least about.
+// Sources. `width` is the least number of octets that a character has, `most` the greatest. `read` gives the next
+// character and the number of its octets, 0 when it is malformed; where `whole` is false the text may end within it.
+// `count` tells how many characters there are, at least about.
 
 template <unsigned int Octets>
 struct fixed_width_source {
     static constexpr unsigned int width = Octets;
-    static unsigned int read(const text_rest& text, uint32_t& value) {
-        if (text.left >= Octets) {
+    static constexpr unsigned int most = Octets;
+    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
+        if (whole || text.left >= Octets) {
             value = load_unit<Octets>(text.at);
             return Octets;
         }
@@ -52,10 +54,11 @@ using universal_source = fixed_width_source<4>;
 // Deliberately permissive: the octets behind the lead octet are not checked, nor is the value.
 struct utf8_source {
     static constexpr unsigned int width = 1;
-    static unsigned int read(const text_rest& text, uint32_t& value) {
+    static constexpr unsigned int most = 6;
+    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         value = text.at[0];
         if (value < 0x80) return 1;
-        return text.left >= 6 ? read_long(text.at, value) : read_last(text, value);
+        return whole || text.left >= most ? read_long(text.at, value) : read_last(text.at, text.left, text.fill, value);
     }
     static word marks(word characters) { return characters; }
     // All octets but those from 80 to BF.
@@ -83,12 +86,13 @@ private:
         return follow<5>(at, value = lead - 0xFC);
     }
     // Where the text may end within the character.
-    [[gnu::noinline]] static unsigned int read_last(const text_rest& text, uint32_t& value) {
+    [[gnu::noinline]] static unsigned int read_last(const unsigned char* at, size_t left, unsigned char fill,
+                                                    uint32_t& value) {
         unsigned char octets[6];
-        for (unsigned int i = 0; i < sizeof octets; ++i)
-            octets[i] = i < text.left ? text.at[i] : text.fill;
+        for (size_t i = 0; i < sizeof octets; ++i)
+            octets[i] = i < left ? at[i] : fill;
         const unsigned int read = read_long(octets, value);
-        return read < text.left ? read : static_cast<unsigned int>(text.left);
+        return read < left ? read : static_cast<unsigned int>(left);
     }
     template <unsigned int Count>
     static unsigned int follow(const unsigned char* at, uint32_t& value) {
@@ -100,13 +104,14 @@ private:
 
 struct t61_source {
     static constexpr unsigned int width = 1;
+    static constexpr unsigned int most = 2;
     // An accent at the end is dropped: it gives 0, which is no character of T.61.
-    static unsigned int read(const text_rest& text, uint32_t& value) {
+    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         const unsigned int octet = text.at[0];
         value = t61_to_bmp[octet];
         if (value != 0) return 1;
         if (!is_t61_accent(octet)) return 0;
-        if (text.left == 1) return 1;
+        if (!whole && text.left == 1) return 1;
         const unsigned int letter = text.at[1];
         // The accent is dropped before a control octet.
         if (letter < 0x20) {
@@ -121,14 +126,15 @@ struct t61_source {
 };
 
 // Targets. `width` is the number of octets that an ASCII character has, `most` the greatest of any. `put` writes a
-// character and gives the place behind it, null when it has no form; there is room for `length` octets.
+// character and gives the place behind it, null when it has no form; there is room for `length` octets, and
+// where it is `ample` for more, of which zeros may be written.
 
 template <unsigned int Octets>
 struct fixed_width_target {
     static constexpr unsigned int width = Octets;
     static constexpr unsigned int most = Octets;
     static unsigned int length(uint32_t) { return Octets; }
-    static unsigned char* put(unsigned char* at, uint32_t value) {
+    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
         if (Octets < 4 && value >> (8 * Octets % 32) != 0) return nullptr;
         store_unit<Octets>(at, value);
         return at + Octets;
@@ -149,7 +155,13 @@ struct utf8_target {
             octets += value >= first ? 1 : 0;
         return octets;
     }
-    static unsigned char* put(unsigned char* at, uint32_t value) {
+    static unsigned char* put(unsigned char* at, uint32_t value, bool ample) {
+        if (ample && value < 0x800) {  // the same without a branch
+            const uint32_t two = value >= 0x80 ? 1 : 0;
+            at[0] = static_cast<unsigned char>(value ^ ((value ^ (0xC0 + (value >> 6))) & (0 - two)));
+            at[1] = static_cast<unsigned char>((0x80 + (value & 0x3F)) & (0 - two));
+            return at + 1 + two;
+        }
         if (value < 0x80) {
             *at = static_cast<unsigned char>(value);
             return at + 1;
@@ -178,7 +190,7 @@ struct t61_target {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 2;
     static unsigned int length(uint32_t value) { return value <= 0xFF && ia5_to_t61[value] > 0xFF ? 2 : 1; }
-    static unsigned char* put(unsigned char* at, uint32_t value) {
+    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
         const unsigned int octets = value <= 0xFF ? ia5_to_t61[value] : 0;
         if (octets == 0) return nullptr;
         if (octets > 0xFF) *at++ = static_cast<unsigned char>(octets >> 8);
@@ -190,15 +202,15 @@ struct t61_target {
 
 // The printable repertoire, and the visible one.
 struct printable_target : octet_target {
-    static unsigned char* put(unsigned char* at, uint32_t value) {
-        return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value) : nullptr;
+    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
+        return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value, true) : nullptr;
     }
     static word marks(word characters) { return not_printable(characters); }
 };
 
 // Takes as many characters as go by words. The number that should then go one by one, before words are tried again.
 template <class Source, class Target>
-unsigned int convert_words(text_rest& text, text_writer& writer) {
+[[gnu::always_inline]] inline unsigned int convert_words(text_rest& text, text_writer& writer) {
     while (text.left >= word_octets * Source::width) {
         word characters = load_octets<8 * Source::width>(text.at);
         const word marks = (Source::marks(characters) | Target::marks(characters)) & high_bits;
@@ -221,20 +233,16 @@ unsigned int convert_words(text_rest& text, text_writer& writer) {
 // The same between sets whose characters have 2 or 4 octets, or into octets: all characters go by words that have a
 // form.
 template <unsigned int From, unsigned int To>
-unsigned int convert_lanes(text_rest& text, text_writer& writer) {
+[[gnu::always_inline]] inline unsigned int convert_lanes(text_rest& text, text_writer& writer) {
     constexpr unsigned int at_once = word_octets / (From < To ? From : To);
     while (text.left >= at_once * From) {
         if constexpr (From < To) {
             writer.make_room(at_once * To);
             store_characters<8 * To, 8 * From>(writer.at(), load_word(text.at));
         } else {
-            word seen = 0;
-            const auto see = [&seen](word loaded) {
-                seen |= loaded;
-                return loaded;
-            };
-            const word characters = load_characters<8 * From, 8 * To>(text.at, see);
-            if ((seen & in_lanes<8 * From>(low_bits<8 * From> & ~low_bits<8 * To>)) != 0) break;
+            bool fit = true;
+            const word characters = load_fitting<8 * From, 8 * To>(text.at, fit);
+            if (!fit) break;
             writer.make_room(at_once * To);
             store_word(writer.at(), characters);
         }
@@ -247,37 +255,44 @@ unsigned int convert_lanes(text_rest& text, text_writer& writer) {
 // What a failed conversion leaves of the text in the output.
 enum class on_failure { reset, keep };
 
+// Takes so many characters, or all that are left, one by one. False when one is malformed or has no form. `Ample`: there
+// are enough octets left and there is enough room for any such characters.
+template <class Source, class Target, bool Ample>
+[[gnu::always_inline]] inline bool convert_singly(text_rest& text, text_writer& writer, unsigned int characters) {
+    for (; characters != 0 && (Ample || text.left != 0); --characters) {
+        uint32_t value = 0;
+        const unsigned int octets = Source::read(text, value, Ample);
+        if (octets == 0) return false;
+        text.skip(octets);
+        if (!Ample && std::is_same_v<Source, t61_source> && value == 0) return true;
+        if (!Ample && !writer.has_room(Target::most)) writer.make_room(Target::length(value));
+        unsigned char* end = Target::put(writer.at(), value, Ample);
+        if (end == nullptr) return false;
+        writer.end_at(end);
+    }
+    return true;
+}
+
 template <class Source, class Target>
 int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_failure::reset) {
     text_rest text{in.current(), in.remaining(), in.fill_octet()};
     text_writer writer(out, Source::count(text) * Target::width);
-    while (text.left != 0) {
-        unsigned int singles = 0;
+    bool converted = true;
+    while (converted && text.left != 0) {
+        unsigned int singly = 0;
         if constexpr (Source::width > 1 && std::is_same_v<Target, fixed_width_target<Target::width>>) {
-            singles = convert_lanes<Source::width, Target::width>(text, writer);
+            singly = convert_lanes<Source::width, Target::width>(text, writer);
         } else {
-            singles = convert_words<Source, Target>(text, writer);
+            singly = convert_words<Source, Target>(text, writer);
         }
-        for (; singles != 0 && text.left != 0; --singles) {
-            uint32_t value = 0;
-            const unsigned int octets = Source::read(text, value);
-            unsigned char* end = nullptr;
-            if (octets != 0) {
-                if (!writer.has_room(Target::most)) writer.make_room(Target::length(value));
-                end = Target::put(writer.at(), value);
-                if (std::is_same_v<Source, t61_source> && value == 0) end = writer.at();
-            }
-            if (end == nullptr) {
-                writer.finish();
-                if (failure == on_failure::reset) writer.reset();
-                return zr_err_conversion;
-            }
-            writer.end_at(end);
-            text.skip(octets);
-        }
+        const bool ample = text.left >= word_octets * Source::most && writer.has_room(word_octets * Target::most);
+        converted = ample ? convert_singly<Source, Target, true>(text, writer, singly)
+                          : convert_singly<Source, Target, false>(text, writer, singly);
     }
     writer.finish();
-    return 0;
+    if (converted) return 0;
+    if (failure == on_failure::reset) writer.reset();
+    return zr_err_conversion;
 }
 
 }  // namespace zr

@@ -10,9 +10,9 @@ namespace zr {
 // Marks the octets of a word that are not in the repertoire.
 constexpr word not_printable(word octets) {
     const word low = octets & ascii_octets;
-    const word in = is_between(low | in_lanes<8>(0x20), 'a', 'z') |               // both cases
-                    (is_between(low, '\'', ':') & ~is_between(low, '*', '*')) |  // '()+,-./0123456789:
-                    is_between(low, ' ', ' ') | is_between(low, '?', '?');
+    const word in = is_between(low | in_lanes<8>(0x20), 'a', 'z') |         // both cases
+                    (is_between(low, '\'', ':') & differs(low, '*')) |      // '()+,-./0123456789:
+                    ~(differs(low, ' ') & differs(low, '?'));
     return octets | ~in;
 }
 

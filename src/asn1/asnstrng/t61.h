@@ -25,7 +25,7 @@ constexpr bool is_t61_accent(unsigned int octet) { return octet >= first_accent 
 // 24, and nothing reads 23 and 24, as ASCII does.
 constexpr word not_same_from_t61(word octets) {
     const word low = octets & ascii_octets;
-    return octets | ~is_between(low, 0x20, 0x7E) | is_between(low, 0x24, 0x24);
+    return octets | ~is_between(low, 0x20, 0x7E) | ~differs(low, 0x24);
 }
 constexpr word not_same_to_t61(word octets) {
     const word low = octets & ascii_octets;

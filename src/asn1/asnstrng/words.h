@@ -82,10 +82,10 @@ constexpr word cut_to_octets(word value) {
     return (value & in_lanes<Lane>(0x7F)) | too_large >> (Lane - 8);
 }
 
-// Of the next characters, which take Lane bits each, a word with so many bits for each. Every word that is loaded for it
+// Of the next characters, which take Lane bits each, a word with Wanted bits for each. Every word that is loaded for it
 // goes through `each`, which is to leave no more bits than these.
 template <unsigned int Lane, unsigned int Wanted, class Each>
-word load_characters(const unsigned char* at, Each& each) {
+[[gnu::always_inline]] inline word load_characters(const unsigned char* at, Each& each) {
     if constexpr (Lane == Wanted) {
         return each(load_word(at));
     } else {
@@ -94,16 +94,32 @@ word load_characters(const unsigned char* at, Each& each) {
         return narrow<2 * Wanted>(left) << (word_bits / 2) | narrow<2 * Wanted>(right);
     }
 }
+// The same; `fit` becomes false, and the word is worth nothing, when a character has more bits.
+template <unsigned int Lane, unsigned int Wanted>
+[[gnu::always_inline]] inline word load_fitting(const unsigned char* at, bool& fit) {
+    word seen = 0;
+    const auto see = [&seen](word loaded) {
+        seen |= loaded;
+        return loaded;
+    };
+    const word characters = load_characters<Lane, Wanted>(at, see);
+    fit = (seen & in_lanes<Lane>(low_bits<Lane> & ~low_bits<Wanted>)) == 0;
+    return characters;
+}
 // The same with an octet for each character, cut to it.
 template <unsigned int Lane>
-word load_octets(const unsigned char* at) {
-    if constexpr (Lane == 8) return load_word(at);
+[[gnu::always_inline]] inline word load_octets(const unsigned char* at) {
     constexpr auto cut = [](word loaded) { return cut_to_octets<Lane>(loaded); };
     return load_characters<Lane, 8>(at, cut);
 }
+template <>
+inline word load_octets<8>(const unsigned char* at) {
+    return load_word(at);
+}
+
 // Stores characters that have Given bits in the word with Lane bits for each.
 template <unsigned int Lane, unsigned int Given>
-void store_characters(unsigned char* at, word value) {
+[[gnu::always_inline]] inline void store_characters(unsigned char* at, word value) {
     if constexpr (Lane == Given) {
         store_word(at, value);
     } else {
@@ -114,11 +130,12 @@ void store_characters(unsigned char* at, word value) {
 }
 
 // Bit 7 of each octet of a word tells something of it; the other bits tell nothing. The octets must be below 80 in
-// these two.
+// these.
 constexpr word at_least(word octets, word least) { return octets + in_lanes<8>(0x80 - least); }
 constexpr word is_between(word octets, word least, word most) {
     return at_least(octets, least) & ~at_least(octets, most + 1);
 }
+constexpr word differs(word octets, word from) { return (octets ^ in_lanes<8>(from)) + ascii_octets; }
 // How many octets stand to the left of the first whose bit 7 is set; there must be one.
 inline unsigned int octets_before(word marks) {
     marks &= high_bits;
@@ -127,3 +144,7 @@ inline unsigned int octets_before(word marks) {
 }
 
 }  // namespace zr
+
+#if defined(__SSE2__) && UINTPTR_MAX == UINT64_MAX
+#include "asn1/asnstrng/words_sse2.h"
+#endif
