@@ -20,6 +20,7 @@ struct text_rest {
     const unsigned char* at;
     size_t left;
     unsigned char fill;
+    const unsigned char* begin;
 
     void skip(size_t octets) {
         at += octets;
@@ -35,7 +36,7 @@ template <unsigned int Octets>
 struct fixed_width_source {
     static constexpr unsigned int width = Octets;
     static constexpr unsigned int most = Octets;
-    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
+    [[gnu::always_inline]] static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         if (whole || text.left >= Octets) {
             value = load_unit<Octets>(text.at);
             return Octets;
@@ -55,10 +56,10 @@ using universal_source = fixed_width_source<4>;
 struct utf8_source {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 6;
-    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
+    [[gnu::always_inline]] static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         value = text.at[0];
         if (value < 0x80) return 1;
-        return whole || text.left >= most ? read_long(text.at, value) : read_last(text.at, text.left, text.fill, value);
+        return whole ? read_long(text.at, value) : read_last(text.at, text.left, text.fill, value);
     }
     static word marks(word characters) { return characters; }
     // All octets but those from 80 to BF.
@@ -76,7 +77,7 @@ struct utf8_source {
 
 private:
     // A character of two octets or more.
-    static unsigned int read_long(const unsigned char* at, uint32_t& value) {
+    [[gnu::always_inline]] static unsigned int read_long(const unsigned char* at, uint32_t& value) {
         const uint32_t lead = at[0];
         if (lead < 0xC0 || lead > 0xFD) return 0;
         if (lead < 0xE0) return follow<1>(at, value = lead - 0xC0);
@@ -106,7 +107,7 @@ struct t61_source {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 2;
     // An accent at the end is dropped: it gives 0, which is no character of T.61.
-    static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
+    [[gnu::always_inline]] static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         const unsigned int octet = text.at[0];
         value = t61_to_bmp[octet];
         if (value != 0) return 1;
@@ -134,7 +135,7 @@ struct fixed_width_target {
     static constexpr unsigned int width = Octets;
     static constexpr unsigned int most = Octets;
     static unsigned int length(uint32_t) { return Octets; }
-    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
+    [[gnu::always_inline]] static unsigned char* put(unsigned char* at, uint32_t value, bool) {
         if (Octets < 4 && value >> (8 * Octets % 32) != 0) return nullptr;
         store_unit<Octets>(at, value);
         return at + Octets;
@@ -148,14 +149,14 @@ using universal_target = fixed_width_target<4>;
 struct utf8_target {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 6;
-    static unsigned int length(uint32_t value) {
+    [[gnu::noinline]] static unsigned int length(uint32_t value) {
         constexpr uint32_t first_of_more[] = {0x80, 0x800, 0x10000, 0x200000, 0x4000000};
         unsigned int octets = 1;
         for (const uint32_t first : first_of_more)
             octets += value >= first ? 1 : 0;
         return octets;
     }
-    static unsigned char* put(unsigned char* at, uint32_t value, bool ample) {
+    [[gnu::always_inline]] static unsigned char* put(unsigned char* at, uint32_t value, bool ample) {
         if (ample && value < 0x800) {  // the same without a branch
             const uint32_t two = value >= 0x80 ? 1 : 0;
             at[0] = static_cast<unsigned char>(value ^ ((value ^ (0xC0 + (value >> 6))) & (0 - two)));
@@ -190,7 +191,7 @@ struct t61_target {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 2;
     static unsigned int length(uint32_t value) { return value <= 0xFF && ia5_to_t61[value] > 0xFF ? 2 : 1; }
-    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
+    [[gnu::always_inline]] static unsigned char* put(unsigned char* at, uint32_t value, bool) {
         const unsigned int octets = value <= 0xFF ? ia5_to_t61[value] : 0;
         if (octets == 0) return nullptr;
         if (octets > 0xFF) *at++ = static_cast<unsigned char>(octets >> 8);
@@ -202,32 +203,54 @@ struct t61_target {
 
 // The printable repertoire, and the visible one.
 struct printable_target : octet_target {
-    static unsigned char* put(unsigned char* at, uint32_t value, bool) {
+    [[gnu::always_inline]] static unsigned char* put(unsigned char* at, uint32_t value, bool) {
         return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value, true) : nullptr;
     }
     static word marks(word characters) { return not_printable(characters); }
 };
 
+// Stores as many characters from the left of the word as are not marked, `most` at most. The number of them.
+template <class Source, class Target>
+[[gnu::always_inline]] inline unsigned int convert_part(word characters, word marks, unsigned int most, text_rest& text,
+                                                        text_writer& writer) {
+    const unsigned int unmarked = marks != 0 ? octets_before(marks) : word_octets;
+    const unsigned int same = unmarked < most ? unmarked : most;
+    // The others are to leave no trace in the buffer.
+    characters &= ~(~word{0} >> 4 * same >> 4 * same);
+    store_characters<8 * Target::width, 8>(writer.at(), characters);
+    text.skip(same * Source::width);
+    writer.end_at(writer.at() + same * Target::width);
+    return same;
+}
+
 // Takes as many characters as go by words. The number that should then go one by one, before words are tried again.
 template <class Source, class Target>
 [[gnu::always_inline]] inline unsigned int convert_words(text_rest& text, text_writer& writer) {
-    while (text.left >= word_octets * Source::width) {
-        word characters = load_octets<8 * Source::width>(text.at);
-        const word marks = (Source::marks(characters) | Target::marks(characters)) & high_bits;
-        unsigned int same = word_octets;
-        if (marks == 0) {
-            writer.make_room(word_octets * Target::width);
-        } else {
-            same = octets_before(marks);
-            if (same < word_octets / 2 || !writer.has_room(word_octets * Target::width)) break;
-            characters &= ~(~word{0} >> 8 * same);  // what is not taken now is to leave no trace in the buffer
+    const auto marks_of = [](word characters) {
+        return (Source::marks(characters) | Target::marks(characters)) & high_bits;
+    };
+    constexpr size_t octets = word_octets * Source::width;
+    while (text.left >= octets) {
+        const word characters = load_octets<8 * Source::width>(text.at);
+        const word marks = marks_of(characters);
+        if (marks != 0) {
+            if (octets_before(marks) < word_octets / 2 || !writer.has_room(word_octets * Target::width)) return word_octets;
+            convert_part<Source, Target>(characters, marks, word_octets, text, writer);
+            return 1;
         }
+        writer.make_room(word_octets * Target::width);
         store_characters<8 * Target::width, 8>(writer.at(), characters);
-        text.skip(same * Source::width);
-        writer.end_at(writer.at() + same * Target::width);
-        if (same != word_octets) return 1;
+        text.skip(octets);
+        writer.end_at(writer.at() + word_octets * Target::width);
     }
-    return word_octets;
+    // Of the last word of the text what has not been taken yet.
+    const auto left = static_cast<unsigned int>(text.left / Source::width);
+    const size_t taken = octets - left * Source::width;
+    if (left == 0 || static_cast<size_t>(text.at - text.begin) < taken || !writer.has_room(word_octets * Target::width))
+        return word_octets;
+    const word last = load_octets<8 * Source::width>(text.at - taken) << 8 * (word_octets - left);
+    const unsigned int same = convert_part<Source, Target>(last, marks_of(last), left, text, writer);
+    return same < word_octets / 2 ? word_octets : 1;
 }
 
 // The same between sets whose characters have 2 or 4 octets, or into octets: all characters go by words that have a
@@ -255,18 +278,32 @@ template <unsigned int From, unsigned int To>
 // What a failed conversion leaves of the text in the output.
 enum class on_failure { reset, keep };
 
-// Takes so many characters, or all that are left, one by one. False when one is malformed or has no form. `Ample`: there
-// are enough octets left and there is enough room for any such characters.
-template <class Source, class Target, bool Ample>
-[[gnu::always_inline]] inline bool convert_singly(text_rest& text, text_writer& writer, unsigned int characters) {
-    for (; characters != 0 && (Ample || text.left != 0); --characters) {
+// Takes so many characters one by one: there are enough octets left and there is enough room for any such. False when
+// one is malformed or has no form.
+template <class Source, class Target>
+[[gnu::always_inline]] inline bool convert_amply(text_rest& text, text_writer& writer, unsigned int characters) {
+    for (; characters != 0; --characters) {
         uint32_t value = 0;
-        const unsigned int octets = Source::read(text, value, Ample);
+        const unsigned int octets = Source::read(text, value, true);
+        if (octets == 0) return false;
+        unsigned char* end = Target::put(writer.at(), value, true);
+        if (end == nullptr) return false;
+        text.skip(octets);
+        writer.end_at(end);
+    }
+    return true;
+}
+// The same where neither is known; it stops where the text ends.
+template <class Source, class Target>
+[[gnu::noinline]] bool convert_carefully(text_rest& text, text_writer& writer, unsigned int characters) {
+    for (; characters != 0 && text.left != 0; --characters) {
+        uint32_t value = 0;
+        const unsigned int octets = Source::read(text, value, text.left >= Source::most);
         if (octets == 0) return false;
         text.skip(octets);
-        if (!Ample && std::is_same_v<Source, t61_source> && value == 0) return true;
-        if (!Ample && !writer.has_room(Target::most)) writer.make_room(Target::length(value));
-        unsigned char* end = Target::put(writer.at(), value, Ample);
+        if (std::is_same_v<Source, t61_source> && value == 0) return true;
+        if (!writer.has_room(Target::most)) writer.make_room(Target::length(value));
+        unsigned char* end = Target::put(writer.at(), value, false);
         if (end == nullptr) return false;
         writer.end_at(end);
     }
@@ -275,7 +312,7 @@ template <class Source, class Target, bool Ample>
 
 template <class Source, class Target>
 int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_failure::reset) {
-    text_rest text{in.current(), in.remaining(), in.fill_octet()};
+    text_rest text{in.current(), in.remaining(), in.fill_octet(), in.current()};
     text_writer writer(out, Source::count(text) * Target::width);
     bool converted = true;
     while (converted && text.left != 0) {
@@ -286,8 +323,16 @@ int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_f
             singly = convert_words<Source, Target>(text, writer);
         }
         const bool ample = text.left >= word_octets * Source::most && writer.has_room(word_octets * Target::most);
-        converted = ample ? convert_singly<Source, Target, true>(text, writer, singly)
-                          : convert_singly<Source, Target, false>(text, writer, singly);
+        if (ample) {
+            converted = convert_amply<Source, Target>(text, writer, singly);
+        } else {
+            // By copies: what is pointed to would not stay in registers.
+            text_rest rest = text;
+            text_writer ending = writer;
+            converted = convert_carefully<Source, Target>(rest, ending, singly);
+            text = rest;
+            writer.end_as(ending);
+        }
     }
     writer.finish();
     if (converted) return 0;
