@@ -26,6 +26,10 @@ struct text_rest {
         at += octets;
         left -= octets;
     }
+    void back(size_t octets) {
+        at -= octets;
+        left += octets;
+    }
 };
 
 // Sources. `width` is the least number of octets that a character has, `most` the greatest. `read` gives the next
@@ -95,10 +99,11 @@ private:
         const unsigned int read = read_long(octets, value);
         return read < left ? read : static_cast<unsigned int>(left);
     }
+    // Adds what the octets behind the lead octet hold; the number of all.
     template <unsigned int Count>
-    static unsigned int follow(const unsigned char* at, uint32_t& value) {
-        for (unsigned int i = 1; i <= Count; ++i)
-            value = (value << 6) + at[i] - 0x80;
+    [[gnu::always_inline]] static unsigned int follow(const unsigned char* at, uint32_t& value) {
+        if constexpr (Count > 1) follow<Count - 1>(at, value);
+        value = (value << 6) + at[Count] - 0x80;
         return Count + 1;
     }
 };
@@ -179,11 +184,14 @@ struct utf8_target {
 
 private:
     template <unsigned int Count>
-    static unsigned char* follow(unsigned char* at, uint32_t lead, uint32_t value) {
-        *at++ = static_cast<unsigned char>(lead);
-        for (unsigned int i = Count; i != 0; --i)
-            *at++ = static_cast<unsigned char>(0x80 + (value >> (6 * (i - 1)) & 0x3F));
-        return at;
+    [[gnu::always_inline]] static unsigned char* follow(unsigned char* at, uint32_t lead, uint32_t value) {
+        at[Count] = static_cast<unsigned char>(0x80 + (value & 0x3F));
+        if constexpr (Count > 1) {
+            follow<Count - 1>(at, lead, value >> 6);
+        } else {
+            at[0] = static_cast<unsigned char>(lead);
+        }
+        return at + Count + 1;
     }
 };
 
@@ -258,7 +266,14 @@ template <class Source, class Target>
 template <unsigned int From, unsigned int To>
 [[gnu::always_inline]] inline unsigned int convert_lanes(text_rest& text, text_writer& writer) {
     constexpr unsigned int at_once = word_octets / (From < To ? From : To);
-    while (text.left >= at_once * From) {
+    while (text.left >= From) {
+        if (text.left < at_once * From) {
+            // The last ones together with some that have been taken already, which become what they are.
+            const size_t again = at_once - text.left / From;
+            if (static_cast<size_t>(text.at - text.begin) < again * From) break;
+            text.back(again * From);
+            writer.end_at(writer.at() - again * To);
+        }
         if constexpr (From < To) {
             writer.make_room(at_once * To);
             store_characters<8 * To, 8 * From>(writer.at(), load_word(text.at));
@@ -322,9 +337,10 @@ int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_f
         } else {
             singly = convert_words<Source, Target>(text, writer);
         }
-        const bool ample = text.left >= word_octets * Source::most && writer.has_room(word_octets * Target::most);
+        const auto whole = text.left / Source::most;  // characters at least that do not end with the text
+        const bool ample = whole != 0 && writer.has_room(word_octets * Target::most);
         if (ample) {
-            converted = convert_amply<Source, Target>(text, writer, singly);
+            converted = convert_amply<Source, Target>(text, writer, singly < whole ? singly : static_cast<unsigned int>(whole));
         } else {
             // By copies: what is pointed to would not stay in registers.
             text_rest rest = text;

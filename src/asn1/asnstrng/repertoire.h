@@ -19,11 +19,15 @@ constexpr word not_printable(word octets) {
 inline bool all_printable(const zr_r_buffer_t& text) {
     const unsigned char* at = text.current();
     unsigned int left = text.remaining();
-    for (; left >= word_octets; left -= word_octets, at += word_octets)
-        if ((not_printable(load_word(at)) & high_bits) != 0) return false;
-    for (; left != 0; --left)
-        if (printableStringCharacterIA5_table[*at++] == 0) return false;
-    return true;
+    if (left < word_octets) {
+        for (; left != 0; --left)
+            if (printableStringCharacterIA5_table[*at++] == 0) return false;
+        return true;
+    }
+    word marks = not_printable(load_word(at + left - word_octets));  // the last, some of them twice
+    for (; left > word_octets && (marks & high_bits) == 0; left -= word_octets, at += word_octets)
+        marks = not_printable(load_word(at));
+    return (marks & high_bits) == 0;
 }
 
 }  // namespace zr

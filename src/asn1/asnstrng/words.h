@@ -39,9 +39,9 @@ uint32_t load_unit(const unsigned char* at) {
     return static_cast<uint32_t>(at[0]) << 24 | static_cast<uint32_t>(at[1] << 16 | at[2] << 8 | at[3]);
 }
 template <unsigned int Octets>
-void store_unit(unsigned char* at, uint32_t value) {
-    for (unsigned int i = 0; i != Octets; ++i)
-        at[i] = static_cast<unsigned char>(value >> 8 * (Octets - 1 - i));
+[[gnu::always_inline]] inline void store_unit(unsigned char* at, uint32_t value) {
+    at[Octets - 1] = static_cast<unsigned char>(value);
+    if constexpr (Octets > 1) store_unit<Octets - 1>(at, value >> 8);
 }
 
 // The value in each lane of so many bits.
