@@ -61,9 +61,15 @@ struct utf8_source {
     static constexpr unsigned int width = 1;
     static constexpr unsigned int most = 6;
     [[gnu::always_inline]] static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
-        value = text.at[0];
-        if (value < 0x80) return 1;
-        return whole ? read_long(text.at, value) : read_last(text.at, text.left, text.fill, value);
+        const uint32_t lead = text.at[0];
+        value = lead;
+        if (lead < 0x80) return 1;
+        if (lead < 0xC0 || lead > 0xFD) return 0;
+        if (lead < 0xE0) return follow<1>(text, value = lead - 0xC0, whole);
+        if (lead < 0xF0) return follow<2>(text, value = lead - 0xE0, whole);
+        if (lead < 0xF8) return follow<3>(text, value = lead - 0xF0, whole);
+        if (lead < 0xFC) return follow<4>(text, value = lead - 0xF8, whole);
+        return follow<5>(text, value = lead - 0xFC, whole);
     }
     static word marks(word characters) { return characters; }
     // All octets but those from 80 to BF.
@@ -80,31 +86,24 @@ struct utf8_source {
     }
 
 private:
-    // A character of two octets or more.
-    [[gnu::always_inline]] static unsigned int read_long(const unsigned char* at, uint32_t& value) {
-        const uint32_t lead = at[0];
-        if (lead < 0xC0 || lead > 0xFD) return 0;
-        if (lead < 0xE0) return follow<1>(at, value = lead - 0xC0);
-        if (lead < 0xF0) return follow<2>(at, value = lead - 0xE0);
-        if (lead < 0xF8) return follow<3>(at, value = lead - 0xF0);
-        if (lead < 0xFC) return follow<4>(at, value = lead - 0xF8);
-        return follow<5>(at, value = lead - 0xFC);
-    }
-    // Where the text may end within the character.
-    [[gnu::noinline]] static unsigned int read_last(const unsigned char* at, size_t left, unsigned char fill,
-                                                    uint32_t& value) {
-        unsigned char octets[6];
-        for (size_t i = 0; i < sizeof octets; ++i)
-            octets[i] = i < left ? at[i] : fill;
-        const unsigned int read = read_long(octets, value);
-        return read < left ? read : static_cast<unsigned int>(left);
-    }
     // Adds what the octets behind the lead octet hold; the number of all.
     template <unsigned int Count>
-    [[gnu::always_inline]] static unsigned int follow(const unsigned char* at, uint32_t& value) {
-        if constexpr (Count > 1) follow<Count - 1>(at, value);
-        value = (value << 6) + at[Count] - 0x80;
+    [[gnu::always_inline]] static unsigned int follow(const text_rest& text, uint32_t& value, bool whole) {
+        if (!whole && text.left <= Count) return follow_cut(text.at, text.left, text.fill, Count, value);
+        add<Count>(text.at, value);
         return Count + 1;
+    }
+    template <unsigned int Count>
+    [[gnu::always_inline]] static void add(const unsigned char* at, uint32_t& value) {
+        if constexpr (Count > 1) add<Count - 1>(at, value);
+        value = (value << 6) + at[Count] - 0x80;
+    }
+    // Where the text ends within the character.
+    [[gnu::noinline]] static unsigned int follow_cut(const unsigned char* at, size_t left, unsigned char fill,
+                                                     unsigned int count, uint32_t& value) {
+        for (unsigned int i = 1; i <= count; ++i)
+            value = (value << 6) + (i < left ? at[i] : fill) - 0x80;
+        return static_cast<unsigned int>(left);
     }
 };
 
@@ -114,17 +113,12 @@ struct t61_source {
     // An accent at the end is dropped: it gives 0, which is no character of T.61.
     [[gnu::always_inline]] static unsigned int read(const text_rest& text, uint32_t& value, bool whole) {
         const unsigned int octet = text.at[0];
-        value = t61_to_bmp[octet];
-        if (value != 0) return 1;
-        if (!is_t61_accent(octet)) return 0;
-        if (!whole && text.left == 1) return 1;
-        const unsigned int letter = text.at[1];
-        // The accent is dropped before a control octet.
-        if (letter < 0x20) {
-            value = t61_to_bmp[letter];
-        } else if (letter < 0x80) {
-            value = t61_compositions[octet - first_accent][letter];
+        if (!is_t61_accent(octet)) {
+            value = t61_to_bmp[octet];
+            return value != 0 ? 1 : 0;
         }
+        if (!whole && text.left == 1) return 1;
+        value = t61_compositions[octet - first_accent][text.at[1]];
         return value != 0 ? 2 : 0;
     }
     static word marks(word characters) { return not_same_from_t61(characters); }
@@ -242,7 +236,7 @@ template <class Source, class Target>
         const word characters = load_octets<8 * Source::width>(text.at);
         const word marks = marks_of(characters);
         if (marks != 0) {
-            if (octets_before(marks) < word_octets / 2 || !writer.has_room(word_octets * Target::width)) return word_octets;
+            if (number_of(marks) >= 3 || !writer.has_room(word_octets * Target::width)) return word_octets;
             convert_part<Source, Target>(characters, marks, word_octets, text, writer);
             return 1;
         }
@@ -258,7 +252,8 @@ template <class Source, class Target>
         return word_octets;
     const word last = load_octets<8 * Source::width>(text.at - taken) << 8 * (word_octets - left);
     const unsigned int same = convert_part<Source, Target>(last, marks_of(last), left, text, writer);
-    return same < word_octets / 2 ? word_octets : 1;
+    static_cast<void>(same);
+    return word_octets;
 }
 
 // The same between sets whose characters have 2 or 4 octets, or into octets: all characters go by words that have a
@@ -337,10 +332,9 @@ int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_f
         } else {
             singly = convert_words<Source, Target>(text, writer);
         }
-        const auto whole = text.left / Source::most;  // characters at least that do not end with the text
-        const bool ample = whole != 0 && writer.has_room(word_octets * Target::most);
+        const bool ample = text.left >= word_octets * Source::most && writer.has_room(word_octets * Target::most);
         if (ample) {
-            converted = convert_amply<Source, Target>(text, writer, singly < whole ? singly : static_cast<unsigned int>(whole));
+            converted = convert_amply<Source, Target>(text, writer, singly);
         } else {
             // By copies: what is pointed to would not stay in registers.
             text_rest rest = text;

@@ -122,6 +122,9 @@ using composition_table = std::remove_const_t<decltype(zr::t61_compositions)>;
 
 constexpr composition_table compose() {
     composition_table table{};
+    for (zr::t61_table& row : table)
+        for (const unsigned char octet : controls)
+            row[octet] = octet;
     for (const letter_row& row : accents)
         for (unsigned int i = 0; row.letters[i] != '\0'; ++i)
             table[row.prefix - zr::first_accent][static_cast<unsigned char>(row.letters[i])] = row.composed[i];

@@ -14,10 +14,10 @@ using t61_table = std::array<uint16_t, 256>;
 extern const t61_table t61_to_bmp;  // of one octet
 extern const t61_table ia5_to_t61;  // one octet, or an accent and its letter; indexed by the character
 
-// An accent octet stands before its letter.
+// An accent octet stands before its letter; before a control octet it is dropped.
 constexpr unsigned int first_accent = 0xC1;
 constexpr unsigned int last_accent = 0xCF;
-extern const std::array<std::array<uint16_t, 128>, last_accent - first_accent + 1> t61_compositions;
+extern const std::array<t61_table, last_accent - first_accent + 1> t61_compositions;
 
 constexpr bool is_t61_accent(unsigned int octet) { return octet >= first_accent && octet <= last_accent; }
 

@@ -136,6 +136,10 @@ constexpr word is_between(word octets, word least, word most) {
     return at_least(octets, least) & ~at_least(octets, most + 1);
 }
 constexpr word differs(word octets, word from) { return (octets ^ in_lanes<8>(from)) + ascii_octets; }
+// How many octets have bit 7 set, the only one that may be.
+constexpr unsigned int number_of(word marks) {
+    return static_cast<unsigned int>((marks >> 7) * in_lanes<8>(1) >> (word_bits - 8));
+}
 // How many octets stand to the left of the first whose bit 7 is set; there must be one.
 inline unsigned int octets_before(word marks) {
     marks &= high_bits;
