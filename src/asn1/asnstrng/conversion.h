@@ -2,8 +2,8 @@
 //
 // Most characters of most texts are ASCII and the same in both: these go by words. A source loads a word of characters
 // and marks (see words.h) those it does not read as the octet that stands for them in the word; a target marks those
-// that it does not write as that octet with zeros before it. What is marked, and what is left at the end, goes character
-// by character.
+// that it does not write as that octet with zeros before it. What is marked, and what is left at the end, goes
+// character by character.
 #pragma once
 
 #include <type_traits>
@@ -206,7 +206,8 @@ struct t61_target {
 // The printable repertoire, and the visible one.
 struct printable_target : octet_target {
     [[gnu::always_inline]] static unsigned char* put(unsigned char* at, uint32_t value, bool) {
-        return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value, true) : nullptr;
+        return value <= 0xFF && printableStringCharacterIA5_table[value] != 0 ? octet_target::put(at, value, true)
+                                                                              : nullptr;
     }
     static word marks(word characters) { return not_printable(characters); }
 };
@@ -305,10 +306,10 @@ template <class Source, class Target>
 }
 // The same where neither is known; it stops where the text ends.
 template <class Source, class Target>
-[[gnu::noinline]] bool convert_carefully(text_rest& text, text_writer& writer, unsigned int characters) {
+[[gnu::always_inline]] inline bool convert_carefully(text_rest& text, text_writer& writer, unsigned int characters) {
     for (; characters != 0 && text.left != 0; --characters) {
         uint32_t value = 0;
-        const unsigned int octets = Source::read(text, value, text.left >= Source::most);
+        const unsigned int octets = Source::read(text, value, false);
         if (octets == 0) return false;
         text.skip(octets);
         if (std::is_same_v<Source, t61_source> && value == 0) return true;
@@ -333,16 +334,8 @@ int convert(const zr_r_buffer_t& in, zr_buffer_t& out, on_failure failure = on_f
             singly = convert_words<Source, Target>(text, writer);
         }
         const bool ample = text.left >= word_octets * Source::most && writer.has_room(word_octets * Target::most);
-        if (ample) {
-            converted = convert_amply<Source, Target>(text, writer, singly);
-        } else {
-            // By copies: what is pointed to would not stay in registers.
-            text_rest rest = text;
-            text_writer ending = writer;
-            converted = convert_carefully<Source, Target>(rest, ending, singly);
-            text = rest;
-            writer.end_as(ending);
-        }
+        converted = ample ? convert_amply<Source, Target>(text, writer, singly)
+                          : convert_carefully<Source, Target>(text, writer, singly);
     }
     writer.finish();
     if (converted) return 0;

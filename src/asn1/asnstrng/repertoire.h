@@ -10,8 +10,8 @@ namespace zr {
 // Marks the octets of a word that are not in the repertoire.
 constexpr word not_printable(word octets) {
     const word low = octets & ascii_octets;
-    const word in = is_between(low | in_lanes<8>(0x20), 'a', 'z') |         // both cases
-                    (is_between(low, '\'', ':') & differs(low, '*')) |      // '()+,-./0123456789:
+    const word in = is_between(low | in_lanes<8>(0x20), 'a', 'z') |     // both cases
+                    (is_between(low, '\'', ':') & differs(low, '*')) |  // '()+,-./0123456789:
                     ~(differs(low, ' ') & differs(low, '?'));
     return octets | ~in;
 }

@@ -22,9 +22,6 @@ public:
     unsigned char* at() const { return room_.at; }
     void end_at(unsigned char* at) { room_.at = at; }
 
-    // Continues where a copy of the writer has ended.
-    void end_as(const text_writer& copy) { room_ = copy.room_; }
-
     void finish() { take(out_, room_.at); }
     // Takes back all that was put.
     void reset() {

@@ -9,9 +9,7 @@
 namespace zr {
 
 inline __m128i load_vector(const unsigned char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
-inline void store_vector(unsigned char* at, __m128i value) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(at), value);
-}
+inline void store_vector(unsigned char* at, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(at), value); }
 inline word left_of(__m128i value) { return most_significant_first(static_cast<word>(_mm_cvtsi128_si64(value))); }
 
 // The last octet of each of eight characters; in `fit`, FF for those whose other octets are zero and 0 for the others.
