@@ -20,8 +20,9 @@ struct text_rest {
     const unsigned char* at;
     size_t left;
     unsigned char fill;
-    const unsigned char* begin;
+    const unsigned char* begin;  // of the whole text
 
+    size_t passed() const { return static_cast<size_t>(at - begin); }
     void skip(size_t octets) {
         at += octets;
         left -= octets;
@@ -212,10 +213,10 @@ struct printable_target : octet_target {
     static word marks(word characters) { return not_printable(characters); }
 };
 
-// Stores as many characters from the left of the word as are not marked, `most` at most. The number of them.
+// Takes as many characters from the left of the word as are not marked, `most` at most.
 template <class Source, class Target>
-[[gnu::always_inline]] inline unsigned int convert_part(word characters, word marks, unsigned int most, text_rest& text,
-                                                        text_writer& writer) {
+[[gnu::always_inline]] inline void convert_part(word characters, word marks, unsigned int most, text_rest& text,
+                                                text_writer& writer) {
     const unsigned int unmarked = marks != 0 ? octets_before(marks) : word_octets;
     const unsigned int same = unmarked < most ? unmarked : most;
     // The others are to leave no trace in the buffer.
@@ -223,10 +224,10 @@ template <class Source, class Target>
     store_characters<8 * Target::width, 8>(writer.at(), characters);
     text.skip(same * Source::width);
     writer.end_at(writer.at() + same * Target::width);
-    return same;
 }
 
-// Takes as many characters as go by words. The number that should then go one by one, before words are tried again.
+// Takes characters by words. The number that should then go one by one, before words are tried again: one where few of
+// a word are marked.
 template <class Source, class Target>
 [[gnu::always_inline]] inline unsigned int convert_words(text_rest& text, text_writer& writer) {
     const auto marks_of = [](word characters) {
@@ -246,19 +247,17 @@ template <class Source, class Target>
         text.skip(octets);
         writer.end_at(writer.at() + word_octets * Target::width);
     }
-    // Of the last word of the text what has not been taken yet.
+    // Of the last word of the text, which begins before what is left of it, the characters that are left.
     const auto left = static_cast<unsigned int>(text.left / Source::width);
-    const size_t taken = octets - left * Source::width;
-    if (left == 0 || static_cast<size_t>(text.at - text.begin) < taken || !writer.has_room(word_octets * Target::width))
-        return word_octets;
-    const word last = load_octets<8 * Source::width>(text.at - taken) << 8 * (word_octets - left);
-    const unsigned int same = convert_part<Source, Target>(last, marks_of(last), left, text, writer);
-    static_cast<void>(same);
+    const size_t before = octets - left * Source::width;
+    if (left != 0 && text.passed() >= before && writer.has_room(word_octets * Target::width)) {
+        const word last = load_octets<8 * Source::width>(text.at - before) << 8 * (word_octets - left);
+        convert_part<Source, Target>(last, marks_of(last), left, text, writer);
+    }
     return word_octets;
 }
 
-// The same between sets whose characters have 2 or 4 octets, or into octets: all characters go by words that have a
-// form.
+// The same from characters of 2 or 4 octets into others of 1, 2 or 4: all that have a form go by words.
 template <unsigned int From, unsigned int To>
 [[gnu::always_inline]] inline unsigned int convert_lanes(text_rest& text, text_writer& writer) {
     constexpr unsigned int at_once = word_octets / (From < To ? From : To);
@@ -266,7 +265,7 @@ template <unsigned int From, unsigned int To>
         if (text.left < at_once * From) {
             // The last ones together with some that have been taken already, which become what they are.
             const size_t again = at_once - text.left / From;
-            if (static_cast<size_t>(text.at - text.begin) < again * From) break;
+            if (text.passed() < again * From) break;
             text.back(again * From);
             writer.end_at(writer.at() - again * To);
         }
