@@ -39,10 +39,18 @@ outcome run(const conversion& convert, octets text, unsigned char fill = 0, unsi
     input cursor(text);
     cursor.move_to(cursor.current() + offset, count);
     cursor.set_fill_octet(fill);
-    zr_buffer_t out(zr_normal);
+    zr_buffer_t out(32 * offset, zr_secure);
+    out.clear();
     out.append("x");
+    const unsigned int capacity = out.capacity();
     const int status = convert(cursor, out);
     EXPECT_EQ(cursor.consumed(), offset);
+    // Nothing is left behind the text in a block that held only zeros.
+    if (status == 0 && out.capacity() == capacity) {
+        EXPECT_TRUE(std::all_of(out.data() + out.length(), out.data() + capacity, [](auto octet) {
+            return octet == 0;
+        })) << hex(text);
+    }
     EXPECT_EQ(out.length() == 0 ? 0 : out.data()[0], 'x');
     return {status, octets(out.data() + 1, out.data() + out.length())};
 }
