@@ -32,19 +32,31 @@ struct outcome {
     int status;
     octets appended;
 };
-outcome run(const conversion& convert, const octets& text, unsigned char fill = 0) {
+// The text begins `offset` octets into its block.
+outcome run(const conversion& convert, octets text, unsigned char fill = 0, unsigned int offset = 0) {
+    const auto count = static_cast<unsigned int>(text.size());
+    text.insert(text.begin(), offset, 0x80);
     input cursor(text);
+    cursor.move_to(cursor.current() + offset, count);
     cursor.set_fill_octet(fill);
-    zr_buffer_t out(zr_normal);
+    zr_buffer_t out(32 * offset, zr_secure);
+    out.clear();
     out.append("x");
+    const unsigned int capacity = out.capacity();
     const int status = convert(cursor, out);
-    EXPECT_EQ(cursor.consumed(), 0);
+    EXPECT_EQ(cursor.consumed(), offset);
+    // Nothing is left behind the text in a block that held only zeros.
+    if (status == 0 && out.capacity() == capacity) {
+        EXPECT_TRUE(std::all_of(out.data() + out.length(), out.data() + capacity, [](auto octet) {
+            return octet == 0;
+        })) << hex(text);
+    }
     EXPECT_EQ(out.length() == 0 ? 0 : out.data()[0], 'x');
     return {status, octets(out.data() + 1, out.data() + out.length())};
 }
 
 // Characters in every form; null where they have none. The first and the last of each length of UTF-8 are among them.
-enum form { utf8, universal, bmp, ia5 };
+enum form { utf8, universal, bmp, ia5, others };
 constexpr const char* letter_a[] = {"41 ", "00 00 00 41 ", "00 41 ", "41 "};
 const char* const characters[][4] = {
     {"00 7f", "00 00 00 00 00 00 00 7f", "00 00 00 7f", "00 7f"},
@@ -57,21 +69,44 @@ const char* const characters[][4] = {
     {"fc 84 80 80 80 80 fd bf bf bf bf bf", "04 00 00 00 7f ff ff ff", nullptr, nullptr},
 };
 
+// IA52P and IA52V replace what there was.
+template <int (*Convert)(const zr_r_buffer_t&, zr_buffer_t&)>
+int appending(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    zr_buffer_t replaced(zr_secure);
+    const int status = Convert(in, replaced);
+    out.append(replaced);
+    return status;
+}
+
+const struct {
+    const char* name;
+    form from, to;
+    bool keeps;  // what stands before a character that is refused
+    conversion convert;
+} converters[] = {
+    {"IA52UTF8", ia5, utf8, false, IA52UTF8},
+    {"BMP2UTF8", bmp, utf8, false, BMP2UTF8},
+    {"U2UTF8", universal, utf8, false, U2UTF8},
+    {"UTF82U", utf8, universal, true, UTF82U},
+    {"UTF82BMP", utf8, bmp, true, UTF82BMP},
+    {"UTF82IA5", utf8, ia5, true, UTF82IA5},
+    {"U2BMP", universal, bmp, false, U2BMP},
+    {"U2IA5", universal, ia5, false, U2IA5},
+    {"BMP2U", bmp, universal, false, BMP2U},
+    {"BMP2IA5", bmp, ia5, false, BMP2IA5},
+    {"IA52BMP", ia5, bmp, false, IA52BMP},
+    {"IA52U", ia5, universal, false, IA52U},
+    // Texts that the first table has nothing for: of one octet a letter.
+    {"T612BMP", others, others, false, T612BMP},
+    {"T612IA5", others, others, false, T612IA5},
+    {"IA52T61", others, others, false, IA52T61},
+    {"IA52P", others, others, false, appending<IA52P>},
+    {"IA52V", others, others, false, appending<IA52V>},
+};
+
 TEST(codesets, every_form_into_every_other) {
-    const struct {
-        const char* name;
-        form from, to;
-        bool keeps;  // what stands before a character that is refused
-        conversion convert;
-    } converters[] = {
-        {"IA52UTF8", ia5, utf8, false, IA52UTF8},   {"BMP2UTF8", bmp, utf8, false, BMP2UTF8},
-        {"U2UTF8", universal, utf8, false, U2UTF8}, {"UTF82U", utf8, universal, true, UTF82U},
-        {"UTF82BMP", utf8, bmp, true, UTF82BMP},    {"UTF82IA5", utf8, ia5, true, UTF82IA5},
-        {"U2BMP", universal, bmp, false, U2BMP},    {"U2IA5", universal, ia5, false, U2IA5},
-        {"BMP2U", bmp, universal, false, BMP2U},    {"BMP2IA5", bmp, ia5, false, BMP2IA5},
-        {"IA52BMP", ia5, bmp, false, IA52BMP},      {"IA52U", ia5, universal, false, IA52U},
-    };
     for (const auto& c : converters) {
+        if (c.from == others) continue;
         for (const auto& forms : characters) {
             if (forms[c.from] == nullptr) continue;
             SCOPED_TRACE(std::string(c.name) + " of " + forms[c.from]);
@@ -82,6 +117,70 @@ TEST(codesets, every_form_into_every_other) {
                                       std::string(out != nullptr ? out : "")));
         }
         EXPECT_EQ(run(c.convert, {}).status, 0);
+    }
+}
+
+// Words of letters are the same as letter by letter: a text is what its characters are alone, wherever one that is no
+// letter stands in it. Over all of these every length comes with every place and every alignment.
+TEST(codesets, one_odd_character_anywhere) {
+    for (const auto& c : converters) {
+        const unsigned int width = c.from == universal ? 4 : c.from == bmp ? 2 : 1;
+        const auto character = [width](uint32_t value) {
+            octets text;
+            for (unsigned int i = width; i != 0; --i)
+                text.push_back(static_cast<unsigned char>(value >> 8 * (i - 1)));
+            return text;
+        };
+        octets letters[26], letters_alone[26];
+        for (unsigned int i = 0; i < 26; ++i) {
+            letters[i] = character('a' + i);
+            letters_alone[i] = run(c.convert, letters[i]).appended;
+        }
+        for (uint32_t k = 0; k < 256; ++k) {
+            // Any octet, with those behind it that it may take with it; else the numbers around the powers of two.
+            octets odd = character(width == 1 ? k : (uint32_t{1} << k % 32) - k / 32 % 2);
+            if (width == 1) odd.insert(odd.end(), 5, 'a');
+            const outcome odd_alone = run(c.convert, odd);
+            for (unsigned int length = 0; length <= 40; ++length) {
+                for (unsigned int place = k % 8; place <= length; place += 8) {
+                    octets text, expected;
+                    for (unsigned int i = 0; i <= length; ++i) {
+                        const octets& next = i == place ? odd : letters[i % 26];
+                        const octets& alone = i == place ? odd_alone.appended : letters_alone[i % 26];
+                        text.insert(text.end(), next.begin(), next.end());
+                        if (odd_alone.status == 0 || (c.keeps && i <= place))
+                            expected.insert(expected.end(), alone.begin(), alone.end());
+                    }
+                    const auto [status, appended] = run(c.convert, text, 0, (k / 8 + length) % 16);
+                    ASSERT_EQ(status, odd_alone.status) << c.name << " of " << hex(text);
+                    ASSERT_EQ(appended, expected) << c.name << " of " << hex(text);
+                }
+            }
+        }
+    }
+}
+
+// Nothing of a text stays in a block that was too small, or in what a secure buffer releases.
+TEST(codesets, secure_texts_are_wiped) {
+    for (const auto& c : converters) {
+        octets text;
+        for (unsigned int i = 0; i < 3000; ++i) {
+            if (c.from == universal || c.from == bmp) text.insert(text.end(), c.from == bmp ? 1 : 3, 0);
+            text.push_back(static_cast<unsigned char>('a' + i % 26));
+        }
+        const octets part = run(c.convert, octets(text.begin(), text.begin() + 32)).appended;
+        const std::string secret(part.begin(), part.end());
+        const input in(text);
+        for (const security_t security : {zr_normal, zr_secure}) {
+            const zr_test::secret_search search({secret});
+            {
+                zr_buffer_t out(security);
+                EXPECT_EQ(c.convert(in, out), 0);
+                EXPECT_NE(std::string_view(reinterpret_cast<char*>(out.data()), out.length()).find(secret),
+                          secret.npos);
+            }
+            EXPECT_EQ(search.found() != 0, security == zr_normal) << c.name;
+        }
     }
 }
 

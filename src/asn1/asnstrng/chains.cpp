@@ -1,11 +1,12 @@
 #include "asn1/asnstrng/chains.h"
 
 #include "asn1/asnstrng/code_sets.h"
+#include "asn1/asnstrng/conversion.h"
 #include "asn1/asnstrng/converters.h"
-#include "asn1/asnstrng/repertoire.h"
-#include "asn1/status.h"
 
 namespace {
+
+using namespace zr;
 
 using converter = int (*)(const zr_r_buffer_t& in, zr_buffer_t& out);
 
@@ -13,10 +14,7 @@ int refuse(const zr_r_buffer_t&, zr_buffer_t&) { return zr_err_conversion; }
 int copy(const zr_r_buffer_t& in, zr_buffer_t& out) { return out.append(in); }
 
 int in_printable(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    return zr::all_in(in, printableStringCharacterIA5_table) ? out.append(in) : zr_err_conversion;
-}
-int in_visible(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    return zr::all_in(in, visibleStringCharacterIA5_table) ? out.append(in) : zr_err_conversion;
+    return all_printable(in) ? out.append(in) : zr_err_conversion;
 }
 
 // A converter that takes its cursor by value.
@@ -24,31 +22,25 @@ template <int (*Convert)(zr_r_buffer_t, zr_buffer_t&)>
 int by_value(const zr_r_buffer_t& in, zr_buffer_t& out) {
     return Convert(in, out);
 }
-
-// Two steps. What stands between them is wiped, since it may be a secret in a form of its own.
-template <converter First, converter Second>
-int then(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    zr_buffer_t between(zr_secure);
-    const int status = First(in, between);
-    return status != 0 ? status : Second(between, out);
+// One that has no name outside.
+template <class Source, class Target>
+int way(const zr_r_buffer_t& in, zr_buffer_t& out) {
+    return convert<Source, Target>(in, out);
 }
 
 constexpr converter ia5_utf8 = by_value<IA52UTF8>;
 constexpr converter bmp_utf8 = by_value<BMP2UTF8>;
 constexpr converter u_utf8 = by_value<U2UTF8>;
-constexpr converter t61_utf8 = then<T612BMP, bmp_utf8>;
-constexpr converter t61_print = then<T612IA5, in_printable>;
-constexpr converter u_print = then<U2IA5, in_printable>;
-constexpr converter bmp_print = then<BMP2IA5, in_printable>;
+constexpr converter t61_utf8 = way<t61_source, utf8_target>;
+constexpr converter t61_print = way<t61_source, printable_target>;
+constexpr converter u_print = way<universal_source, printable_target>;
+constexpr converter bmp_print = way<bmp_source, printable_target>;
 constexpr converter utf8_ia5 = by_value<UTF82IA5>;
-constexpr converter utf8_t61 = then<utf8_ia5, IA52T61>;
-constexpr converter u_t61 = then<U2IA5, IA52T61>;
-constexpr converter bmp_t61 = then<BMP2IA5, IA52T61>;
-constexpr converter t61_vis = then<T612IA5, in_visible>;
-constexpr converter u_vis = then<U2IA5, in_visible>;
-constexpr converter bmp_vis = then<BMP2IA5, in_visible>;
+constexpr converter utf8_t61 = way<utf8_source, t61_target>;
+constexpr converter u_t61 = way<universal_source, t61_target>;
+constexpr converter bmp_t61 = way<bmp_source, t61_target>;
 constexpr converter utf8_u = by_value<UTF82U>;
-constexpr converter t61_u = then<T612BMP, BMP2U>;
+constexpr converter t61_u = way<t61_source, universal_target>;
 constexpr converter utf8_bmp = by_value<UTF82BMP>;
 
 constexpr unsigned int code_set_count = 7;
@@ -61,7 +53,7 @@ constexpr converter chains[code_set_count][code_set_count] = {
     /* printable */ {in_printable, copy,    t61_print, in_printable, refuse,  u_print,   bmp_print},
     /* T.61 */      {utf8_t61,     IA52T61, copy,      IA52T61,      refuse,  u_t61,     bmp_t61},
     /* IA5 */       {utf8_ia5,     copy,    T612IA5,   copy,         refuse,  U2IA5,     BMP2IA5},
-    /* visible */   {in_visible,   refuse,  t61_vis,   in_visible,   copy,    u_vis,     bmp_vis},
+    /* visible */   {in_printable, refuse,  t61_print, in_printable, copy,    u_print,   bmp_print},
     /* universal */ {utf8_u,       IA52U,   t61_u,     IA52U,        refuse,  copy,      BMP2U},
     /* BMP */       {utf8_bmp,     IA52BMP, T612BMP,   IA52BMP,      refuse,  U2BMP,     copy},
 };

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "asn1/ascii.h"
 #include "asn1/asnstrng/chains.h"
 #include "asn1/asnstrng/converters.h"
 
@@ -117,16 +118,12 @@ unsigned int zr_asn_charstring::choose(const zr_code_set (&candidates)[7], const
 int zr_asn_charstring::set_value_C(char* text) {
     constexpr zr_code_set candidates[] = {zr_printable, zr_t61, zr_visible, zr_ia5, zr_bmp, zr_utf8, zr_universal};
     zr_r_buffer_t local = cursor_over(text);
-    zr_buffer_t ia5(mode_);
-    ia5.extend(local.remaining());
-    for (const unsigned char* octet = local.current(); octet != local.current() + local.remaining(); ++octet) {
-        const int32_t mapped = Local2IA5_table[*octet ^ 0x80u];
-        if (mapped < 0) return zr_err_conversion;
-        ia5.append(static_cast<unsigned char>(mapped));
-    }
+    // Local2IA5_table maps ASCII to itself and has nothing else.
+    if (!zr::is_ascii(local.current(), local.remaining())) return zr_err_conversion;
     zr_buffer_t chosen(mode_);
     auto codeset = static_cast<unsigned int>(preferred_codeset_);
-    if (codeset == 0 || zr::convert_text(zr_ia5, ia5, codeset, chosen) != 0) codeset = choose(candidates, ia5, chosen);
+    if (codeset == 0 || zr::convert_text(zr_ia5, local, codeset, chosen) != 0)
+        codeset = choose(candidates, local, chosen);
     return codeset != 0 ? store(codeset, chosen) : zr_err_conversion;
 }
 
@@ -238,6 +235,7 @@ int zr_asn_charstring::get_value_UTF8(zr_buffer_t& out) const { return convert2U
 int zr_asn_charstring::get_value_C(zr_buffer_t& out, char replacement) const {
     if (int status = convert2IA5(out)) return status;
     unsigned char* octets = out.current();
+    if (zr::is_ascii(octets, out.length())) return 0;  // IA52Local_table maps it to itself
     for (unsigned int i = 0; i < out.length(); ++i) {
         const int32_t mapped = IA52Local_table[octets[i]];
         if (mapped < 0 && replacement == 0) {

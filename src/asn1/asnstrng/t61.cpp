@@ -1,12 +1,8 @@
-#include <array>
+#include "asn1/asnstrng/t61.h"
 
-#include "asn1/asnstrng/converters.h"
-#include "asn1/asnstrng/text_writer.h"
-#include "asn1/status.h"
+#include <type_traits>
 
 namespace {
-
-// In all tables 0 is what has no counterpart; U+0000 itself has none.
 
 // The control octets that both directions copy.
 constexpr unsigned char controls[] = {0x08, 0x0A, 0x0C, 0x0D, 0x1A};
@@ -107,11 +103,9 @@ constexpr octet_row ia5_octets[] = {
     {0xF8, {0xF9, 0xC175, 0xC275, 0xC375, 0xC875, 0xC279, 0xFC, 0xC879}},
 };
 
-using octet_table = std::array<uint16_t, 256>;
-
 template <size_t N>
-constexpr octet_table octets_with(const octet_row (&rows)[N]) {
-    octet_table table{};
+constexpr zr::t61_table octets_with(const octet_row (&rows)[N]) {
+    zr::t61_table table{};
     for (const unsigned char octet : controls)
         table[octet] = octet;
     for (unsigned int octet = 0x20; octet <= 0x7E; ++octet)
@@ -124,68 +118,25 @@ constexpr octet_table octets_with(const octet_row (&rows)[N]) {
     return table;
 }
 
-constexpr unsigned int first_accent = 0xC1;
-constexpr unsigned int last_accent = 0xCF;
-
-using composition_table = std::array<std::array<uint16_t, 128>, last_accent - first_accent + 1>;
+using composition_table = std::remove_const_t<decltype(zr::t61_compositions)>;
 
 constexpr composition_table compose() {
     composition_table table{};
+    for (zr::t61_table& row : table)
+        for (const unsigned char octet : controls)
+            row[octet] = octet;
     for (const letter_row& row : accents)
         for (unsigned int i = 0; row.letters[i] != '\0'; ++i)
-            table[row.prefix - first_accent][static_cast<unsigned char>(row.letters[i])] = row.composed[i];
+            table[row.prefix - zr::first_accent][static_cast<unsigned char>(row.letters[i])] = row.composed[i];
     return table;
 }
 
-constexpr octet_table t61_to_bmp = octets_with(t61_octets);
-constexpr octet_table ia5_to_t61 = octets_with(ia5_octets);
-constexpr composition_table compositions = compose();
-
-constexpr bool is_control(unsigned int octet) { return octet < 0x20 && t61_to_bmp[octet] != 0; }
-constexpr bool is_accent(unsigned int octet) { return octet >= first_accent && octet <= last_accent; }
-
 }  // namespace
 
-int T612BMP(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    zr::octet_reader octets(in);
-    zr::text_writer writer(out);
-    unsigned int accent = 0;  // pending; at the end it is dropped
-    while (!octets.at_end()) {
-        const unsigned int octet = octets.next();
-        if (is_accent(octet) && accent == 0) {
-            accent = octet;
-            continue;
-        }
-        uint16_t value = t61_to_bmp[octet];
-        if (accent != 0 && !is_control(octet)) value = octet < 0x80 ? compositions[accent - first_accent][octet] : 0;
-        if (value == 0) {
-            writer.reset();
-            return zr_err_conversion;
-        }
-        writer.put(value >> 8);
-        writer.put(value);
-        accent = 0;
-    }
-    return 0;
-}
+namespace zr {
 
-int T612IA5(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    zr_buffer_t bmp(zr_secure);  // may hold a secret
-    const int status = T612BMP(in, bmp);
-    return status != 0 ? status : BMP2IA5(bmp, out);
-}
+constexpr t61_table t61_to_bmp = octets_with(t61_octets);
+constexpr t61_table ia5_to_t61 = octets_with(ia5_octets);
+constexpr composition_table t61_compositions = compose();
 
-int IA52T61(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    zr::octet_reader octets(in);
-    zr::text_writer writer(out);
-    while (!octets.at_end()) {
-        const uint16_t value = ia5_to_t61[octets.next()];
-        if (value == 0) {
-            writer.reset();
-            return zr_err_conversion;
-        }
-        if (value > 0xFF) writer.put(value >> 8);
-        writer.put(value);
-    }
-    return 0;
-}
+}  // namespace zr

@@ -1,47 +1,54 @@
-// Reading and writing a text octet by octet.
+// Writing a text into a buffer, whose room is looked at before octets are written.
 #pragma once
-
-#include <algorithm>
 
 #include "asn1/asnbase/buffer.h"
 
 namespace zr {
 
-// octet_reader gives the octets at a cursor, and its fill octet behind the last.
-class octet_reader {
-public:
-    explicit octet_reader(const zr_r_buffer_t& in)
-        : next_(in.current()), end_(in.current() + in.remaining()), fill_(in.fill_octet()) {}
-    bool at_end() const { return next_ == end_; }
-    unsigned char next() { return next_ != end_ ? *next_++ : fill_; }
-
-private:
-    const unsigned char* next_;
-    const unsigned char* end_;
-    unsigned char fill_;
-};
-
-// text_writer appends to a buffer, which it lets grow by half so that long texts are moved a few times only.
+// text_writer appends to a buffer, whose length is right after finish, reset or an exception only. What is behind that
+// length may have been overwritten with zeros.
 class text_writer {
 public:
-    explicit text_writer(zr_buffer_t& out) : out_(out), start_(out.length()) {}
-    // Appends the low eight bits.
-    void put(uint32_t octet) {
-        if (!out_.fits(1)) out_.make_room(1, step());
-        out_.append(octet);
+    // `expected` octets will probably be put; more or fewer may be.
+    text_writer(zr_buffer_t& out, uint64_t expected)
+        : out_(out), start_(out.length()), expected_(out.length() + expected), room_(room_in(out)) {}
+
+    bool has_room(size_t octets) const { return octets <= static_cast<size_t>(room_.end - room_.at); }
+    // For some octets. May throw zr_asn_memexception; what was put until then stays.
+    void make_room(unsigned int octets) {
+        if (!has_room(octets)) room_ = grow(out_, room_.at, octets, expected_);
     }
+    // The place for the next octets; `end_at` takes those that were written from there on.
+    unsigned char* at() const { return room_.at; }
+    void end_at(unsigned char* at) { room_.at = at; }
+
+    void finish() { take(out_, room_.at); }
     // Takes back all that was put.
-    void reset() { out_.truncate(start_); }
+    void reset() {
+        finish();
+        out_.truncate(start_);
+    }
 
 private:
-    unsigned int step() const {
-        // Up to 2^32-1 octets; the buffer adds less than 1024 of its own accord.
-        const unsigned int spare = UINT32_MAX - 1024 - std::min<unsigned int>(out_.capacity(), UINT32_MAX - 1024);
-        return std::max(64u, std::min(out_.capacity() / 2, spare));
+    struct room {
+        unsigned char* at;
+        unsigned char* end;
+    };
+    static room room_in(zr_buffer_t& out) {
+        unsigned char* at = out.current() + out.length();
+        return {at, out.fits(0) ? out.data() + out.capacity() : at};
     }
+    // Makes the buffer hold all octets up to `at`.
+    static void take(zr_buffer_t& out, const unsigned char* at) {
+        out.move_to(out.current(), static_cast<unsigned int>(at - out.current()));
+    }
+    // Static and with copies: the compiler can keep what the writer is made of in registers.
+    static room grow(zr_buffer_t& out, const unsigned char* at, unsigned int octets, uint64_t expected);
 
     zr_buffer_t& out_;
     unsigned int start_;
+    uint64_t expected_;  // length of the buffer at the end
+    room room_;
 };
 
 }  // namespace zr
