@@ -6,7 +6,6 @@
 
 #include "asn1/asnstrng.h"
 #include "asn1/zrasnbase.h"
-#include "support/allocations.h"
 #include "support/ber.h"
 #include "support/slots.h"
 
@@ -350,27 +349,6 @@ TEST(charstring, array_forms_and_null) {
     expect_stored(object, object.set_value_BMP(static_cast<unsigned short*>(nullptr)), 30, "");
     expect_stored(object, object.set_value_uninterpreted(nullptr, 5), 30, "");
     EXPECT_EQ(object.is_present(), 1);
-}
-
-// The text is wiped also when the string was made secure later.
-TEST(charstring, secure_texts_are_wiped) {
-    for (const security_t mode : {zr_normal, zr_secure}) {
-        int found = 0;
-        std::string some(200, '#'), more(2000, '#');
-        allocations watch;
-        watch.on_release(
-            [](void* context, const void* block, size_t size) {
-                if (memmem(block, size, "####", 4) != nullptr) ++*static_cast<int*>(context);
-            },
-            &found);
-        {
-            zr_asn_UTF8String object(zr_normal);
-            object.set_secure(mode);
-            object.set_value_UTF8(some.data());
-            object.set_value_UTF8(more.data());
-        }
-        EXPECT_EQ(found != 0, mode != zr_secure);
-    }
 }
 
 TEST(charstring, text_and_contents_are_apart) {
