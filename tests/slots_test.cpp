@@ -11,10 +11,9 @@
 #include "asn1/zrasnutf8.h"
 #include "base_idls/zrnbase_asn.h"
 
+namespace zr_test {
 namespace {
 
-using zr_test::slot;
-using zr_test::slot_count;
 using object = zr_asn_object;
 
 // One overload of a member function.
@@ -95,3 +94,4 @@ TEST(slots, nothing_else_is_virtual) {
 }
 
 }  // namespace
+}  // namespace zr_test
