@@ -7,7 +7,6 @@
 #include "asn1/asnstrng.h"
 #include "asn1/zrasnbase.h"
 #include "support/ber.h"
-#include "support/slots.h"
 
 namespace zr_test {
 namespace {
@@ -392,39 +391,6 @@ TEST(charstring, absent_strings_read_as_their_default) {
     out.clear();
     EXPECT_EQ(object.get_value_UTF8(out), 0);
     EXPECT_EQ(out.length(), 0u);
-}
-
-template <class Signature, class Class>
-auto one_of(Signature Class::*function) {
-    return function;
-}
-
-TEST(charstring, slots) {
-    using text = int(char*);
-    using cursor = int(zr_r_buffer_t&);
-    // clang-format off
-    const int table[] = {
-        slot(&string::check_accepted_codeset), slot(&string::check_preferred_codeset), slot(&string::set_codeset),
-        slot(&string::get_value_C), slot(&string::set_value_C), slot(&string::get_value_IA5),
-        slot(one_of<int(char*, int)>(&string::set_value_IA5)),
-        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)), slot(&string::get_value_printable),
-        slot(one_of<text>(&string::set_value_printable)), slot(one_of<cursor>(&string::set_value_printable)),
-        slot(&string::get_value_visible), slot(one_of<text>(&string::set_value_visible)),
-        slot(one_of<cursor>(&string::set_value_visible)), slot(&string::get_value_T61),
-        slot(one_of<text>(&string::set_value_T61)), slot(one_of<cursor>(&string::set_value_T61)),
-        slot(&string::get_value_BMP), slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
-        slot(one_of<cursor>(&string::set_value_BMP)), slot(&string::get_value_Univ),
-        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)), slot(one_of<cursor>(&string::set_value_Univ)),
-        slot(&string::get_value_UTF8), slot(one_of<text>(&string::set_value_UTF8)),
-        slot(one_of<cursor>(&string::set_value_UTF8)), slot(&string::get_codeset)
-    };
-    // clang-format on
-    int expected = slot_count<zr_asn_octetstring>();
-    for (const int found : table)
-        EXPECT_EQ(found, expected++);
-    EXPECT_EQ(slot_count<string>(), expected);
-    EXPECT_EQ(slot_count<zr_asn_directoryString>(), expected);
-    EXPECT_EQ(slot_count<zr_asn_UTF8String>(), expected);
 }
 
 }  // namespace

@@ -189,35 +189,6 @@ TEST(sequenceof, nesting_is_limited) {
     }
 }
 
-// A composite of one's own that reads its contents from a cursor it has assigned.
-struct own_folder : zr_asn_composite {
-    explicit own_folder(security_t mode) : zr_asn_composite(mode), inner(zr_normal) {
-        set_identity(mode, 16, "FOLDER");
-        register_child(&inner);
-    }
-    int decode_value(zr_r_buffer_t& octets, unsigned int) override {
-        zr_r_buffer_t contents;
-        contents = octets;
-        if (int status = inner.asnread(contents)) return status;
-        octets = contents;
-        return 0;
-    }
-    int encode_value(zr_buffer_t& output) const override { return inner.asnwrite(output); }
-    zr_asn_sequenceof<own_folder> inner;
-};
-
-TEST(sequenceof, nesting_is_limited_through_assigned_cursors) {
-    for (const unsigned int folders : {2000U, 2001U, 100000U}) {
-        std::vector<unsigned char> octets;
-        for (unsigned int i = 0; i < folders; ++i)
-            octets.insert(octets.end(), {0x30, 0x80, 0x30, 0x80});
-        octets.resize(octets.size() + 4 * folders);
-        own_folder root(zr_normal);
-        input cursor(octets);
-        EXPECT_EQ(thrown([&] { EXPECT_EQ(root.asnread(cursor), 0); }) == "nothing", folders <= 2000) << folders;
-    }
-}
-
 TEST(sequenceof, exhausted_memory) {
     const auto octets = bytes("30 80 02 01 01 02 01 02 30 03 02 01 05 00 00");
     struct both : zr_asn_choice {

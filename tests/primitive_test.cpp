@@ -316,30 +316,31 @@ TEST(primitive, a_value_without_memory_changes_nothing) {
 }
 
 // What failed inside a segment of segments is not part of the contents; the segments that were complete are.
+template <class T>
+void expect_gathered(const char* octets, unsigned int count, unsigned int unit, const char* expected) {
+    SCOPED_TRACE(octets);
+    T object(zr_normal);
+    EXPECT_NE(read(object, octets), 0);
+    EXPECT_EQ(object.is_present(), 0);
+    object.set_value_valid();
+    unsigned char* data = nullptr;
+    unsigned int gathered = 0;
+    EXPECT_EQ(object.get_value(data, gathered), 0);
+    EXPECT_EQ(gathered, count);
+    EXPECT_EQ(contents(object, unit), expected);
+}
+
 TEST(primitive, contents_of_a_string_that_fails) {
-    // clang-format off
-    static const struct { const char *octets, *contents; unsigned int count; } table[] = {
-        {"24 80 04 01 61 24 80 04 01 62 04 01 63 05 00", "61", 1}, {"24 80 24 80 04 01 62 05 00", "", 0},
-        {"24 80 24 80 04 01 61 00 00 04 01 62 24 03 04 01 63 04", "61 62 63", 3}, {"24 80 04 01 61 04 80 62", "61", 1},
-        {"23 80 03 02 00 61 23 80 03 02 00 62 05 00", "61", 8}, {"23 08 03 02 04 ff 03 02 00 ff", "f0", 4},
-        {"23 80 03 02 04 ff 05 00", "f0", 4}, {"23 80 23 80 03 02 04 ff 03 02 00 61", "", 0}
-    };
-    // clang-format on
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.octets);
-        zr_asn_octetstring string(zr_normal);
-        zr_asn_bitstring bits(zr_normal);
-        const bool of_bits = row.octets[1] == '3';
-        zr_asn_object& object = of_bits ? static_cast<zr_asn_object&>(bits) : string;
-        EXPECT_NE(read(object, row.octets), 0);
-        EXPECT_EQ(object.is_present(), 0);
-        object.set_value_valid();
-        unsigned char* octets = nullptr;
-        unsigned int count = 0;
-        EXPECT_EQ(of_bits ? bits.get_value(octets, count) : string.get_value(octets, count), 0);
-        EXPECT_EQ(count, row.count);
-        EXPECT_EQ(hex(octets, of_bits ? (count + 7) / 8 : count), row.contents);
-    }
+    const auto string = expect_gathered<zr_asn_octetstring>;
+    string("24 80 04 01 61 24 80 04 01 62 04 01 63 05 00", 1, 1, "61");
+    string("24 80 24 80 04 01 62 05 00", 0, 1, "");
+    string("24 80 24 80 04 01 61 00 00 04 01 62 24 03 04 01 63 04", 3, 1, "61 62 63");
+    string("24 80 04 01 61 04 80 62", 1, 1, "61");
+    const auto bits = expect_gathered<zr_asn_bitstring>;
+    bits("23 80 03 02 00 61 23 80 03 02 00 62 05 00", 8, 8, "61");
+    bits("23 08 03 02 04 ff 03 02 00 ff", 4, 8, "f0");
+    bits("23 80 03 02 04 ff 05 00", 4, 8, "f0");
+    bits("23 80 23 80 03 02 04 ff 03 02 00 61", 0, 8, "");
 }
 
 }  // namespace
