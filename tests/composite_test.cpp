@@ -34,7 +34,8 @@ bool found_present(zr_asn_composite& sequence) {
 // Some operations leave a composite absent that a new look would find present (marking a member as optional tells
 // nobody): each is looked at again, the inner ones first.
 TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
-    static constexpr void (*operations[])(zr_asn_object & o, int value) = {
+    using operation = void (*)(zr_asn_object & o, int value);
+    static constexpr operation operations[] = {
         [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_all); },
         [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_own); },
         [](zr_asn_object& o, int) { o.empty(); },
@@ -52,16 +53,15 @@ TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
         root.register_child(&leaves.emplace_back(zr_normal));
         for (size_t count = below(20); count != 0; --count) {
             zr_asn_sequence& parent = sequences[below(sequences.size())];
-            zr_asn_object* child = &leaves.front();
-            if (below(3) == 0) child = &sequences.emplace_back(zr_normal);
-            if (child == &leaves.front()) child = &leaves.emplace_back(zr_normal);
+            zr_asn_object* const child = below(3) == 0 ? static_cast<zr_asn_object*>(&sequences.emplace_back(zr_normal))
+                                                       : &leaves.emplace_back(zr_normal);
             below(4) == 0 ? parent.register_child_before(child) : parent.register_child(child);
             if (below(8) == 0) parent.register_child(child);  // a second time
         }
         for (int step = 0; step < 60; ++step) {
             zr_asn_boolean& leaf = leaves[below(leaves.size())];
-            zr_asn_object* object = &leaf;
-            if (below(2) == 0) object = &sequences[below(sequences.size())];
+            zr_asn_object* const object =
+                below(2) == 0 ? &leaf : static_cast<zr_asn_object*>(&sequences[below(sequences.size())]);
             const size_t what = below(2 * std::size(operations));
             const int value = static_cast<int>(below(2));
             if (what < std::size(operations)) {

@@ -10,6 +10,7 @@
 
 #include "asn1/asnbase/object.h"
 #include "asn1/record/operations.h"
+#include "base_idls/zrnbase_asn.h"
 #include "support/allocations.h"
 #include "support/hex.h"
 #include "support/routes.h"
@@ -194,6 +195,21 @@ TEST(records, a_binding_object_can_be_used_again) {
             }
         }
     }
+}
+
+TEST(records, binding_classes_encode_and_decode) {
+    const uuid_t original = {1, 2, 3, 4, 5, {6, 7, 8, 9, 10, 11}};
+    uuid_t copy{};
+    asn_uuid_t binding(zr_normal);
+    zr_asn_buffer_t out{};
+    ASSERT_EQ(binding.encode_obj(original, out, 2), 0);
+    EXPECT_EQ(hex(out.data, out.length),
+              "04 02 ac dc 30 17 02 01 01 02 01 02 02 01 03 02 01 04 02 01 05 04 06 06 07 08 09 0a 0b");
+    EXPECT_EQ(binding.decode_obj(copy, out, 3), zr_err_bad_envelope);
+    EXPECT_EQ(copy.time_low, 0u);
+    EXPECT_EQ(binding.decode_obj(copy, out, 2), 0);
+    EXPECT_EQ(std::memcmp(&copy, &original, sizeof copy), 0);
+    zr_asn_buffer_free(out);
 }
 
 // Structures have an order, in which those are equal that have the same encoding.
