@@ -175,10 +175,8 @@ TEST(local_code_set, memory_runs_out) {
             const bool failed = failing([&] {
                 what = thrown([&] { status = setting ? object.set_value(text.data()) : object.get_value(out); });
             });
-            EXPECT_EQ(what == "nothing"                          ? status
-                      : what.rfind("memory 275062885: ", 0) == 0 ? zr_err_out_of_memory
-                                                                 : -1,
-                      failed ? zr_err_out_of_memory : 0);
+            if (what != "nothing") status = what.rfind("memory 275062885: ", 0) == 0 ? zr_err_out_of_memory : -1;
+            EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0) << what;
             EXPECT_EQ(out != nullptr, !setting && !failed);
             std::free(out);
         });
