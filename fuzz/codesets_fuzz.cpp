@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <vector>
 
 #include "asn1/asnstrng.h"
@@ -10,43 +11,26 @@
 
 namespace {
 
+using conversion = std::function<int(const zr_r_buffer_t&, zr_buffer_t&)>;
+
 struct converter {
-    int (*by_value)(zr_r_buffer_t, zr_buffer_t&);
-    int (*by_reference)(const zr_r_buffer_t&, zr_buffer_t&);
+    conversion run;
     unsigned int input, output;  // octets of a character, at least and at most
     enum { resets, keeps, replaces } on_failure;
-    int (*back)(const zr_r_buffer_t&, zr_buffer_t&);  // gives the text again, or null
-
-    int operator()(const zr_r_buffer_t& in, zr_buffer_t& out) const {
-        return by_value != nullptr ? by_value(in, out) : by_reference(in, out);
-    }
+    conversion back;  // gives the text again, or null
 };
 
-template <int (*Convert)(zr_r_buffer_t, zr_buffer_t&)>
-int by_reference(const zr_r_buffer_t& in, zr_buffer_t& out) {
-    return Convert(in, out);
-}
-
 const converter converters[] = {
-    {IA52UTF8, nullptr, 1, 2, converter::resets, by_reference<UTF82IA5>},
-    {BMP2UTF8, nullptr, 2, 3, converter::resets, by_reference<UTF82BMP>},
-    {U2UTF8, nullptr, 4, 6, converter::resets, nullptr},
-    {UTF82U, nullptr, 1, 4, converter::keeps, nullptr},
-    {UTF82BMP, nullptr, 1, 2, converter::keeps, nullptr},
-    {UTF82IA5, nullptr, 1, 1, converter::keeps, nullptr},
-    {nullptr, U2BMP, 4, 2, converter::resets, BMP2U},
-    {nullptr, U2IA5, 4, 1, converter::resets, IA52U},
-    {nullptr, BMP2U, 2, 4, converter::resets, U2BMP},
-    {nullptr, BMP2IA5, 2, 1, converter::resets, IA52BMP},
-    {nullptr, IA52BMP, 1, 2, converter::resets, BMP2IA5},
-    {nullptr, IA52U, 1, 4, converter::resets, U2IA5},
-    {nullptr, IA52P, 1, 1, converter::replaces, P2IA5},
-    {nullptr, IA52V, 1, 1, converter::replaces, V2IA5},
-    {nullptr, P2IA5, 1, 1, converter::replaces, nullptr},
-    {nullptr, V2IA5, 1, 1, converter::replaces, nullptr},
-    {nullptr, T612BMP, 1, 2, converter::resets, nullptr},
-    {nullptr, T612IA5, 1, 1, converter::resets, nullptr},
-    {nullptr, IA52T61, 1, 2, converter::resets, nullptr},
+    {IA52UTF8, 1, 2, converter::resets, UTF82IA5}, {BMP2UTF8, 2, 3, converter::resets, UTF82BMP},
+    {U2UTF8, 4, 6, converter::resets, nullptr},    {UTF82U, 1, 4, converter::keeps, nullptr},
+    {UTF82BMP, 1, 2, converter::keeps, nullptr},   {UTF82IA5, 1, 1, converter::keeps, nullptr},
+    {U2BMP, 4, 2, converter::resets, BMP2U},       {U2IA5, 4, 1, converter::resets, IA52U},
+    {BMP2U, 2, 4, converter::resets, U2BMP},       {BMP2IA5, 2, 1, converter::resets, IA52BMP},
+    {IA52BMP, 1, 2, converter::resets, BMP2IA5},   {IA52U, 1, 4, converter::resets, U2IA5},
+    {IA52P, 1, 1, converter::replaces, P2IA5},     {IA52V, 1, 1, converter::replaces, V2IA5},
+    {P2IA5, 1, 1, converter::replaces, nullptr},   {V2IA5, 1, 1, converter::replaces, nullptr},
+    {T612BMP, 1, 2, converter::resets, nullptr},   {T612IA5, 1, 1, converter::resets, nullptr},
+    {IA52T61, 1, 2, converter::resets, nullptr},
 };
 
 constexpr unsigned int code_sets[] = {zr_utf8, zr_printable, zr_t61, zr_ia5, zr_visible, zr_universal, zr_bmp};
@@ -61,7 +45,7 @@ void convert(const converter& c, const zr_r_buffer_t& text) {
     zr_buffer_t out(zr_normal);
     out.append("x");
     const unsigned int held = 1;
-    const int status = c(text, out);
+    const int status = c.run(text, out);
     require(is_status(status));
     const uint64_t characters = (uint64_t{text.remaining()} + c.input - 1) / c.input;
     require(out.length() <= held + characters * c.output);

@@ -2,12 +2,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <vector>
 
-#include "asn1/asn1.h"
-#include "asn1/status.h"
+#include "support/value_readers.h"
 
 namespace {
+
+using zr_test::value_reader;
+using zr_test::value_readers;
 
 void require(bool holds) {
     if (!holds) std::abort();
@@ -24,62 +27,24 @@ struct walk {
     }
 };
 
-// Reads one value of `len` octets. What the reader hands out is checked and released.
-int read_value(walk& at, unsigned int reader, unsigned int len) {
+// Reads one value of `len` octets. What the reader hands out is checked and released: it consists of the octets that
+// were there, some of them as zeros, but for the first one of a bit string.
+int read_value(walk& at, const value_reader& reader, unsigned int len) {
     const std::vector<unsigned char> before(at.slots[0], at.slots[0] + at.remaining);
-    unsigned char* out = nullptr;
-    unsigned int count = 0;
-    long value = 0;
-    zr_asn_buffer_t oid{0, nullptr};
-    int status = 0;
-    switch (reader % 8) {
-        case 0:
-            status = zrAsnGetIntegerValue(at.slots, &at.remaining, len, &value);
-            require(value >= INT32_MIN && value <= INT32_MAX);
-            break;
-        case 1:
-        case 2:
-        case 3: {
-            const int flag = static_cast<int>(reader % 8) - 1;
-            status = zrAsnGetIntegerValue(at.slots, &at.remaining, len, &out, &count, flag);
-            if (status != 0) break;
-            const long moved = flag == 0 ? len : flag != 1 ? -static_cast<long>(len) : len == 1 ? -1 : 0;
-            auto* block =
-                reinterpret_cast<unsigned char*>(reinterpret_cast<uintptr_t>(out) - static_cast<uintptr_t>(moved));
-            require(count == len);
-            for (unsigned int i = 0; i < len; ++i)
-                require(block[i] == before[i] || (flag != 0 && block[i] == 0));
-            std::free(block);
-            break;
-        }
-        case 4:
-            status = zrAsnGetBitstringValue(at.slots, &at.remaining, len, &out, &count);
-            if (status != 0) break;
-            require(count <= 24 && count + before[0] == (len - 1) * 8);
-            for (unsigned int i = 1; i < len; ++i)
-                require((out - (len - 1))[i - 1] == before[i]);
-            std::free(out - (len - 1));
-            break;
-        case 5:
-            status = zrAsnGetOIDValue(at.slots, &at.remaining, len, &oid);
-            require((status == 0) == (oid.length == len && len != 0 && len <= before.size()));
-            for (unsigned int i = 0; i < oid.length; ++i)
-                require(oid.data[i] == before[i]);
-            std::free(oid.data);
-            break;
-        case 6:
-            status = zrAsnGetOctetstringValue(at.slots, &at.remaining, len, &out, &count);
-            require((status == 0) == (count == len && len != 0 && len <= before.size()));
-            for (unsigned int i = 0; i < count; ++i)
-                require(out[i] == before[i]);
-            std::free(out);
-            break;
-        default:
-            status = zrAsnGetCharstringValue(at.slots, &at.remaining, len, nullptr);
-            require(status != 0 || at.slots[0][0] == 0);
-            break;
-    }
-    return status;
+    zr_test::outputs out;
+    const int status = reader.call(at.slots, &at.remaining, len, out);
+    require(out.value >= INT32_MIN && out.value <= INT32_MAX);
+    require(status == 0 || out.pointer == nullptr);
+    if (status != 0) return status;
+    require(len <= before.size() && (len <= 4 || !reader.limited) && (len != 0 || !reader.value_required));
+    if (!reader.block) return 0;
+    const bool of_bits = reader.count == zr_test::bits;
+    require(out.count == reader.count(len) - (of_bits ? before[0] : 0));
+    auto* octets = static_cast<unsigned char*>(zr_test::block_of(out.pointer, reader.behind(len)));
+    for (unsigned int i = of_bits ? 1 : 0; i < len; ++i, ++octets)
+        require(*octets == before[i] || (*octets == 0 && reader.behind(1) < 0));
+    std::free(octets - (of_bits ? len - 1 : len));
+    return 0;
 }
 
 }  // namespace
@@ -119,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (constructed != 0) continue;  // walk the inside
         before = at.slots[0];
         const unsigned int before_value = at.remaining;
-        if (read_value(at, data[0] + step, len) != 0) {
+        if (read_value(at, value_readers[(data[0] + step) % std::size(value_readers)], len) != 0) {
             require(at.slots[0] == before && at.remaining == before_value);
             break;
         }

@@ -8,6 +8,7 @@
 #include <new>
 #include <string>
 
+namespace zr_test {
 namespace {
 
 const struct way {
@@ -31,7 +32,7 @@ const struct way {
 TEST(allocations, every_way_is_counted_and_can_fail) {
     for (const way& w : ways) {
         SCOPED_TRACE(w.name);
-        zr_test::allocations watch;
+        allocations watch;
         void* block = w.allocate();
         EXPECT_GE(watch.live(), 1U);
         w.release(block);
@@ -49,7 +50,7 @@ TEST(allocations, every_way_is_counted_and_can_fail) {
 }
 
 TEST(allocations, the_request_asked_for_fails_and_no_other) {
-    zr_test::allocations watch;
+    allocations watch;
     watch.fail_allocation(3);
     for (int i = 0; i < 4; i++) {
         void* volatile block = std::malloc(8);
@@ -59,29 +60,20 @@ TEST(allocations, the_request_asked_for_fails_and_no_other) {
 }
 
 TEST(allocations, released_blocks_are_shown_with_their_contents) {
-    int released[2] = {0, 0};  // without and with the secret
-    {
-        zr_test::allocations watch;
-        watch.on_release(
-            [](void* context, const void* block, size_t size) {
-                ++static_cast<int*>(context)[memmem(block, size, "secret", 6) != nullptr ? 1 : 0];
-            },
-            released);
-        for (const char* text : {"secret", "public"}) {
-            char* volatile block = static_cast<char*>(std::malloc(16));
-            std::memset(block, '.', 16);
-            std::memcpy(block + 10, text, 6);
-            block = static_cast<char*>(std::realloc(block, 20));
-            std::free(block);
-        }
+    const secret_search search({"secret"});
+    for (const char* text : {"secret", "public"}) {
+        char* volatile block = static_cast<char*>(std::malloc(16));
+        std::memset(block, '.', 16);
+        std::memcpy(block + 10, text, 6);
+        block = static_cast<char*>(std::realloc(block, 20));
+        std::free(block);
     }
-    EXPECT_EQ(released[0], 2);
-    EXPECT_EQ(released[1], 2);
+    EXPECT_EQ(search.found(), 2u);
 }
 
 TEST(allocations, ten_thousand_blocks_in_any_order) {
     static void* blocks[10000];
-    zr_test::allocations watch;
+    allocations watch;
     for (void*& block : blocks)
         block = std::malloc(24);
     EXPECT_EQ(watch.live(), 10000U);
@@ -91,3 +83,4 @@ TEST(allocations, ten_thousand_blocks_in_any_order) {
 }
 
 }  // namespace
+}  // namespace zr_test

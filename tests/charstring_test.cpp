@@ -6,9 +6,7 @@
 
 #include "asn1/asnstrng.h"
 #include "asn1/zrasnbase.h"
-#include "support/allocations.h"
 #include "support/ber.h"
-#include "support/slots.h"
 
 namespace zr_test {
 namespace {
@@ -352,27 +350,6 @@ TEST(charstring, array_forms_and_null) {
     EXPECT_EQ(object.is_present(), 1);
 }
 
-// The text is wiped also when the string was made secure later.
-TEST(charstring, secure_texts_are_wiped) {
-    for (const security_t mode : {zr_normal, zr_secure}) {
-        int found = 0;
-        std::string some(200, '#'), more(2000, '#');
-        allocations watch;
-        watch.on_release(
-            [](void* context, const void* block, size_t size) {
-                if (memmem(block, size, "####", 4) != nullptr) ++*static_cast<int*>(context);
-            },
-            &found);
-        {
-            zr_asn_UTF8String object(zr_normal);
-            object.set_secure(mode);
-            object.set_value_UTF8(some.data());
-            object.set_value_UTF8(more.data());
-        }
-        EXPECT_EQ(found != 0, mode != zr_secure);
-    }
-}
-
 TEST(charstring, text_and_contents_are_apart) {
     zr_asn_printableString object(zr_normal);
     char text[] = "abc";
@@ -414,39 +391,6 @@ TEST(charstring, absent_strings_read_as_their_default) {
     out.clear();
     EXPECT_EQ(object.get_value_UTF8(out), 0);
     EXPECT_EQ(out.length(), 0u);
-}
-
-template <class Signature, class Class>
-auto one_of(Signature Class::*function) {
-    return function;
-}
-
-TEST(charstring, slots) {
-    using text = int(char*);
-    using cursor = int(zr_r_buffer_t&);
-    // clang-format off
-    const int table[] = {
-        slot(&string::check_accepted_codeset), slot(&string::check_preferred_codeset), slot(&string::set_codeset),
-        slot(&string::get_value_C), slot(&string::set_value_C), slot(&string::get_value_IA5),
-        slot(one_of<int(char*, int)>(&string::set_value_IA5)),
-        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)), slot(&string::get_value_printable),
-        slot(one_of<text>(&string::set_value_printable)), slot(one_of<cursor>(&string::set_value_printable)),
-        slot(&string::get_value_visible), slot(one_of<text>(&string::set_value_visible)),
-        slot(one_of<cursor>(&string::set_value_visible)), slot(&string::get_value_T61),
-        slot(one_of<text>(&string::set_value_T61)), slot(one_of<cursor>(&string::set_value_T61)),
-        slot(&string::get_value_BMP), slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
-        slot(one_of<cursor>(&string::set_value_BMP)), slot(&string::get_value_Univ),
-        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)), slot(one_of<cursor>(&string::set_value_Univ)),
-        slot(&string::get_value_UTF8), slot(one_of<text>(&string::set_value_UTF8)),
-        slot(one_of<cursor>(&string::set_value_UTF8)), slot(&string::get_codeset)
-    };
-    // clang-format on
-    int expected = slot_count<zr_asn_octetstring>();
-    for (const int found : table)
-        EXPECT_EQ(found, expected++);
-    EXPECT_EQ(slot_count<string>(), expected);
-    EXPECT_EQ(slot_count<zr_asn_directoryString>(), expected);
-    EXPECT_EQ(slot_count<zr_asn_UTF8String>(), expected);
 }
 
 }  // namespace

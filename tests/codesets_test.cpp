@@ -16,11 +16,9 @@
 #include "support/allocations.h"
 #include "support/ber.h"
 
+namespace zr_test {
 namespace {
 
-using zr_test::bytes;
-using zr_test::hex;
-using zr_test::input;
 using octets = std::vector<unsigned char>;
 
 constexpr int refused = 275063211;
@@ -397,10 +395,11 @@ TEST(codesets, long_texts_are_converted_in_linear_time) {
     const octets text(size_t{1} << 22, 'A');
     const input in(text);
     zr_buffer_t out(zr_normal);
-    zr_test::allocations watch;
+    allocations watch;
     EXPECT_EQ(IA52U(in, out), 0);
     EXPECT_LT(watch.made(), 60u);
     EXPECT_EQ(out.length(), text.size() * 4);
 }
 
 }  // namespace
+}  // namespace zr_test

@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <memory>
 #include <random>
 
 #include "support/allocations.h"
 #include "support/ber.h"
+#include "support/samples.h"
 #include "support/thrown.h"
 
 namespace zr_test {
@@ -20,139 +20,63 @@ struct sequence : zr_asn_sequence {
 
 constexpr char absent[] = "275063200";
 
-// The rules of presence without memory: every question walks all members, every change is told at once.
-struct plain_sequence : zr_asn_sequence {
-    explicit plain_sequence(security_t secure) : zr_asn_sequence(secure) {}
-    int check_valid(int deep) override {
-        unsigned int counted = 0;
-        if (get_child_count() == 0 && get_empty_permitted() == 0) return invalidate_value(zr_invalidate_own);
-        for (unsigned int i = 0; i < get_child_count(); ++i) {
-            const zr_asn_object* child = get_child(i);
-            if (child->is_valid(deep) == 0) return is_present() != 0 ? invalidate_value(zr_invalidate_own) : 0;
-            if (child->is_present() != 0 || child->is_defaultable() != 0) ++counted;
-        }
-        if (counted == 0 && get_empty_permitted() == 0) return invalidate_value(zr_invalidate_own);
-        if (is_present() != 0 && enclosing_present()) return 0;
-        return set_value_valid();
+// Whether a walk over all members finds a composite present.
+bool found_present(zr_asn_composite& sequence) {
+    bool counted = sequence.get_empty_permitted() != 0;
+    for (unsigned int i = 0; i < sequence.get_child_count(); ++i) {
+        const zr_asn_object* child = sequence[i];
+        if (child->is_valid(0) == 0) return false;
+        counted = counted || child->is_present() != 0 || child->is_defaultable() != 0;
     }
-    int invalidate_value(invalidate_t extent) override {
-        for (unsigned int i = 0; extent != zr_invalidate_own && i < get_child_count(); ++i)
-            get_child(i)->invalidate_value(zr_invalidate_quiet);
-        return zr_asn_object::invalidate_value(zr_invalidate_own);
-    }
-};
+    return counted;
+}
 
-// One random tree in two forms, which get the same operations.
-class twins {
-public:
-    explicit twins(unsigned int seed) : random_(seed) { roots_ = grow_pair(0); }
-
-    void check_random_operations(int count) {
-        for (int step = 0; step < count; ++step) {
-            const size_t at = below(nodes_.size());
-            const std::string what = operate(nodes_[at]);
-            if (what.empty()) continue;
-            for (const node& seen : nodes_) {
-                ASSERT_EQ(seen.ours->is_present(), seen.plain->is_present()) << what << " on " << at;
-                ASSERT_EQ(seen.ours->is_encoding_valid(), seen.plain->is_encoding_valid()) << what << " on " << at;
-            }
-            look_again();
-            if (step % 8 == 0) {
-                ASSERT_EQ(written(*roots_.ours), written(*roots_.plain)) << what << " on " << at;
-            }
-        }
-    }
-
-private:
-    struct node {
-        zr_asn_object* ours;
-        zr_asn_object* plain;
-        bool is_leaf;
-    };
-
-    size_t below(size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random_); }
-
-    template <class Ours, class Plain>
-    node keep(bool leaf) {
-        owned_.push_back(std::make_unique<Ours>(zr_normal));
-        owned_.push_back(std::make_unique<Plain>(zr_normal));
-        nodes_.push_back({(owned_.end() - 2)->get(), owned_.back().get(), leaf});
-        return nodes_.back();
-    }
-
-    node grow_pair(int depth) {
-        if (depth > 0 && (depth > 4 || below(2) != 0)) return keep<zr_asn_boolean, zr_asn_boolean>(true);
-        const node made = keep<zr_asn_sequence, plain_sequence>(false);
-        const size_t members = below(6);
-        if (below(3) == 0) on_both(made, [](zr_asn_object& o) { o.set_empty_permitted(0); });
-        for (size_t i = 0; i < members; ++i) {
-            const node child = grow_pair(depth + 1);
-            const size_t kind = below(4);
-            if (kind == 0) on_both(child, [](zr_asn_object& o) { o.set_optional(1); });
-            if (kind == 1 && child.is_leaf) on_both(child, [](zr_asn_object& o) { leaf(o).set_default_value(1); });
-            static_cast<zr_asn_composite*>(made.ours)->register_child(child.ours);
-            static_cast<zr_asn_composite*>(made.plain)->register_child(child.plain);
-        }
-        return made;
-    }
-
-    template <class Operation>
-    static void on_both(const node& n, Operation&& operation) {
-        operation(*n.ours);
-        operation(*n.plain);
-    }
-
-    // Some operations leave a composite absent that a new look would find present (marking a member as optional tells
-    // nobody), and whether an outer one is looked at again is told only when the inner one's presence changes. The two
-    // need to agree where nothing old is left.
-    void look_again() {
-        for (size_t i = nodes_.size(); i-- != 0;)
-            on_both(nodes_[i], [](zr_asn_object& o) { o.check_valid(0); });
-    }
-
-    static zr_asn_boolean& leaf(zr_asn_object& o) { return static_cast<zr_asn_boolean&>(o); }
-
-    // Says what it did; "" when that fits no such object.
-    std::string operate(const node& n) {
-        // clang-format off
-        static constexpr struct { const char* name; void (*apply)(zr_asn_object& o, int value); } operations[] = {
-            {"set_value", [](zr_asn_object& o, int value) { leaf(o).set_value(value); }},
-            {"set_default_value", [](zr_asn_object& o, int value) { leaf(o).set_default_value(value); }},
-            {"invalidate_value(2)", [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_all); }},
-            {"invalidate_value(1)", [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_own); }},
-            {"empty", [](zr_asn_object& o, int) { o.empty(); }},
-            {"set_empty_permitted", [](zr_asn_object& o, int value) { o.set_empty_permitted(value); }},
-            {"is_valid(1)", [](zr_asn_object& o, int) { static_cast<void>(o.is_valid(1)); }},
-            {"set_optional", [](zr_asn_object& o, int value) { o.set_optional(value); }},
-            {"check_valid", [](zr_asn_object& o, int) { o.check_valid(0); }}
-        };
-        // clang-format on
-        const size_t which = below(std::size(operations) + 5);
-        if (which == std::size(operations)) {
-            std::string octets;
-            on_both(roots_, [&](zr_asn_object& o) { octets = written(o); });
-            if (octets.size() % 3 != 2) return "asnwrite";  // nothing, or a status
-            on_both(roots_, [&](zr_asn_object& o) { read(o, octets); });
-            return "asnread";
-        }
-        const auto& chosen = operations[which < std::size(operations) ? which : 0];
-        if (!n.is_leaf && &chosen < operations + 2) return "";
-        const int value = static_cast<int>(below(2));
-        on_both(n, [&](zr_asn_object& o) { chosen.apply(o, value); });
-        return chosen.name;
-    }
-
-    std::mt19937 random_;
-    std::vector<std::unique_ptr<zr_asn_object>> owned_;
-    std::vector<node> nodes_;
-    node roots_{};
-};
-
+// Some operations leave a composite absent that a new look would find present (marking a member as optional tells
+// nobody): each is looked at again, the inner ones first.
 TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
-    for (unsigned int seed = 0; seed < 1000; ++seed) {
-        SCOPED_TRACE(seed);
-        twins(seed).check_random_operations(60);
-        if (HasFatalFailure()) break;
+    using operation = void (*)(zr_asn_object & o, int value);
+    static constexpr operation operations[] = {
+        [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_all); },
+        [](zr_asn_object& o, int) { o.invalidate_value(zr_invalidate_own); },
+        [](zr_asn_object& o, int) { o.empty(); },
+        [](zr_asn_object& o, int) { static_cast<void>(o.is_valid(1)); },
+        [](zr_asn_object& o, int value) { o.set_empty_permitted(value); },
+        [](zr_asn_object& o, int value) { o.set_optional(value); },
+        [](zr_asn_object& o, int value) { o.set_default_value(value != 0 ? new zr_asn_boolean(zr_normal) : nullptr); },
+    };
+    for (unsigned int seed = 0; seed < 2000 && !HasFatalFailure(); ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&](size_t n) { return random() % n; };
+        std::deque<zr_asn_sequence> sequences;  // the outer ones first
+        std::deque<zr_asn_boolean> leaves;
+        zr_asn_sequence& root = sequences.emplace_back(zr_normal);
+        root.register_child(&leaves.emplace_back(zr_normal));
+        for (size_t count = below(20); count != 0; --count) {
+            zr_asn_sequence& parent = sequences[below(sequences.size())];
+            zr_asn_object* const child = below(3) == 0 ? static_cast<zr_asn_object*>(&sequences.emplace_back(zr_normal))
+                                                       : &leaves.emplace_back(zr_normal);
+            below(4) == 0 ? parent.register_child_before(child) : parent.register_child(child);
+            if (below(8) == 0) parent.register_child(child);  // a second time
+        }
+        for (int step = 0; step < 60; ++step) {
+            zr_asn_boolean& leaf = leaves[below(leaves.size())];
+            zr_asn_object* const object =
+                below(2) == 0 ? &leaf : static_cast<zr_asn_object*>(&sequences[below(sequences.size())]);
+            const size_t what = below(2 * std::size(operations));
+            const int value = static_cast<int>(below(2));
+            if (what < std::size(operations)) {
+                operations[what](*object, value);
+            } else if (what != std::size(operations)) {
+                leaf.set_value(value);
+            } else if (const std::string octets = written(root); octets.size() % 3 == 2) {  // no status
+                read(root, octets);  // which may go wrong: members have no tags of their own
+            }
+            for (size_t i = sequences.size(); i-- != 0;) {
+                sequences[i].check_valid(0);
+                ASSERT_EQ(sequences[i].is_present() != 0, found_present(sequences[i]))
+                    << "seed " << seed << ", step " << step << ", operation " << what << ", sequence " << i;
+            }
+        }
     }
 }
 
@@ -191,6 +115,13 @@ TEST(composite, children_put_before) {
     EXPECT_EQ(sequence[0], &members[2]);
     EXPECT_EQ(sequence[1], &members[0]);
     EXPECT_EQ(sequence[2], &members[1]);
+    for (size_t i = 0; i < 3; ++i)
+        members[i].set_value(1L);
+    EXPECT_EQ(sequence.is_present(), 1);
+    sequence.register_child_before(&members[39]);  // is asked at the next look
+    EXPECT_EQ(sequence.is_present(), 1);
+    sequence.check_valid(0);
+    EXPECT_EQ(sequence.is_present(), 0);
 
     zr_asn_sequence full(zr_normal);
     for (size_t i = 0; i < 32; ++i) {
@@ -255,55 +186,8 @@ TEST(composite, the_sized_constructor) {
     }
 }
 
-// SEQUENCE { INTEGER, OCTET STRING OPTIONAL, BOOLEAN DEFAULT TRUE }
-struct record : zr_asn_sequence {
-    record() : zr_asn_sequence(zr_normal) {
-        text.set_optional(1);
-        flag.set_default_value(1);
-        register_child(&number);
-        register_child(&text);
-        register_child(&flag);
-    }
-    zr_asn_integer number{zr_normal};
-    zr_asn_octetstring text{zr_normal};
-    zr_asn_boolean flag{zr_normal};
-};
-
-TEST(sequence, reading) {
-    // clang-format off
-    static const struct { const char* octets; int status; long consumed; const char* rewritten; } table[] = {
-        // Rewritten without the text, whose contents reading does not keep, and without the default.
-        {"30 03 02 01 05 99", 0, 5, "30 03 02 01 05"}, {"30 06 02 01 05 01 01 00", 0, 8, "30 06 02 01 05 01 01 00"},
-        {"30 06 02 01 05 01 01 01", 0, 8, "30 03 02 01 05"}, {"30 81 03 02 01 05", 0, 6, "30 03 02 01 05"},
-        {"30 09 02 01 05 04 01 41 01 01 00", 0, 11, "30 08 02 01 05 04 00 01 01 00"},
-        {"30 80 02 01 05 04 01 41 00 00 99", 0, 10, "30 05 02 01 05 04 00"},
-        {"30 00", zr_err_data_ends_early, 0, absent}, {"30 80 00 00", zr_err_no_match, 0, absent},
-        {"30 03 04 01 41", zr_err_no_match, 0, absent},
-        {"30 06 01 01 00 02 01 05", zr_err_no_match, 0, absent},  // out of order
-        {"30 06 02 01 05 05 01 00", zr_err_trailing_data, 0, absent},
-        {"30 06 02 01 05 02 01 05", zr_err_trailing_data, 0, absent},
-        {"30 04 02 01 05 01", zr_err_data_ends_early, 0, absent}, {"30 04 02 01 05", zr_err_data_ends_early, 0, absent},
-        {"30 06 02 01 05 01 02 00 00", zr_err_data_ends_early, 0, absent},  // would end outside
-        {"30 80 02 01 05", zr_err_bad_contents, 5, absent}, {"30 80 02 01 05 05 00 00 00", zr_err_bad_contents, 5, absent},
-        {"10 03 02 01 05", zr_err_primitive_form, 0, absent}, {"31 03 02 01 05", zr_err_no_match, 0, absent}
-    };
-    // clang-format on
-    record object;
-    for (int times = 0; times < 2; ++times) {  // an object is used again
-        for (const auto& row : table) {
-            SCOPED_TRACE(row.octets);
-            const auto result = read_from(object, row.octets);
-            EXPECT_EQ(result.status, row.status);
-            EXPECT_EQ(result.consumed, row.consumed);
-            EXPECT_EQ(object.is_present(), row.status == 0 ? 1 : 0);
-            EXPECT_EQ(object.number.is_present(), row.status == 0 ? 1 : 0);
-            EXPECT_EQ(written(object), row.rewritten);
-        }
-    }
-}
-
 TEST(sequence, presence_and_caches) {
-    record object;
+    sample_sequence object;
     EXPECT_EQ(object.is_present(), 0);
     object.flag.set_value(0);
     EXPECT_EQ(object.is_present(), 0);
@@ -486,43 +370,26 @@ TEST(composite, clearing_costs_one_step_for_each_object) {
     }
 }
 
-// What a composite knows of its members survives that one is registered twice, put before the others, or handed to
-// another composite.
+// What a composite knows of its members survives that one is handed to another composite.
 TEST(composite, members_that_move) {
     for (const int empty_permitted : {0, 1}) {
         std::deque<zr_asn_boolean> members;
-        while (members.size() < 4)
-            members.emplace_back(zr_normal).set_optional(static_cast<int>(members.size()) % 2);
         zr_asn_sequence sequence(zr_normal), other(zr_normal);
         sequence.set_empty_permitted(empty_permitted);
-        for (const size_t at : {0, 1, 2, 2})
-            sequence.register_child(&members[at]);
-        const auto present_after = [&](size_t at, bool set) {
-            zr_asn_boolean& member = members[at];
-            set ? member.set_value(1) : member.invalidate_value(zr_invalidate_all);
-            return sequence.is_present();
-        };
-        const auto in_turns = [&](size_t mandatory) {
-            EXPECT_EQ(present_after(mandatory, false), 0);
-            EXPECT_EQ(present_after(0, true), 0);
-            EXPECT_EQ(present_after(mandatory, true), 1);
-            EXPECT_EQ(present_after(0, false), 1);
-            EXPECT_EQ(present_after(mandatory, true), 1);
-        };
-        present_after(1, true);
-        EXPECT_EQ(present_after(2, true), 1);
-        in_turns(1);
-        sequence.register_child_before(&members[3]);
-        EXPECT_EQ(present_after(3, true), 1);
-        in_turns(1);
-        in_turns(3);
+        while (members.size() < 3) {
+            sequence.register_child(&members.emplace_back(zr_normal));
+            members.back().set_value(1);
+        }
         other.register_child(&members[1]);
-        EXPECT_EQ(other.is_present(), 1);
-        in_turns(3);
-        members[1].invalidate_value(zr_invalidate_all);
-        EXPECT_EQ(other.is_present(), 0);
-        members[1].set_value(1);
-        EXPECT_EQ(other.is_present(), 1);
+        for (int twice = 0; twice < 2; ++twice) {
+            EXPECT_EQ(sequence.is_present() + other.is_present(), 2);
+            members[2].invalidate_value(zr_invalidate_all);
+            EXPECT_EQ(sequence.is_present(), 0);
+            members[2].set_value(1);
+            members[1].invalidate_value(zr_invalidate_all);
+            EXPECT_EQ(other.is_present(), 0);
+            members[1].set_value(1);
+        }
     }
 }
 

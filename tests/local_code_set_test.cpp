@@ -13,6 +13,7 @@
 #include "support/ber.h"
 #include "support/out_of_memory.h"
 #include "support/thread_locale.h"
+#include "support/thrown.h"
 #include "zrz/zrz.h"
 
 // The C library loses the search path that newlocale makes of LOCPATH.
@@ -21,43 +22,30 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep
 extern "C" const char* __lsan_default_options();
 extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
 
+namespace zr_test {
 namespace {
 
-using zr_test::bytes;
-using zr_test::contents;
-using zr_test::hex;
 using zr_test::thread_locale;
-using zr_test::written;
 
-constexpr unsigned int out_of_memory = 275062885;
-constexpr unsigned int unconvertible = 275063211;
-constexpr const char to_utf8_message[] = "Text cannot be converted from the local code set to UTF-8";
-constexpr const char to_local_message[] = "Text cannot be converted from UTF-8 to the local code set";
+constexpr char to_utf8_refused[] =
+    "275063211: Text cannot be converted from the local code set to UTF-8 in src/zrz/zrz";
+constexpr char to_local_refused[] =
+    "275063211: Text cannot be converted from UTF-8 to the local code set in src/zrz/zrz";
 
-// What set_value does with the text: contents in hexadecimal, or the message of the exception.
+// What set_value does with the text: contents in hexadecimal, or what it throws.
 std::string set(zrasnUTF8String& object, std::vector<unsigned char> text) {
     text.push_back(0);
-    try {
-        EXPECT_EQ(object.set_value(text.data()), 0);
-        return contents(object);
-    } catch (const zr_asn_exception& exception) {
-        EXPECT_EQ(exception.code, unconvertible);
-        return exception.message;
-    }
+    const std::string what = thrown([&] { EXPECT_EQ(object.set_value(text.data()), 0); });
+    return what == "nothing" ? contents(object) : what;
 }
 
 // What get_value gives, likewise.
 std::string get(zrasnUTF8String& object) {
     auto* text = reinterpret_cast<unsigned char*>(&object);
-    try {
-        EXPECT_EQ(object.get_value(text), 0);
-        const std::unique_ptr<unsigned char, void (*)(void*)> owner(text, std::free);
-        return hex(text, std::strlen(reinterpret_cast<const char*>(text)));
-    } catch (const zr_asn_exception& exception) {
-        EXPECT_EQ(exception.code, unconvertible);
-        EXPECT_EQ(text, nullptr);
-        return exception.message;
-    }
+    const std::string what = thrown([&] { EXPECT_EQ(object.get_value(text), 0); });
+    EXPECT_EQ(text == nullptr, what != "nothing");
+    const std::unique_ptr<unsigned char, void (*)(void*)> owner(text, std::free);
+    return text != nullptr ? hex(text, std::strlen(reinterpret_cast<const char*>(text))) : what;
 }
 
 // Null: no such text, the other one is refused.
@@ -93,13 +81,13 @@ TEST(local_code_set, texts_in_both_directions) {
         zrasnUTF8String object(zr_local_code_set);
         EXPECT_EQ(set(object, bytes("42")), "42");
         if (c.local != nullptr) {
-            EXPECT_EQ(set(object, bytes(c.local)), c.utf8 != nullptr ? c.utf8 : to_utf8_message);
+            EXPECT_EQ(set(object, bytes(c.local)), c.utf8 != nullptr ? c.utf8 : to_utf8_refused);
             EXPECT_EQ(contents(object), c.utf8 != nullptr ? c.utf8 : "42");  // a refused text leaves the value
         }
         if (c.utf8 != nullptr) {
             const auto stored = bytes(c.utf8);
             object.zr_asn_octetstring::set_value(stored.data(), static_cast<unsigned int>(stored.size()));
-            EXPECT_EQ(get(object), c.local != nullptr ? c.local : to_local_message);
+            EXPECT_EQ(get(object), c.local != nullptr ? c.local : to_local_refused);
             EXPECT_EQ(contents(object), c.utf8);
         }
     }
@@ -114,13 +102,13 @@ TEST(local_code_set, every_character_comes_back) {
             for (unsigned char trail = 0xA1; trail <= 0xFE; ++trail) {
                 const std::vector<unsigned char> one = {lead, trail};
                 zrasnUTF8String object(zr_local_code_set);
-                if (set(object, one) == to_utf8_message) continue;
+                if (set(object, one) == to_utf8_refused) continue;
                 EXPECT_EQ(get(object), hex(one));
                 all.insert(all.end(), one.begin(), one.end());
             }
         EXPECT_GT(all.size(), 2u * 6000) << name;
         zrasnUTF8String object(zr_local_code_set);
-        EXPECT_NE(set(object, all), to_utf8_message);
+        EXPECT_NE(set(object, all), to_utf8_refused);
         EXPECT_EQ(get(object), hex(all));
     }
 }
@@ -157,20 +145,17 @@ TEST(local_code_set, memory_runs_out) {
     std::vector<unsigned char> text(4000, 0xC6);  // so long that the block of the result has to grow
     text.push_back(0);
     for (const bool setting : {true, false}) {
-        const size_t failures = zr_test::fail_each_allocation([&](auto&& failing) {
+        const size_t failures = fail_each_allocation([&](auto&& failing) {
             zrasnUTF8String object(zr_local_code_set);
             if (!setting) object.set_value(text.data());
             unsigned char* out = nullptr;
-            unsigned int status = 0;
+            int status = 0;
+            std::string what;
             const bool failed = failing([&] {
-                try {
-                    status = static_cast<unsigned int>(setting ? object.set_value(text.data()) : object.get_value(out));
-                } catch (const zr_asn_memexception& exception) {
-                    status = exception.code;
-                    EXPECT_STRNE(exception.message, "");
-                }
+                what = thrown([&] { status = setting ? object.set_value(text.data()) : object.get_value(out); });
             });
-            EXPECT_EQ(status, failed ? out_of_memory : 0);
+            if (what != "nothing") status = what.rfind("memory 275062885: ", 0) == 0 ? zr_err_out_of_memory : -1;
+            EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0) << what;
             EXPECT_EQ(out != nullptr, !setting && !failed);
             std::free(out);
         });
@@ -207,21 +192,21 @@ TEST(utf8_string, texts) {
     }
     // Read in any form; segments are joined.
     for (const char* encoded : {"0c 02 41 42", "2c 06 04 01 41 04 01 42", "2c 80 24 03 04 01 41 04 01 42 00 00"}) {
-        EXPECT_EQ(zr_test::read(object, encoded), 0);
+        EXPECT_EQ(read(object, encoded), 0);
         EXPECT_EQ(get(object), "41 42") << encoded;
     }
     // The empty text as the default: not written, and read when there is none.
     EXPECT_EQ(object.set_default_value(), 0);
     EXPECT_EQ(set(object, {}), "");
     EXPECT_EQ(written(object), "");
-    EXPECT_EQ(zr_test::read(object, ""), 0);
+    EXPECT_EQ(read(object, ""), 0);
     EXPECT_EQ(object.is_present(), 0);
     EXPECT_EQ(get(object), "");
 }
 
 // A secret text in no form is found in a block that is released or moved.
 TEST(utf8_string, secret_texts_are_wiped) {
-    const zr_test::secret_search search({"sesame", {"s\0e\0s\0a", 7}});
+    const secret_search search({"sesame", {"s\0e\0s\0a", 7}});
     char text[] = "open sesame, \xC8open sesame";
     {
         zrasnUTF8String field(zr_secure);
@@ -239,3 +224,4 @@ TEST(utf8_string, secret_texts_are_wiped) {
 }
 
 }  // namespace
+}  // namespace zr_test

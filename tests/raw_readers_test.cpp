@@ -3,16 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "asn1/asnbase/status.h"
 #include "support/allocations.h"
 #include "support/hex.h"
+#include "support/value_readers.h"
 
+namespace zr_test {
 namespace {
-
-using zr_test::bytes;
-using zr_test::hex;
 
 // What the readers move over: octets of exactly their size, so that a sanitizer sees the first one read beyond.
 struct source {
@@ -95,75 +92,11 @@ TEST(raw_readers, lengths) {
     EXPECT_EQ(all.remaining, 0u);
 }
 
-// What a value reader gives. `block` is where its block starts, wherever the reader left the caller's pointer.
-struct outputs {
-    long value = 77;
-    unsigned char* pointer = nullptr;
-    unsigned int count = 77;
-};
-
-using reader_function = int (*)(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out);
-
-template <int (*Read)(unsigned char**, unsigned int*, unsigned int, unsigned char**, unsigned int*)>
-constexpr reader_function block =
-    [](auto** c, auto* r, auto len, outputs& o) { return Read(c, r, len, &o.pointer, &o.count); };
-template <int Flag>
-constexpr reader_function flagged =
-    [](auto** c, auto* r, auto len, outputs& o) { return zrAsnGetIntegerValue(c, r, len, &o.pointer, &o.count, Flag); };
-int integer(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out) {
-    return zrAsnGetIntegerValue(cursor, remaining, len, &out.value);
-}
-int oid(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs& out) {
-    zr_asn_buffer_t value{out.count, out.pointer};
-    const int status = zrAsnGetOIDValue(cursor, remaining, len, &value);
-    out.count = value.length;
-    out.pointer = value.data;
-    return status;
-}
-int text(unsigned char** cursor, unsigned int* remaining, unsigned int len, outputs&) {
-    return zrAsnGetCharstringValue(cursor, remaining, len, nullptr);
-}
-
-// How far behind its block's start a reader leaves the pointer, and what it counts.
-long start(unsigned int) { return 0; }
-long end(unsigned int len) { return len; }
-long last(unsigned int len) { return static_cast<long>(len) - 1; }
-long before(unsigned int len) { return len == 1 ? -1 : 0; }
-long far_before(unsigned int len) { return -static_cast<long>(len); }
-unsigned int same(unsigned int len) { return len; }
-unsigned int bits(unsigned int len) { return (len - 1) * 8; }
-unsigned int none(unsigned int) { return 77; }
-
-void* block_of(unsigned char* pointer, long behind) {
-    return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(pointer) - static_cast<uintptr_t>(behind));
-}
-
-const struct value_reader {
-    const char* name;
-    reader_function call;
-    bool limited;         // to four octets
-    bool value_required;  // an empty content is refused
-    bool block;           // hands out a block
-    long (*behind)(unsigned int len);
-    unsigned int (*count)(unsigned int len);
-} readers[] = {
-    {"integer", integer, true, false, false, start, none},
-    {"block", flagged<0>, true, true, true, end, same},
-    {"block, flag 1", flagged<1>, true, true, true, before, same},
-    {"block, flag -1", flagged<-1>, true, true, true, far_before, same},
-    {"big-endian", block<zrAsnGetLongIntegerValueBigEndian>, true, true, true, end, same},
-    {"little-endian", block<zrAsnGetLongIntegerValueLittleEndian>, true, true, true, before, same},
-    {"bit string", block<zrAsnGetBitstringValue>, true, true, true, last, bits},
-    {"oid", oid, false, true, true, start, same},
-    {"octet string", block<zrAsnGetOctetstringValue>, false, true, true, start, same},
-    {"text", text, false, true, false, start, none},
-};
-
 // Every reader with every length of content and of input, and with the memory gone: one rule for all.
 TEST(raw_readers, refusals_touch_nothing_and_successes_consume_the_length) {
     const unsigned int lengths[] = {0, 1, 2, 3, 4, 5, 6, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF};
-    for (const value_reader& reader : readers) {
-        const bool is_text = reader.call == text;
+    for (const value_reader& reader : value_readers) {
+        const bool is_text = reader.call == read_text;
         for (const unsigned int len : lengths) {
             for (unsigned int left = 0; left <= 6; ++left) {
                 SCOPED_TRACE(testing::Message() << reader.name << ", len " << len << " of " << left);
@@ -178,7 +111,7 @@ TEST(raw_readers, refusals_touch_nothing_and_successes_consume_the_length) {
                     unsigned char* cursor = octets.data();
                     unsigned int remaining = left;
                     outputs out;
-                    zr_test::allocations watch;
+                    allocations watch;
                     if (out_of_memory != 0) watch.fail_allocation(1);
                     const int status = reader.call(&cursor, &remaining, len, out);
                     const size_t live = watch.live();
@@ -287,3 +220,4 @@ TEST(raw_readers, copies_text_and_null) {
 }
 
 }  // namespace
+}  // namespace zr_test

@@ -142,25 +142,13 @@ TEST(hostile, every_truncation) {
 
 // Octets replaced, inserted, dropped and doubled, also by forms that the readers give a meaning beyond BER.
 octets mutate(octets ber, std::mt19937& random) {
-    static const char* const forms[] = {"80",
-                                        "00 00",
-                                        "30 80",
-                                        "24 80",
-                                        "2c 80 04 80 00 00",
-                                        "1f 80 80 80 80 82",
-                                        "1f 80 80 80 80 84",
-                                        "1f 80 80 80 80 8c",
-                                        "3f 80 80 80 80 90",
-                                        "04 80 00 00",
-                                        "84 00 00 00 05",
-                                        "85 01 00 00 00 02",
-                                        "84 ff ff ff ff",
-                                        "05 00",
-                                        "05 81 00",
-                                        "02 00",
-                                        "02 05 00 ff ff ff ff",
-                                        "02 06 00 00 00 00 00 07",
-                                        "ff"};
+    // clang-format off
+    static const char* const forms[] = {
+        "80", "00 00", "30 80", "24 80", "2c 80 04 80 00 00", "1f 80 80 80 80 82", "1f 80 80 80 80 84",
+        "1f 80 80 80 80 8c", "3f 80 80 80 80 90", "04 80 00 00", "84 00 00 00 05", "85 01 00 00 00 02",
+        "84 ff ff ff ff", "05 00", "05 81 00", "02 00", "02 05 00 ff ff ff ff", "02 06 00 00 00 00 00 07", "ff"
+    };
+    // clang-format on
     const auto place = [&] { return ber.begin() + static_cast<long>(random() % (ber.size() + 1)); };
     for (size_t changes = 1 + random() % 3; changes != 0; --changes) {
         const octets form = bytes(forms[random() % std::size(forms)]);

@@ -7,14 +7,14 @@
 
 #include "asn1/asn_yvobjs.h"
 #include "asn1/asnbase.h"
+#include "asn1/asnstrng.h"
 #include "asn1/zrasnbase.h"
 #include "asn1/zrasnutf8.h"
 #include "base_idls/zrnbase_asn.h"
 
+namespace zr_test {
 namespace {
 
-using zr_test::slot;
-using zr_test::slot_count;
 using object = zr_asn_object;
 
 // One overload of a member function.
@@ -73,6 +73,35 @@ TEST(slots, operations_that_subclasses_add) {
     EXPECT_EQ(slot(&zr_r_buffer_t::reset), 1);
 }
 
+TEST(slots, charstring) {
+    using string = zr_asn_charstring;
+    using text = int(char*);
+    using cursor = int(zr_r_buffer_t&);
+    // clang-format off
+    const int table[] = {
+        slot(&string::check_accepted_codeset), slot(&string::check_preferred_codeset), slot(&string::set_codeset),
+        slot(&string::get_value_C), slot(&string::set_value_C), slot(&string::get_value_IA5),
+        slot(one_of<int(char*, int)>(&string::set_value_IA5)),
+        slot(one_of<int(zr_r_buffer_t&, int)>(&string::set_value_IA5)), slot(&string::get_value_printable),
+        slot(one_of<text>(&string::set_value_printable)), slot(one_of<cursor>(&string::set_value_printable)),
+        slot(&string::get_value_visible), slot(one_of<text>(&string::set_value_visible)),
+        slot(one_of<cursor>(&string::set_value_visible)), slot(&string::get_value_T61),
+        slot(one_of<text>(&string::set_value_T61)), slot(one_of<cursor>(&string::set_value_T61)),
+        slot(&string::get_value_BMP), slot(one_of<int(unsigned short*)>(&string::set_value_BMP)),
+        slot(one_of<cursor>(&string::set_value_BMP)), slot(&string::get_value_Univ),
+        slot(one_of<int(unsigned int*)>(&string::set_value_Univ)), slot(one_of<cursor>(&string::set_value_Univ)),
+        slot(&string::get_value_UTF8), slot(one_of<text>(&string::set_value_UTF8)),
+        slot(one_of<cursor>(&string::set_value_UTF8)), slot(&string::get_codeset)
+    };
+    // clang-format on
+    int expected = slot_count<zr_asn_octetstring>();
+    for (const int found : table)
+        EXPECT_EQ(found, expected++);
+    EXPECT_EQ(slot_count<string>(), expected);
+    EXPECT_EQ(slot_count<zr_asn_directoryString>(), expected);
+    EXPECT_EQ(slot_count<zr_asn_UTF8String>(), expected);
+}
+
 template <class... Classes>
 std::vector<int> slot_counts() {
     return {slot_count<Classes>()...};
@@ -95,3 +124,4 @@ TEST(slots, nothing_else_is_virtual) {
 }
 
 }  // namespace
+}  // namespace zr_test

@@ -12,22 +12,22 @@ TEST(trees, changes_are_seen_by_the_next_encoding) {
     unsigned int compared = 0, complete = 0, reads = 0;
     for (unsigned int seed = 0; seed < 600 && !HasFatalFailure(); ++seed) {
         random_tree tree(seed);
-        value held = tree.make_value(true);
-        zr_asn_object& live = tree.make_objects(held);
+        zr_asn_object& live = tree.make_complete();
         std::string history;
         for (int step = 0; step < 40; ++step) {
             if (tree.below(12) == 0) {
-                const value other = tree.make_value(true);
-                const std::string encoding = written(tree.make_objects(other));
+                const std::string encoding = written(tree.make_complete());
+                zr_asn_object& fresh = tree.make_objects();
                 ASSERT_EQ(read(live, encoding), 0) << "seed " << seed << " " << encoding;
-                held = tree.as_read(other, held);
+                ASSERT_EQ(read(fresh, encoding), 0);
+                ASSERT_EQ(written(tree.make_copy(live)), written(tree.make_copy(fresh))) << "seed " << seed << history;
                 history += " read";
                 ++reads;
             } else {
-                history += " " + tree.change(held, live);
+                history += " " + tree.change(live);
             }
             if (tree.below(2) == 0) continue;  // several changes before the caches are filled
-            const std::string expected = written(tree.make_objects(held));
+            const std::string expected = written(tree.make_copy(live));
             ASSERT_EQ(written(live), expected) << "seed " << seed << history;
             ASSERT_EQ(written(live), expected) << "again, seed " << seed << history;
             ++compared;

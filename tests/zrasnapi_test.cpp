@@ -14,12 +14,9 @@
 #include "support/ber.h"
 #include "support/caught_stderr.h"
 #include "support/out_of_memory.h"
+#include "support/thrown.h"
 
-using zr_test::allocations;
-using zr_test::bytes;
-using zr_test::hex;
-using zr_test::written;
-
+namespace zr_test {
 namespace {
 
 // A public buffer over octets of the test's own.
@@ -231,12 +228,12 @@ TEST(zrasnapi, exhausted_memory) {
         zr_asn_buffer_t in = over(octets);
         for (const bool encodes : {true, false}) {
             SCOPED_TRACE(testing::Message() << (encodes ? "encoding " : "decoding ") << type);
-            zr_test::fail_each_allocation([&, code = type, from = value](auto&& failing) {
+            fail_each_allocation([&, code = type, from = value](auto&& failing) {
                 zr_asn_buffer_t out{};
                 any_value back{};
                 std::memset(&back, 0x5A, sizeof back);
                 int status = 0;
-                zr_test::caught_stderr printed;
+                caught_stderr printed;
                 const bool failed = failing([&] {
                     status = encodes ? zrasn_encode_obj(2, from, code, out) : zrasn_decode_obj(2, in, code, &back);
                 });
@@ -350,13 +347,9 @@ TEST(yvobj_update_list, a_failing_element_leaves_the_full_count) {
         yvobj_update_list_s_t out{};
         watch.fail_allocation(++n);
         int status = 0;
-        try {
-            status = object.get_value(out);
-        } catch (const zr_asn_memexception& exception) {
-            status = static_cast<int>(exception.code);
-            EXPECT_STREQ(exception.message, "Out of memory get_strvalue()");
-        }
-        EXPECT_EQ(status, zr_err_out_of_memory);
+        const bool threw = thrown([&] { status = object.get_value(out); }) ==
+                           "memory 275062885: Out of memory get_strvalue() in src/asn1/asnutils";
+        EXPECT_TRUE(threw || status == zr_err_out_of_memory) << status;
         EXPECT_EQ(shown(out), left);
         zr_asn_yvobj_update_list_t::free_obj(out);
         EXPECT_EQ(shown(out), "0 null");
@@ -394,15 +387,9 @@ TEST(cert_request_in, the_body_is_released_by_its_length) {
     EXPECT_EQ(request.body, nullptr);
     allocations watch;
     watch.fail_allocation(1);
-    try {
-        zr_asn_cert_request_in::get_obj_body(octets, length, data);
-        FAIL();
-    } catch (const zr_asn_memexception& exception) {
-        EXPECT_STREQ(exception.message, "Out of memory get_obj_body()");
-        EXPECT_STREQ(exception.file, "src/asn1/asn_yvobjs");
-        EXPECT_EQ(exception.code, 275062885u);
-        EXPECT_EQ(data, nullptr);
-    }
+    EXPECT_EQ(thrown([&] { zr_asn_cert_request_in::get_obj_body(octets, length, data); }),
+              "memory 275062885: Out of memory get_obj_body() in src/asn1/asn_yvobjs");
+    EXPECT_EQ(data, nullptr);
 }
 
 // Sets an object that may hold another value already.
@@ -436,7 +423,7 @@ TEST(hand_written_records, objects_can_be_used_again) {
 TEST(hand_written_records, the_version_stays) {
     cert_request_in in{name_a, name_b, 0, nullptr};
     zr_asn_cert_request_in request(zr_normal);
-    ASSERT_EQ(zr_test::read(request, "30 0b 02 01 07 04 02 61 00 04 02 62 00"), 0);
+    ASSERT_EQ(read(request, "30 0b 02 01 07 04 02 61 00 04 02 62 00"), 0);
     ASSERT_EQ(request.set_value(in), 0);
     EXPECT_EQ(written(request), "30 0b 02 01 07 04 02 61 00 04 02 62 00");
     request.empty();
@@ -445,7 +432,7 @@ TEST(hand_written_records, the_version_stays) {
 
     yvobj_update_s_t update_in{1, name_a, 5};
     zr_asn_yvobj_update_t update(zr_normal);
-    ASSERT_EQ(zr_test::read(update, "30 0c 02 01 09 02 01 01 04 01 00 02 01 05"), 0);
+    ASSERT_EQ(read(update, "30 0c 02 01 09 02 01 01 04 01 00 02 01 05"), 0);
     ASSERT_EQ(update.set_value(update_in), 0);
     EXPECT_EQ(written(update), "30 0d 02 01 09 02 01 01 04 02 61 00 02 01 05");
 }
@@ -472,3 +459,4 @@ TEST(buffers, copies) {
 }
 
 }  // namespace
+}  // namespace zr_test

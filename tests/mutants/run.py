@@ -30,6 +30,8 @@ def faults():
             found[-1].append(text.strip())
         elif mark in ("-", "+"):
             (old if mark == "-" else new).append(text)
+        elif mark not in ("", "#"):
+            sys.exit(f"faults.txt: a line without its mark: {line}")
     return found[:-1]
 
 

@@ -2,7 +2,7 @@
 
 #include <malloc.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -23,73 +23,25 @@ namespace zr_test {
 
 static thread_local allocations* watching = nullptr;
 
-struct allocations::record {
-    const void* block;  // null: free place
-    size_t size;
-};
-
 [[noreturn]] static void give_up(const char* why) {
     std::fprintf(stderr, "allocations: %s\n", why);
     std::abort();
 }
 
-static size_t place_of(const void* block, size_t capacity) {
-    return static_cast<size_t>((reinterpret_cast<uintptr_t>(block) >> 3) * 2654435761U) & (capacity - 1);
-}
-
 allocations::allocations() {
     if (watching != nullptr) give_up("one is watching already");
-    grow();
     watching = this;
 }
 
-allocations::~allocations() {
-    watching = nullptr;
-    __real_free(table_);
+allocations::~allocations() { watching = nullptr; }
+
+void* allocations::take_unwatched(size_t size) {
+    void* block = __real_malloc(size);
+    if (block == nullptr) give_up("no memory for records");
+    return block;
 }
 
-// find gives the record of `block`, or the free place where it would go.
-allocations::record* allocations::find(const void* block) const {
-    size_t place = place_of(block, capacity_);
-    while (table_[place].block != nullptr && table_[place].block != block)
-        place = (place + 1) & (capacity_ - 1);
-    return &table_[place];
-}
-
-void allocations::grow() {
-    size_t old_capacity = capacity_;
-    record* old = table_;
-    capacity_ = old_capacity == 0 ? 1024 : old_capacity * 2;
-    table_ = static_cast<record*>(__real_calloc(capacity_, sizeof(record)));
-    if (table_ == nullptr) give_up("no memory for records");
-    for (size_t i = 0; i < old_capacity; i++)
-        if (old[i].block != nullptr) *find(old[i].block) = old[i];
-    __real_free(old);
-}
-
-void allocations::add(const void* block, size_t size) {
-    if ((live_ + 1) * 2 > capacity_) grow();
-    record* place = find(block);
-    if (place->block == nullptr) live_++;
-    *place = {block, size};
-    held_ += size;
-    if (held_ > peak_) peak_ = held_;
-}
-
-// remove closes the gap, so that no search ends early: what follows in the same run is put in again.
-void allocations::remove(const void* block) {
-    record* found = find(block);
-    if (found->block == nullptr) return;
-    held_ -= found->size;
-    found->block = nullptr;
-    live_--;
-    for (size_t i = static_cast<size_t>(found - table_ + 1) & (capacity_ - 1); table_[i].block != nullptr;
-         i = (i + 1) & (capacity_ - 1)) {
-        record moved = table_[i];
-        table_[i].block = nullptr;
-        *find(moved.block) = moved;
-    }
-}
+void allocations::give_unwatched(void* block) { __real_free(block); }
 
 // What the replaced functions ask. Each does nothing while nobody watches on this thread.
 struct allocation_hooks {
@@ -106,7 +58,9 @@ struct allocation_hooks {
         allocations* a = active();
         if (a != nullptr && block != nullptr) {
             a->made_++;
-            a->add(block, size);
+            a->sizes_[block] = size;
+            a->held_ += size;
+            a->peak_ = std::max(a->peak_, a->held_);
         }
         return block;
     }
@@ -114,15 +68,19 @@ struct allocation_hooks {
     static void inspect(void* block) {
         allocations* a = active();
         if (a == nullptr || block == nullptr || a->inspect_ == nullptr) return;
-        allocations::record* known = a->find(block);
+        const auto known = a->sizes_.find(block);
         a->busy_ = true;
-        a->inspect_(a->context_, block, known->block != nullptr ? known->size : malloc_usable_size(block));
+        a->inspect_(a->context_, block, known != a->sizes_.end() ? known->second : malloc_usable_size(block));
         a->busy_ = false;
     }
 
     static void gone(const void* block) {
         allocations* a = active();
-        if (a != nullptr && block != nullptr) a->remove(block);
+        if (a == nullptr) return;
+        const auto known = a->sizes_.find(block);
+        if (known == a->sizes_.end()) return;
+        a->held_ -= known->second;
+        a->sizes_.erase(known);
     }
 };
 

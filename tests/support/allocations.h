@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -21,7 +23,7 @@ public:
     allocations& operator=(const allocations&) = delete;
 
     // live is the number of blocks that were made and not yet freed.
-    size_t live() const { return live_; }
+    size_t live() const { return sizes_.size(); }
     // made is the number of requests that succeeded; a realloc counts as one.
     size_t made() const { return made_; }
 
@@ -48,18 +50,27 @@ public:
 
 private:
     friend struct allocation_hooks;
-    struct record;
 
-    record* find(const void* block) const;
-    void add(const void* block, size_t size);
-    void remove(const void* block);
-    void grow();
+    // What the records themselves take, past the functions that are watched.
+    template <class T>
+    struct unwatched_memory {
+        using value_type = T;
+        unwatched_memory() = default;
+        template <class U>
+        unwatched_memory(const unwatched_memory<U>&) {}
+        T* allocate(size_t count) { return static_cast<T*>(take_unwatched(count * sizeof(T))); }
+        void deallocate(T* block, size_t) { give_unwatched(block); }
+        bool operator==(const unwatched_memory&) const { return true; }
+        bool operator!=(const unwatched_memory&) const { return false; }
+    };
+    static void* take_unwatched(size_t size);
+    static void give_unwatched(void* block);
 
-    record* table_ = nullptr;  // open addressing, capacity a power of two, at most half full
-    size_t capacity_ = 0;
-    size_t live_ = 0;
+    std::unordered_map<const void*, size_t, std::hash<const void*>, std::equal_to<const void*>,
+                       unwatched_memory<std::pair<const void* const, size_t>>>
+        sizes_;  // of the blocks that are live
     size_t made_ = 0;
-    size_t held_ = 0;
+    size_t held_ = 0;  // octets
     size_t peak_ = 0;
     size_t fail_in_ = 0;
     bool failed_ = false;

@@ -59,13 +59,13 @@ inline outcome read_from(zr_asn_object& object, const std::vector<unsigned char>
 
 inline outcome read_from(zr_asn_object& object, std::string_view text) { return read_from(object, bytes(text)); }
 
-// The contents that INTEGER and OCTET STRING hold, or the status as text.
+// The octets that an object holds, each of so many of its units, or the status as text.
 template <class T>
-std::string contents(const T& object) {
+std::string contents(const T& object, unsigned int unit = 1) {
     unsigned char* octets = nullptr;
     unsigned int count = 0;
     const int status = object.get_value(octets, count);
-    return status != 0 ? std::to_string(status) : hex(octets, count);
+    return status != 0 ? std::to_string(status) : hex(octets, (count + unit - 1) / unit);
 }
 
 }  // namespace zr_test

@@ -30,16 +30,16 @@ inline std::vector<unsigned char> bytes(std::string_view text) {
 // hex is the reverse: "30 03 02 01 05", lower case.
 inline std::string hex(const void* data, size_t length) {
     static const char digits[] = "0123456789abcdef";
-    const auto* octets = static_cast<const unsigned char*>(data);
+    const auto* from = static_cast<const unsigned char*>(data);
     std::string out;
     for (size_t i = 0; i < length; i++) {
         if (i != 0) out += ' ';
-        out += digits[octets[i] >> 4];
-        out += digits[octets[i] & 15];
+        out += digits[from[i] >> 4];
+        out += digits[from[i] & 15];
     }
     return out;
 }
 
-inline std::string hex(const std::vector<unsigned char>& octets) { return hex(octets.data(), octets.size()); }
+inline std::string hex(const std::vector<unsigned char>& data) { return hex(data.data(), data.size()); }
 
 }  // namespace zr_test

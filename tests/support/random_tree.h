@@ -1,5 +1,5 @@
-// Random trees of all the runtime's types, for tests: what a tree is made of (shape), what it holds (value), objects
-// made from both, and changes that are made to a value and to objects that hold it.
+// Random trees of all the runtime's types, for tests: what a tree is made of (shape), objects with random values, new
+// ones that hold what others hold, and changes.
 #pragma once
 
 #include <memory>
@@ -21,15 +21,6 @@ struct shape {
     bool optional = false;
     bool defaulted = false;           // boolean and integer: DEFAULT 1
     std::vector<shape> members = {};  // sequence, choice; none for lists
-};
-
-struct value {
-    bool present = false;  // leaves
-    long number = 0;
-    std::vector<unsigned char> octets;  // octets, bits, named; any: the whole element
-    unsigned int bits = 0;
-    int selected = -1;
-    std::vector<value> members;  // also the elements of lists
 };
 
 // A record that contains a list of itself.
@@ -89,28 +80,22 @@ public:
 
     size_t below(size_t n) { return random_() % n; }
 
-    // A value for the tree; a complete one lacks nothing that is mandatory.
-    value make_value(bool complete) { return make_value(form_, complete, 0); }
-
-    // Objects without values; they live as long as the tree.
+    // Objects without values, with random ones of which nothing that is mandatory is missing, and with those that other
+    // objects of the tree hold. They live as long as the tree.
     zr_asn_object& make_objects() { return *make_objects(form_); }
-
-    zr_asn_object& make_objects(const value& held) {
+    zr_asn_object& make_complete() {
         zr_asn_object& made = make_objects();
-        assign(form_, held, made);
+        fill(form_, made, true, 0);
+        return made;
+    }
+    zr_asn_object& make_copy(zr_asn_object& from) {
+        zr_asn_object& made = make_objects();
+        copy(form_, from, made);
         return made;
     }
 
-    // What a tree that held `before` holds when it has read the encoding of `held`: OCTET STRINGs are written empty
-    // then, and what is equal to its DEFAULT or an alternative not selected is absent.
-    value as_read(const value& held, const value& before) const {
-        value read = held;
-        lose(form_, read, before);
-        return read;
-    }
-
-    // One change somewhere in the objects, and the same in the value. Says what it was.
-    std::string change(value& held, zr_asn_object& object) { return change(form_, held, object, 0); }
+    // One change somewhere in the objects. Says what it was.
+    std::string change(zr_asn_object& object) { return change(form_, object, 0); }
 
 private:
     // Not NULL as an alternative: a CHOICE that is cleared as a part of something stays absent with it selected, and in
@@ -169,46 +154,6 @@ private:
         return made;
     }
 
-    std::vector<unsigned char> make_octets() {
-        std::vector<unsigned char> octets(below(8) != 0 ? below(5) : 120 + below(200));
-        for (auto& octet : octets)
-            octet = static_cast<unsigned char>(random_());
-        return octets;
-    }
-
-    void fill_leaf(const shape& form, value& held) {
-        held.present = true;
-        held.number = static_cast<int32_t>(random_() >> below(32));
-        if (form.type == kind::boolean) held.number &= 1;
-        held.octets = make_octets();
-        held.bits = static_cast<unsigned int>(held.octets.size() * 8);
-        if (held.bits != 0) held.bits -= static_cast<unsigned int>(below(8));
-        if (form.type == kind::any) {
-            held.octets.resize(below(100));
-            held.octets.insert(held.octets.begin(), {0xC5, static_cast<unsigned char>(held.octets.size())});
-            if (below(2) == 0)
-                held.octets.insert(held.octets.begin(), {0x64, static_cast<unsigned char>(held.octets.size())});
-        }
-    }
-
-    value make_value(const shape& form, bool complete, int depth) {
-        value held;
-        if (is_leaf(form.type)) {
-            const bool may_lack = !complete || form.optional || form.defaulted;
-            if (!may_lack || below(complete ? 2 : 12) != 0) fill_leaf(form, held);
-        } else if (is_list(form.type)) {
-            for (size_t count = depth < 5 ? below(4) : 0; count != 0; --count)
-                held.members.push_back(make_value(element_shape(form.type), complete, depth + 1));
-        } else {
-            for (const shape& member : form.members)
-                held.members.push_back(make_value(member, complete, depth + 1));
-            if (form.type == kind::choice && (complete || below(8) != 0))
-                held.selected = static_cast<int>(below(form.members.size()));
-            if (complete && form.optional && below(2) == 0) forget(form, held);
-        }
-        return held;
-    }
-
     template <class T>
     static zr_asn_object* make() {
         return new T(zr_normal);
@@ -234,148 +179,152 @@ private:
         return made;
     }
 
-    static void assign(const shape& form, const value& held, zr_asn_object& object) {
-        if (is_leaf(form.type)) {
-            if (held.present) set_leaf(form, held, object);
-            return;
-        }
-        for (unsigned int i = 0; i < held.members.size(); ++i) {
-            if (is_list(form.type)) with_list(object, form.type, [](auto& list) { list.add_child(); });
-            assign(member_shape(form, i), held.members[i], *children(object, form.type).get_child(i));
-        }
-        if (held.selected >= 0) static_cast<zr_asn_choice&>(object).select(static_cast<unsigned int>(held.selected));
+    std::vector<unsigned char> make_octets() {
+        std::vector<unsigned char> octets(below(8) != 0 ? below(5) : 120 + below(200));
+        for (auto& octet : octets)
+            octet = static_cast<unsigned char>(random_());
+        return octets;
     }
 
     // Setters that do not tell the enclosing caches are followed by that.
-    static void set_leaf(const shape& form, const value& held, zr_asn_object& object) {
-        const auto length = static_cast<unsigned int>(held.octets.size());
-        if (form.type == kind::boolean) static_cast<zr_asn_boolean&>(object).set_value(static_cast<int>(held.number));
-        if (form.type == kind::integer) static_cast<zr_asn_integer&>(object).set_value(held.number);
-        if (form.type == kind::octets) static_cast<zr_asn_octetstring&>(object).set_value(held.octets.data(), length);
-        if (form.type == kind::bits) static_cast<zr_asn_bitstring&>(object).set_value(held.octets.data(), held.bits);
-        if (form.type == kind::any) read_from(object, held.octets);
+    static void tell_parent(const zr_asn_object& object) {
+        if (object.get_parent() != nullptr) object.get_parent()->invalidate_encoding();
+    }
+
+    static void set_named(zr_asn_namedbits& object, const unsigned char* octets, size_t length) {
+        object.set_bit(0, 0);
+        for (unsigned int n = 0; n < 8 * length; ++n)
+            object.set_bit(n, octets[n / 8] >> (7 - n % 8) & 1);
+    }
+
+    void fill_leaf(const shape& form, zr_asn_object& object) {
+        std::vector<unsigned char> octets = make_octets();
+        const auto length = static_cast<unsigned int>(octets.size());
+        const auto number = static_cast<int32_t>(random_() >> below(32));
+        const unsigned int unused = length != 0 ? static_cast<unsigned int>(below(8)) : 0;
+        if (form.type == kind::boolean) static_cast<zr_asn_boolean&>(object).set_value(number & 1);
+        if (form.type == kind::integer) static_cast<zr_asn_integer&>(object).set_value(static_cast<long>(number));
+        if (form.type == kind::octets) static_cast<zr_asn_octetstring&>(object).set_value(octets.data(), length);
+        if (form.type == kind::bits)
+            static_cast<zr_asn_bitstring&>(object).set_value(octets.data(), 8 * length - unused);
         if (form.type == kind::named) {
-            static_cast<zr_asn_namedbits&>(object).set_bit(0, 0);
-            for (unsigned int n = 0; n < 8 * length; ++n)
-                static_cast<zr_asn_namedbits&>(object).set_bit(n, held.octets[n / 8] >> (7 - n % 8) & 1);
+            object.invalidate_value(zr_invalidate_all);
+            set_named(static_cast<zr_asn_namedbits&>(object), octets.data(), length);
         }
-        const bool tells = form.type != kind::integer && form.type != kind::octets;
-        if (!tells && object.get_parent() != nullptr) object.get_parent()->invalidate_encoding();
+        if (form.type == kind::any) {
+            octets.resize(below(100));
+            octets.insert(octets.begin(), {0xC5, static_cast<unsigned char>(octets.size())});
+            if (below(2) == 0) octets.insert(octets.begin(), {0x64, static_cast<unsigned char>(octets.size())});
+            read_from(object, octets);
+        }
+        tell_parent(object);
     }
 
-    static void forget(const shape& form, value& held) {
-        held.present = false;
-        for (size_t i = 0; i < held.members.size(); ++i)
-            forget(member_shape(form, i), held.members[i]);
+    void fill(const shape& form, zr_asn_object& object, bool complete, int depth) {
+        if (is_leaf(form.type)) {
+            const bool may_lack = !complete || form.optional || form.defaulted;
+            if (!may_lack || below(complete ? 2 : 12) != 0) fill_leaf(form, object);
+        } else if (is_list(form.type)) {
+            for (size_t count = depth < 5 ? below(4) : 0; count != 0; --count)
+                add(form, object, false, complete, depth);
+        } else if (!complete || !form.optional || below(2) == 0) {
+            for (unsigned int i = 0; i < form.members.size(); ++i)
+                fill(form.members[i], *children(object, form.type).get_child(i), complete, depth + 1);
+            if (form.type == kind::choice && (complete || below(8) != 0)) select(form, object);
+        }
     }
 
-    // A CHOICE that was tried in vain has nothing selected.
-    static void unselect(const shape& form, value& held) {
+    std::string select(const shape& form, zr_asn_object& object) {
+        const auto selected = static_cast<unsigned int>(below(form.members.size()));
+        static_cast<zr_asn_choice&>(object).select(selected);
+        return "select " + std::to_string(selected);
+    }
+
+    void add(const shape& form, zr_asn_object& object, bool first, bool complete, int depth) {
+        with_list(object, form.type, [&](auto& list) {
+            fill(element_shape(form.type), first ? *list.add_child_before() : *list.add_child(), complete, depth + 1);
+        });
+    }
+
+    template <class T, class... Parts>
+    static void copy_value(zr_asn_object& from, zr_asn_object& to, Parts... parts) {
+        if (static_cast<T&>(from).get_value(parts...) == 0) static_cast<T&>(to).set_value(parts...);
+    }
+
+    static void copy_leaf(const shape& form, zr_asn_object& from, zr_asn_object& to) {
+        unsigned char* data = nullptr;
+        unsigned int count = 0;
+        if (form.type == kind::boolean) copy_value<zr_asn_boolean>(from, to, 0);
+        if (form.type == kind::integer) copy_value<zr_asn_integer>(from, to, 0L);
+        if (form.type == kind::octets) {
+            copy_value<zr_asn_octetstring>(from, to, data, count);
+            // What it has only read an OCTET STRING does not write.
+            if (from.is_encoding_valid() == 0) static_cast<zr_asn_octetstring&>(to).set_value(data, 0);
+        }
+        if (form.type == kind::bits) copy_value<zr_asn_bitstring>(from, to, data, count);
+        if (form.type == kind::named && static_cast<zr_asn_namedbits&>(from).get_value(data, count) == 0)
+            set_named(static_cast<zr_asn_namedbits&>(to), data, (count + 7) / 8);
+        if (form.type == kind::any) read(to, written(from));
+        tell_parent(to);
+    }
+
+    static void copy(const shape& form, zr_asn_object& from, zr_asn_object& to) {
+        if (is_leaf(form.type)) {
+            if (from.is_present() != 0) copy_leaf(form, from, to);
+            return;
+        }
+        for (unsigned int i = 0; i < children(from, form.type).get_child_count(); ++i) {
+            if (is_list(form.type)) with_list(to, form.type, [](auto& list) { list.add_child(); });
+            copy(member_shape(form, i), *children(from, form.type).get_child(i), *children(to, form.type).get_child(i));
+        }
         if (form.type != kind::choice) return;
-        held.selected = -1;
-        for (size_t i = 0; i < held.members.size(); ++i)
-            unselect(form.members[i], held.members[i]);
+        const int selected = static_cast<zr_asn_choice&>(from).selected();
+        if (selected >= 0) static_cast<zr_asn_choice&>(to).select(static_cast<unsigned int>(selected));
     }
 
-    // Whether a complete value is written at all.
-    static bool is_written(const shape& form, const value& held) {
-        if (is_list(form.type) || form.type == kind::null) return true;
-        if (is_leaf(form.type)) return held.present && !(form.defaulted && held.number == 1);
-        const auto selected = static_cast<size_t>(held.selected);
-        if (form.type == kind::choice)
-            return held.selected >= 0 && is_written(form.members[selected], held.members[selected]);
-        for (size_t i = 0; i < form.members.size(); ++i) {
-            const shape& member = form.members[i];
-            if (!member.optional && !member.defaulted && !is_written(member, held.members[i])) return false;
-        }
-        return true;
-    }
-
-    static void lose(const shape& form, value& held, const value& before) {
-        if (!is_written(form, held)) {
-            held = before;
-            unselect(form, held);
-            return forget(form, held);
-        }
-        if (form.type == kind::octets) held.octets.clear();
-        if (form.type == kind::bits && held.bits % 8 != 0) {
-            // Written as used bits, read as unused ones.
-            held.octets.resize((held.bits + 7) / 8);
-            held.octets.back() &= static_cast<unsigned char>(0xFF << held.bits % 8);
-        }
-        for (size_t i = 0; i < held.members.size(); ++i) {
-            value& member = held.members[i];
-            if (is_list(form.type)) {
-                lose(element_shape(form.type), member, value(member));
-            } else if (form.type == kind::choice && held.selected != static_cast<int>(i)) {
-                // The alternatives before the one that fits were tried, those behind it keep what they had selected.
-                member = before.members[i];
-                if (held.selected > static_cast<int>(i)) unselect(form.members[i], member);
-                forget(form.members[i], member);
-            } else {
-                lose(form.members[i], member, before.members[i]);
-            }
-        }
-    }
-
-    std::string change(const shape& form, value& held, zr_asn_object& object, int depth) {
-        if (is_leaf(form.type)) return change_leaf(form, held, object);
-        const auto count = static_cast<unsigned int>(held.members.size());
-        if (is_list(form.type) && (count == 0 || below(2) == 0)) return change_list(form, held, object, depth);
-        if (form.type == kind::choice && below(3) == 0) {
-            held.selected = static_cast<int>(below(form.members.size()));
-            static_cast<zr_asn_choice&>(object).select(static_cast<unsigned int>(held.selected));
-            return "select " + std::to_string(held.selected);
-        }
+    std::string change(const shape& form, zr_asn_object& object, int depth) {
+        if (is_leaf(form.type)) return change_leaf(form, object);
+        const unsigned int count = children(object, form.type).get_child_count();
+        if (is_list(form.type) && (count == 0 || below(2) == 0)) return change_list(form, object, depth);
+        if (form.type == kind::choice && below(3) == 0) return select(form, object);
         const auto at = static_cast<unsigned int>(below(count));
-        zr_asn_object& member = *children(object, form.type).get_child(at);
-        return std::to_string(at) + "." + change(member_shape(form, at), held.members[at], member, depth + 1);
+        return std::to_string(at) + "." +
+               change(member_shape(form, at), *children(object, form.type).get_child(at), depth + 1);
     }
 
-    std::string change_leaf(const shape& form, value& held, zr_asn_object& object) {
+    std::string change_leaf(const shape& form, zr_asn_object& object) {
         if (form.type == kind::null) return "null";
         if (below(5) == 0) {
-            held = value{};
             object.invalidate_value(zr_invalidate_all);
             return "cleared";
         }
-        if (form.type == kind::named && held.present && below(2) == 0) {
-            const size_t n = below(8 * held.octets.size() + 1);
-            const bool bit = below(2) != 0;
-            static_cast<zr_asn_namedbits&>(object).set_bit(static_cast<unsigned int>(n), bit ? 1 : 0);
-            if (n / 8 >= held.octets.size()) held.octets.resize(n / 8 + 1);
-            unsigned char& octet = held.octets[n / 8];
-            const int mask = 0x80 >> n % 8;
-            octet = static_cast<unsigned char>(bit ? octet | mask : octet & ~mask);
+        if (form.type == kind::named && object.is_present() != 0 && below(2) == 0) {
+            auto& bits = static_cast<zr_asn_namedbits&>(object);
+            unsigned char* data = nullptr;
+            unsigned int count = 0;
+            static_cast<void>(bits.get_value(data, count));
+            const auto n = static_cast<unsigned int>(below(count + 9));
+            bits.set_bit(n, below(2) != 0 ? 1 : 0);
             return "bit " + std::to_string(n);
         }
-        fill_leaf(form, held);
-        if (form.type == kind::named) object.invalidate_value(zr_invalidate_all);
-        set_leaf(form, held, object);
+        fill_leaf(form, object);
         return "set";
     }
 
-    std::string change_list(const shape& form, value& held, zr_asn_object& object, int depth) {
-        const size_t count = held.members.size();
+    std::string change_list(const shape& form, zr_asn_object& object, int depth) {
+        const unsigned int count = children(object, form.type).get_child_count();
         const size_t what = count == 0 ? 0 : below(count < 6 ? 6 : 4);
         if (what == 1) {
-            held.members.clear();
             with_list(object, form.type, [&](auto& list) { return below(2) == 0 ? list.emptyi() : list.empty(); });
             return "emptied";
         }
         if (what == 2 || what == 3) {
-            const size_t at = below(count);
-            held.members.erase(held.members.begin() + static_cast<ptrdiff_t>(at));
-            with_list(object, form.type, [&](auto& list) { return list.delete_child(static_cast<unsigned int>(at)); });
+            const auto at = static_cast<unsigned int>(below(count));
+            with_list(object, form.type, [&](auto& list) { return list.delete_child(at); });
             return "deleted " + std::to_string(at);
         }
-        const bool first = what == 4;
-        const value added = make_value(element_shape(form.type), false, depth + 1);
-        with_list(object, form.type, [&](auto& list) {
-            assign(element_shape(form.type), added, first ? *list.add_child_before() : *list.add_child());
-        });
-        held.members.insert(first ? held.members.begin() : held.members.end(), added);
-        return first ? "added first" : "added";
+        add(form, object, what == 4, false, depth);
+        return what == 4 ? "added first" : "added";
     }
 
     std::mt19937 random_;

@@ -168,20 +168,6 @@ bool holds_blocks(const field& field) {
            field.value == value_kind::octets;
 }
 
-// visit calls seen(field, structure, value) for each value that a structure holds, and inside each record.
-template <class Seen>
-void visit(const record_type& type, void* contents, const Seen& seen) {
-    for (const field& field : type) {
-        const uint32_t count = zr::place_count(field, contents);
-        for (uint32_t i = 0; i < count; ++i) {
-            void* value = zr::value_at(field, contents, i);
-            if (value == nullptr) continue;
-            seen(field, value);
-            if (field.value == value_kind::record) visit(*field.record, value, seen);
-        }
-    }
-}
-
 }  // namespace
 
 void fill(const record_type& type, void* contents, std::mt19937& random, const limits& limits) {
@@ -209,9 +195,15 @@ std::string leftover(const record_type& type, const void* contents) {
 
 std::vector<char**> texts_of(const record_type& type, void* contents) {
     std::vector<char**> texts;
-    visit(type, contents, [&](const field& field, void* value) {
-        if (field.value == value_kind::text) texts.push_back(&place<char*>(value, 0));
-    });
+    for (const field& field : type) {
+        for (uint32_t i = 0; i < zr::place_count(field, contents); ++i) {
+            void* value = zr::value_at(field, contents, i);
+            if (field.value == value_kind::text) texts.push_back(&place<char*>(value, 0));
+            if (field.value != value_kind::record || value == nullptr) continue;
+            const std::vector<char**> inside = texts_of(*field.record, value);
+            texts.insert(texts.end(), inside.begin(), inside.end());
+        }
+    }
     return texts;
 }
 

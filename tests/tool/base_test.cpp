@@ -65,25 +65,13 @@ TEST(text, in_messages_has_a_bound) {
 }
 
 TEST(suggest, what_is_near_and_nothing_else) {
-    const struct {
-        const char* word;
-        const char* meant;
-    } rows[] = {
-        {"--compct", "--compact"},
-        {"--form", "--from"},
-        {"-O", "-o"},
-        {"decod", "decode"},
-        {"chekc", "check"},
-        {"--json", ""},
-        {"-r", ""},
-        {"-V", ""},
-        {"-q", ""},
-        {"x", ""},
-        {"frobnicate", ""},
-        {"", ""},
-        {"--hexa", "--hex"},
-        {"DUMP", "dump"},
+    // clang-format off
+    const struct { const char *word, *meant; } rows[] = {
+        {"--compct", "--compact"}, {"--form", "--from"}, {"-O", "-o"}, {"decod", "decode"}, {"chekc", "check"},
+        {"--json", ""}, {"-r", ""}, {"-V", ""}, {"-q", ""}, {"x", ""}, {"frobnicate", ""}, {"", ""},
+        {"--hexa", "--hex"}, {"DUMP", "dump"}
     };
+    // clang-format on
     for (const auto& row : rows)
         EXPECT_EQ(
             nearest(row.word, {"decode", "check", "dump", "--from", "--compact", "--hex", "-h", "-o", "--version"}),

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -12,9 +11,8 @@
 
 #include "json/record_reader.h"
 #include "json/record_writer.h"
-#include "support/hex.h"
-#include "support/records_json.h"
 #include "support/routes.h"
+#include "support/vectors.h"
 
 namespace zr_test {
 namespace {
@@ -51,36 +49,24 @@ json with_uuid_texts(const json& value) {
     return copy;
 }
 
-std::string next_line(std::istream& file) {
-    std::string line;
-    while (std::getline(file, line))
-        if (!line.empty() && line[0] != '#') return line;
-    return "";
-}
-
 TEST(json, of_the_golden_vectors) {
     size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(ZRASN_VECTORS)) {
-        if (entry.path().extension() != ".txt") continue;
-        std::ifstream file(entry.path());
-        for (std::string name = next_line(file); !name.empty(); name = next_line(file)) {
-            const json value = with_uuid_texts(json::parse(next_line(file)));
-            const octets ber = bytes(next_line(file));
-            const zr::record_type* type = zr::find_record(name);
-            SCOPED_TRACE(name + " " + value.dump());
-            structure read(*type), decoded(*type);
-            zr::tool::json_error error;
-            ASSERT_TRUE(zr::tool::read_json(value.dump(), *type, read.get(), error)) << error.path << error.message;
-            EXPECT_EQ(hex(encode(entry_points, read).ber), hex(ber));
-            ASSERT_EQ(decode(entry_points, ber, decoded), 0);
-            json expected = value;  // without the null slots at the end
-            for (json& member : expected)
-                while (member.is_array() && !member.empty() && member.back().is_null())
-                    member.erase(member.size() - 1);
-            EXPECT_EQ(json::parse(written(*type, decoded.get())), expected);
-            ++count;
-        }
-    }
+    each_vector([&](const std::string& name, const std::string& vector, const octets& ber) {
+        const json value = with_uuid_texts(json::parse(vector));
+        const zr::record_type* type = zr::find_record(name);
+        SCOPED_TRACE(name + " " + value.dump());
+        structure read(*type), decoded(*type);
+        zr::tool::json_error error;
+        ASSERT_TRUE(zr::tool::read_json(value.dump(), *type, read.get(), error)) << error.path << error.message;
+        EXPECT_EQ(hex(encode(entry_points, read).ber), hex(ber));
+        ASSERT_EQ(decode(entry_points, ber, decoded), 0);
+        json expected = value;  // without the null slots at the end
+        for (json& member : expected)
+            while (member.is_array() && !member.empty() && member.back().is_null())
+                member.erase(member.size() - 1);
+        EXPECT_EQ(json::parse(written(*type, decoded.get())), expected);
+        ++count;
+    });
     EXPECT_GE(count, 65u * 3u);
 }
 
