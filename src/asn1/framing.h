@@ -17,13 +17,13 @@ enum class framing : uint8_t {
 // envelope_framing looks at the octets received so far, from the envelope's first one on, and goes on where it stopped
 // when there are more: all looks together cost as much as one. It tells lengths only: a complete envelope may hold
 // octets that no record has.
-class ZR_API envelope_framing {
+class envelope_framing {
 public:
     // An envelope of more than `most` octets is none.
     explicit envelope_framing(size_t most) : most_(most) {}
 
     // `octets` are `length` of them: those of the last look, perhaps at another address, and what has come since.
-    framing look(const void* octets, size_t length);
+    ZR_API framing look(const void* octets, size_t length);
 
     // complete: how many octets the envelope has; there may be more behind it.
     size_t length() const { return next_; }

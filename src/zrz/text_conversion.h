@@ -10,11 +10,11 @@ enum class text_direction : unsigned char { local_to_utf8, utf8_to_local };
 
 // text_conversion converts texts that a thread gives it one after the other, all between UTF-8 and the local code set
 // that the thread has when the object is made. The locale must not be changed while the object is in use.
-class ZR_API text_conversion {
+class text_conversion {
 public:
     // Of secret texts nothing stays in a block that is given back.
-    explicit text_conversion(text_direction direction, bool secret = false);
-    ~text_conversion();
+    ZR_API explicit text_conversion(text_direction direction, bool secret = false);
+    ZR_API ~text_conversion();
     text_conversion(const text_conversion&) = delete;
     text_conversion& operator=(const text_conversion&) = delete;
 
@@ -25,7 +25,7 @@ public:
 
     // convert converts one text, from the converter's initial state. What it gives holds until the next call or, when
     // there was nothing to convert, as long as the octets given. Throws as the classes of zrz/zrz.h do.
-    const_text convert(const char* chars, size_t length);
+    ZR_API const_text convert(const char* chars, size_t length);
 
 private:
     const char* code_set_;  // null for UTF-8

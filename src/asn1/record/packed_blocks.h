@@ -9,11 +9,11 @@
 namespace zr {
 
 // packed_blocks gives out room that is never given back piece by piece.
-class ZR_API packed_blocks {
+class packed_blocks {
 public:
     packed_blocks() = default;
     packed_blocks(packed_blocks&& other) noexcept { *this = static_cast<packed_blocks&&>(other); }
-    packed_blocks& operator=(packed_blocks&& other) noexcept;
+    ZR_API packed_blocks& operator=(packed_blocks&& other) noexcept;
     packed_blocks(const packed_blocks&) = delete;
     packed_blocks& operator=(const packed_blocks&) = delete;
     ~packed_blocks() { release(); }
@@ -33,10 +33,10 @@ public:
 
     // Takes all room back. The longest block is kept, or one of `likely` octets is made if it is shorter; memory that
     // is out shows later.
-    void start(size_t likely);
+    ZR_API void start(size_t likely);
     // Takes all room back and keeps the longest block.
     void clear() { start(0); }
-    void release();
+    ZR_API void release();
     // From now on all room is overwritten before it is taken back.
     void keep_secret() { secret_ = true; }
 
@@ -45,7 +45,7 @@ private:
         block* before;
         size_t octets;  // with this header
     };
-    bool add_block(size_t octets);
+    ZR_API bool add_block(size_t octets);
     void give_back(block* last);
     void use(block* chosen);
 
