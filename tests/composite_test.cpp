@@ -55,8 +55,10 @@ TEST(composite, presence_is_what_a_walk_over_all_members_finds) {
             zr_asn_sequence& parent = sequences[below(sequences.size())];
             zr_asn_object* const child = below(3) == 0 ? static_cast<zr_asn_object*>(&sequences.emplace_back(zr_normal))
                                                        : &leaves.emplace_back(zr_normal);
+            child->set_optional(static_cast<int>(below(2)));
+            child->set_empty_permitted(static_cast<int>(below(2)));
             below(4) == 0 ? parent.register_child_before(child) : parent.register_child(child);
-            if (below(8) == 0) parent.register_child(child);  // a second time
+            if (below(8) == 0 && child->is_present() == 0) parent.register_child(child);  // a second time
         }
         for (int step = 0; step < 60; ++step) {
             zr_asn_boolean& leaf = leaves[below(leaves.size())];

@@ -334,6 +334,7 @@ TEST(primitive, contents_of_a_string_that_fails) {
     const auto string = expect_gathered<zr_asn_octetstring>;
     string("24 80 04 01 61 24 80 04 01 62 04 01 63 05 00", 1, 1, "61");
     string("24 80 24 80 04 01 62 05 00", 0, 1, "");
+    string("24 80 24 80 24 03 04 01 62 05 00", 0, 1, "");
     string("24 80 24 80 04 01 61 00 00 04 01 62 24 03 04 01 63 04", 3, 1, "61 62 63");
     string("24 80 04 01 61 04 80 62", 1, 1, "61");
     const auto bits = expect_gathered<zr_asn_bitstring>;
