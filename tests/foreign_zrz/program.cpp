@@ -1,6 +1,5 @@
 // The forms for texts in the local code set, with a libzrz whose local code set is like no other (zrz/zrz.h): every
 // text that is not empty goes through its classes, and on all ways alike.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -55,6 +54,8 @@ void check_texts() {
         {"segments", segments, text("b"), "baA++", "c", 2, 0, false},
         {"zero octets", text(std::string("a\0b", 3)), text("b"), std::string("b\0c", 3), "c", 2, 0, false},
         {"no such octet", text("a"), text("b\xFF"), "", "", 0, zr_err_conversion, false},
+        {"no such octet, and the octets end early", text("\xFF"), bytes("0c 05 61"), "", "", 0, zr_err_data_ends_early,
+         false},
         {"no such octet in segments", bytes("2c 06 04 01 61 04 01 ff"), text("a"), "", "", 0, zr_err_conversion, false},
     };
     for (const auto& row : rows) {
@@ -66,10 +67,12 @@ void check_texts() {
             caught_stderr printed;
             texts_converted = 0;
             require(decode(way, ber, out) == row.status, what + ": status");
-            require((row.status == 0 || way.decode == decode_call.decode || !printed.take().empty()),
-                    what + ": message");
+            const bool prints = row.status == zr_err_conversion && way.decode != decode_call.decode;
+            require(printed.take().empty() != prints, what + ": message");
             if (row.status != 0) {
-                require(leftover(out.type(), out.get()).empty(), what + ": the structure is not zero");
+                const octets after(zr::record<attrlist_s_t>::type.size, row.status == zr_err_conversion ? 0 : 0x5A);
+                require(std::memcmp(out.get(), after.data(), after.size()) == 0, what + ": structure");
+                std::memset(out.get(), 0, after.size());
                 continue;
             }
             require(texts_converted >= row.texts && (row.texts != 0 || texts_converted == 0), what + ": conversions");
@@ -78,13 +81,6 @@ void check_texts() {
             require(attr.values[0].str == row.local_value, what + ": value");
             if (row.is_canonical) require(encode(way, out).ber == ber, what + ": encode");
         }
-    }
-    for (const char* bad : {"a\xFF", "a+"}) {
-        structure in(zr::record<attr_s_t>::type);
-        in.as<attr_s_t>().name = copy_text(bad);
-        caught_stderr printed;
-        require(encode(local_entry_points, in).status == zr_err_conversion, "encode: no such octet");
-        require(!printed.take().empty(), "encode: message");
     }
 }
 
@@ -104,7 +100,7 @@ void check_all_records() {
     size_t good = 0, refused = 0;
     for (const zr::record_type* type : all_records()) {
         for (unsigned i = 0; i < 60; ++i) {
-            structure original(*type), expected(*type), direct(*type);
+            structure original(*type), expected(*type);
             fill(*type, original.get(), random, {300, 4, i % 4 != 0});
             caught_stderr printed;
             const encoded tree = encode(local_object_tree, original);

@@ -6,43 +6,30 @@
 #include <cstddef>
 #include <string>
 
-class ZLCConstString_5_1 {
+class some_text {
 public:
-    ZLCConstString_5_1(const char* chars, size_t length) : text(chars, length) {}
-    const char* getChars() const { return text.data(); }
-    size_t getLength() const { return text.size(); }
-
-private:
-    const std::string text;
-};
-
-class ZUTF8ConstString_5_1 {
-public:
-    ZUTF8ConstString_5_1(const char* chars, size_t length) : text(chars, length) {}
-    const char* getChars() const { return text.data(); }
-    size_t getLength() const { return text.size(); }
-
-private:
-    const std::string text;
-};
-
-class ZAbstractMutableString_5_1 {
-public:
-    ZAbstractMutableString_5_1(const ZAbstractMutableString_5_1&) = delete;
+    some_text() = default;
+    some_text(const char* chars, size_t length) : text(chars, length) {}
     const char* getChars() const { return text.data(); }
     size_t getLength() const { return text.size(); }
 
 protected:
-    ZAbstractMutableString_5_1() = default;
     std::string text;
 };
 
-class ZUTF8String_5_1 : public ZAbstractMutableString_5_1 {
-public:
+struct ZLCConstString_5_1 : some_text {
+    using some_text::some_text;
+};
+struct ZUTF8ConstString_5_1 : some_text {
+    using some_text::some_text;
+};
+struct ZAbstractMutableString_5_1 : some_text {
+    ZAbstractMutableString_5_1() = default;
+    ZAbstractMutableString_5_1(const ZAbstractMutableString_5_1&) = delete;
+};
+struct ZUTF8String_5_1 : ZAbstractMutableString_5_1 {
     explicit ZUTF8String_5_1(const ZLCConstString_5_1& local);
 };
-
-class ZLCString_5_1 : public ZAbstractMutableString_5_1 {
-public:
+struct ZLCString_5_1 : ZAbstractMutableString_5_1 {
     explicit ZLCString_5_1(const ZUTF8ConstString_5_1& utf8);
 };
