@@ -26,7 +26,7 @@ WORKLOADS = {
     "audit": "audit event",
     "objects": "2,000 objects",
 }
-TREES = ["LCS forms", "bindings"]
+OTHER_WAYS = ["LCS forms", "bindings"]
 OPERATIONS = {"encode": "Encode", "decode": "Decode and free"}
 REPETITIONS = 9
 
@@ -103,11 +103,11 @@ def speed_table(results):
     return table(["zrasn", "octets", "encode, ns", "MB/s", "decode and free, ns", "MB/s"], rows)
 
 
-def trees_table(results, operation):
-    """What goes by way of the object tree, against the plain forms."""
+def other_ways_table(results, operation):
+    """The forms for the local code set and the bindings, against the plain forms."""
     plain = {workload: results.ns[workload, LIBRARY, operation] for workload in WORKLOADS}
     rows = [["plain forms, ns"] + [number(ns) for ns in plain.values()] + ["1"]]
-    for way in TREES:
+    for way in OTHER_WAYS:
         ratios = [results.ns[workload, way, operation] / ns for workload, ns in plain.items()]
         rows.append([way] + [number(ratio) for ratio in ratios + [statistics.geometric_mean(ratios)]])
     return table([OPERATIONS[operation]] + list(WORKLOADS.values()) + ["geometric mean"], rows)
@@ -275,13 +275,13 @@ event with a tree of 340 elements, 4 levels deep; 2,000 objects with 256-octet b
 
 ## Other ways
 
-What the plain entry points do without objects, the forms for the local code set (LCS) and the binding classes do with
-an object tree: one object for each field and element. The figures are multiples of the plain forms' time. LCS forms
-were measured with ASCII texts, which need no conversion. Bindings are `set_value` and `saveEncoding`, `loadObject` and
-`get_value`, with a new binding object for each record.
+What the entry points do without objects, the binding classes do with an object tree: one object for each field and
+element. The figures are multiples of the plain forms' time. The forms for the local code set (LCS) were measured with
+ASCII texts, which need no conversion. Bindings are `set_value` and `saveEncoding`, `loadObject` and `get_value`, with a
+new binding object for each record.
 
-{trees_table(native, "encode")}
-{trees_table(native, "decode")}
+{other_ways_table(native, "encode")}
+{other_ways_table(native, "decode")}
 The type-code interface uses no objects. *Plain* is how many times as long it takes as the entry points of a record with
 the same fields (`bench/values/plain_records.h`):
 
