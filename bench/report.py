@@ -109,7 +109,7 @@ def speed_table(results):
     return table(["zrasn", "octets", "encode, ns", "MB/s", "decode and free, ns", "MB/s"], rows)
 
 
-def trees_table(results, operation):
+def other_ways_table(results, operation):
     """The other ways, against the plain forms."""
     plain = {workload: results.ns[workload, LIBRARY, operation] for workload in WORKLOADS}
     rows = [["plain forms, ns"] + [number(ns) for ns in plain.values()] + ["1"]]
@@ -297,8 +297,8 @@ in a locale that is ASCII: each text is looked at, and none needs a conversion. 
 what an encode gives back. Bindings work by an object tree, one object for each field and element: `set_value` and
 `saveEncoding`, `loadObject` and `get_value`, with a new binding object for each record.
 
-{trees_table(native, "encode")}
-{trees_table(native, "decode")}
+{other_ways_table(native, "encode")}
+{other_ways_table(native, "decode")}
 The type-code interface uses no objects. *Plain* is how many times as long it takes as the entry points of a record with
 the same fields (`bench/values/plain_records.h`):
 

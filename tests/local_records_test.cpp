@@ -15,14 +15,6 @@
 namespace zr_test {
 namespace {
 
-constexpr route local_tree = {"object tree for local texts",
-                              [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
-                                  return zr::encode_tree(type, zr_local_code_set, out, in);
-                              },
-                              [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
-                                  return zr::decode_tree(type, zr_local_code_set, in, out);
-                              }};
-
 // Texts that a locale holds, in its own octets, and texts in UTF-8 of which it holds some.
 struct local_texts {
     const char* locale;  // null: "C"
@@ -76,7 +68,7 @@ TEST(local_records, entry_points_and_object_tree_encode_alike) {
                 fill(*type, original.get(), random, {400, 5, true});
                 replace_texts(original, local.local, i % 5, random);
                 caught_stderr printed;
-                const encoded tree = encode(local_tree, original);
+                const encoded tree = encode(local_object_tree, original);
                 const std::string message = message_of(printed);
                 allocations watched;
                 {
@@ -110,7 +102,7 @@ TEST(local_records, entry_points_and_object_tree_decode_alike) {
                 if (i % 7 == 0 && !ber.empty()) ber[random() % ber.size()] = static_cast<unsigned char>(random());
                 structure from_tree(*type), from_octets(*type);
                 caught_stderr printed;
-                const int expected = decode(local_tree, ber, from_tree);
+                const int expected = decode(local_object_tree, ber, from_tree);
                 const std::string message = message_of(printed);
                 allocations watched;
                 const int status = decode(local_entry_points, ber, from_octets);

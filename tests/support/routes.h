@@ -75,6 +75,13 @@ constexpr route local_entry_points = {
     "LCS entry points",
     [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode_lcs(out, in); },
     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode_lcs(in, out); }};
+constexpr route local_object_tree = {"object tree for local texts",
+                                     [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                         return zr::encode_tree(type, zr_local_code_set, out, in);
+                                     },
+                                     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                         return zr::decode_tree(type, zr_local_code_set, in, out);
+                                     }};
 
 constexpr route routes[] = {entry_points, object_tree};
 

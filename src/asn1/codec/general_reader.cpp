@@ -298,10 +298,13 @@ private:
 
     uint32_t offset() const { return static_cast<uint32_t>(in_.at - start_); }
 
-    // A slot that reads as neither NULL nor the record fits no alternative, whatever is wrong inside.
+    // A slot that reads as neither NULL nor the record fits no alternative, whatever is wrong inside. A limit that is
+    // passed says nothing about the octets.
     int refuse(int status) {
-        for (const level& open : levels_)
-            if (open.in_list && open.member().held == holding::slots) status = zr_err_no_match;
+        for (const level& open : levels_) {
+            const bool is_slot = open.in_list && open.member().held == holding::slots;
+            if (is_slot && reading_.passed == decode_limit::none) status = zr_err_no_match;
+        }
         describe(status);
         return status;
     }

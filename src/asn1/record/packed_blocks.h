@@ -1,4 +1,4 @@
-// Where a packed structure (zr::packed in zrasn/guard.h) has its contents: one block, or a few when it grew.
+// Where a packed structure (zr::packed in zrasn/decode.h) has its contents: one block, or a few when it grew.
 #pragma once
 
 #include <cstddef>
