@@ -7,8 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include "asn1/record/decoding.h"
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
+#include "asn1/record/packed_blocks.h"
 #include "base_idls/aclidl_asn.h"
 #include "base_idls/ejauditidl_asn.h"
 #include "base_idls/principal_asn.h"
@@ -333,15 +335,29 @@ void* run_deep(void* record) {
     if (zr::copy_record(type, original.get(), copy.get()) != 0) return answer("no copy");
     if (zr::order_records(type, original.get(), copy.get(), order) != 0 || order != 0) return answer("another copy");
     type.free(copy.get());
+    zr_asn_buffer_t local{};
+    if (type.encode_lcs(local, original.get()) != 0 || local.length != out.length) return answer("LCS encoding failed");
+    zr_asn_buffer_free(local);
     type.free(original.get());
-    // The innermost record as it is, with a string in the constructed form, and ending too early.
+    // The innermost record as it is, with a string in the constructed form, and ending too early; on every way.
     unsigned char* const innermost = out.data + out.length - 6;
+    zr::decode_options options;
+    zr::decode_report report;
     for (const bool odd : {false, true}) {
         if (odd) innermost[0] |= 0x20;
-        if (type.decode(out, copy.get()) != 0) return answer("decoding failed");
-        if (levels_of(copy) != levels) return answer("levels are missing");
-        type.free(copy.get());
-        if (levels_of(copy) != 1) return answer("levels are left");
+        for (const bool local_texts : {false, true}) {
+            const int status = local_texts ? type.decode_lcs(out, copy.get()) : type.decode(out, copy.get());
+            if (status != 0) return answer("decoding failed");
+            if (levels_of(copy) != levels) return answer("levels are missing");
+            type.free(copy.get());
+            if (levels_of(copy) != 1) return answer("levels are left");
+        }
+        options.strict = !odd;
+        zr::packed_blocks blocks;
+        if (type.decode_packed(out.data, out.length, copy.get(), blocks, options, report) != 0)
+            return answer("packed decoding failed");
+        if (levels_of(copy) != levels) return answer("packed levels are missing");
+        std::memset(copy.get(), 0, type.size);
     }
     innermost[5] = 1;
     const int status = type.decode(out, copy.get());
