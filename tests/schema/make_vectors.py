@@ -47,7 +47,7 @@ class Schema:
 
 
 class Values:
-    """Makes values of a record as JSON has them."""
+    """Makes values of a record: objects with the names of the C members."""
 
     def __init__(self, schema, kind):
         self.schema, self.kind = schema, kind
@@ -177,6 +177,17 @@ def encode(schema, cases):
     return run.stdout.split()
 
 
+def shown(value):
+    """The value as the command-line program's JSON has it: with each UUID as its text."""
+    if isinstance(value, list):
+        return [shown(each) for each in value]
+    if not isinstance(value, dict):
+        return value
+    if "time_low" not in value:
+        return {member: shown(each) for member, each in value.items()}
+    return "%08x-%04x-%04x-%02x%02x-%s" % tuple(value.values())
+
+
 def pick(record):
     """The octets by which the fuzz target finds a record: a hash of its name."""
     number = 0x811C9DC5
@@ -199,7 +210,7 @@ def make(schema):
         record = name[0].lower() + name[1:].replace("-", "_")
         head = "# Made by tests/schema/make_vectors.py: record, members, octets (README.md).\n"
         files[path] = files.get(path, head.encode()) + "\n".join(
-            ["", f"# {kind}", record, json.dumps(value, ensure_ascii=False, separators=(",", ":")), octets, ""]).encode()
+            ["", f"# {kind}", record, json.dumps(shown(value), ensure_ascii=False, separators=(",", ":")), octets, ""]).encode()
         same = sum(1 for made in files if made.name.startswith(record + "."))
         files[seeds / f"{record}.{same}"] = pick(record) + bytes.fromhex(octets)
     return files

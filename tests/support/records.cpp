@@ -162,12 +162,6 @@ private:
     size_t left_;
 };
 
-// Whether a value is, or holds, blocks.
-bool holds_blocks(const field& field) {
-    return field.held != holding::one || field.value == value_kind::text || field.value == value_kind::stored_text ||
-           field.value == value_kind::octets;
-}
-
 }  // namespace
 
 void fill(const record_type& type, void* contents, std::mt19937& random, const limits& limits) {
@@ -187,7 +181,8 @@ std::string leftover(const record_type& type, const void* contents) {
             if (!inside.empty()) return field.name + ("." + inside);
         }
         if (field.count_name != nullptr && zr::stored_count(field, contents) != 0) return field.count_name;
-        for (uint32_t i = 0; holds_blocks(field) && i < std::max(field.size, 1u); ++i)
+        const bool holds_blocks = field.held != holding::one || zr::has_block(field.value);
+        for (uint32_t i = 0; holds_blocks && i < std::max(field.size, 1u); ++i)
             if (place<void*>(contents, field.offset + i * sizeof(void*)) != nullptr) return field.name;
     }
     return "";

@@ -32,35 +32,17 @@ std::string written(const zr::record_type& type, const void* contents, json_layo
     return text.str();
 }
 
-// The same value with each uuid_t as its text, as the program has it.
-json with_uuid_texts(const json& value) {
-    if (value.is_object() && value.contains("time_low")) {
-        const auto number = [&](const char* name) { return value.at(name).get<unsigned>(); };
-        const std::string node = value.at("node");
-        char text[64];
-        std::snprintf(text, sizeof(text), "%08x-%04x-%04x-%02x%02x-%s", number("time_low"), number("time_mid"),
-                      number("time_hi_and_version"), number("clock_seq_hi_and_reserved"), number("clock_seq_low"),
-                      node.c_str());
-        return text;
-    }
-    json copy = value;
-    for (json& element : copy)
-        if (element.is_structured()) element = with_uuid_texts(element);
-    return copy;
-}
-
 TEST(json, of_the_golden_vectors) {
     size_t count = 0;
     each_vector([&](const std::string& name, const std::string& vector, const octets& ber) {
-        const json value = with_uuid_texts(json::parse(vector));
         const zr::record_type* type = zr::find_record(name);
-        SCOPED_TRACE(name + " " + value.dump());
+        SCOPED_TRACE(name + " " + vector);
         structure read(*type), decoded(*type);
         zr::tool::json_error error;
-        ASSERT_TRUE(zr::tool::read_json(value.dump(), *type, read.get(), error)) << error.path << error.message;
+        ASSERT_TRUE(zr::tool::read_json(vector, *type, read.get(), error)) << error.path << error.message;
         EXPECT_EQ(hex(encode(entry_points, read).ber), hex(ber));
         ASSERT_EQ(decode(entry_points, ber, decoded), 0);
-        json expected = value;  // without the null slots at the end
+        json expected = json::parse(vector);  // without the null slots at the end
         for (json& member : expected)
             while (member.is_array() && !member.empty() && member.back().is_null())
                 member.erase(member.size() - 1);

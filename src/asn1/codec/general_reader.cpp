@@ -204,7 +204,7 @@ private:
         }
         if (status != 0) return status;
         if (is_located()) return zr_err_bad_contents;
-        if (field.value != value_kind::integer && field.value != value_kind::fixed_octets) check_heap(offset() - begin);
+        if (has_block(field.value)) check_heap(offset() - begin);
         top.advance();
         return 0;
     }

@@ -205,11 +205,22 @@ bool next_is(const input& in, unsigned char tag) {
     return in.at != in.end && read_identifier(cursor, header) == 0 && header.tag == tag && header.cls == 0;
 }
 
-bool skip_null(input& in) {
+int read_primitive(input& in, unsigned char tag, input& contents) {
     zr_r_buffer_t cursor = cursor_of(in);
     value_header value{};
-    if (read_header(cursor, 5, primitive, value) != 0 || value.length != 0) return false;
+    if (int status = read_header(cursor, tag, primitive, value)) return status;
+    unsigned char* octets = nullptr;
+    if (!cursor.take(value.length, octets)) return zr_err_data_ends_early;
+    contents = {octets, octets + value.length};
     in = input_of(cursor);
+    return 0;
+}
+
+bool skip_null(input& in) {
+    input behind = in;
+    input contents{};
+    if (read_primitive(behind, 5, contents) != 0 || contents.left() != 0) return false;
+    in = behind;
     return true;
 }
 
@@ -219,14 +230,10 @@ int read_integer(input& in, int32_t& value) {
 }
 
 int read_fitting_integer(input& in, int32_t& value) {
-    zr_r_buffer_t cursor = cursor_of(in);
-    value_header header{};
-    if (int status = read_header(cursor, 2, primitive, header)) return status;
-    unsigned char* octets = nullptr;
-    if (!cursor.take(header.length, octets)) return zr_err_data_ends_early;
-    in = input_of(cursor);
+    input contents{};
+    if (int status = read_primitive(in, 2, contents)) return status;
     // 0 stands for contents that fit no 32 bits (zrasn_integer).
-    if (fold_integer(octets, header.length, value)) return 0;
+    if (fold_integer(contents.at, contents.left(), value)) return 0;
     value = 0;
     return zr_err_integer_too_long;
 }

@@ -39,6 +39,9 @@ bool next_is(const input& in, unsigned char tag);
 // Steps over a NULL, if there is one.
 bool skip_null(input& in);
 
+// The contents of a value with a universal tag whose type has the primitive form only: what they say, and whether there
+// may be so many, the caller decides.
+int read_primitive(input& in, unsigned char tag, input& contents);
 // Contents that fit no 32 bits give 0; read_fitting_integer returns 275063193 then.
 int read_integer(input& in, int32_t& value);
 int read_fitting_integer(input& in, int32_t& value);

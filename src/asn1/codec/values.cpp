@@ -100,18 +100,7 @@ int read_value(input& in, const field& field, void* structure, void* where, unsi
 }
 
 void drop_value(const field& field, void* where) {
-    switch (field.value) {
-        case value_kind::text:
-        case value_kind::stored_text:
-        case value_kind::octets:
-            std::free(place<void*>(where, 0));
-            break;
-        case value_kind::integer:
-        case value_kind::version:
-        case value_kind::fixed_octets:
-        case value_kind::record:
-            break;
-    }
+    if (has_block(field.value)) std::free(place<void*>(where, 0));
 }
 
 void copy_value(const field& field, const void* from, const void* from_where, void* to, void* to_where,

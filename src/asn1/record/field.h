@@ -94,6 +94,21 @@ constexpr bool is_by_pointer(value_kind value, holding held) {
     }
     return false;
 }
+// Whether the value lies in a block of its own, to which the member points. A record's fields say it for themselves.
+constexpr bool has_block(value_kind value) {
+    switch (value) {
+        case value_kind::text:
+        case value_kind::stored_text:
+        case value_kind::octets:
+            return true;
+        case value_kind::integer:
+        case value_kind::version:
+        case value_kind::fixed_octets:
+        case value_kind::record:
+            return false;
+    }
+    return false;
+}
 // Whether the structure has a member for the value.
 constexpr bool has_member(value_kind value) { return value != value_kind::version; }
 
@@ -300,9 +315,7 @@ constexpr auto checked(member<S, T> value) {
 template <class Field>
 constexpr auto secret(Field field) {
     auto marked = checked(field);
-    static_assert(decltype(marked)::value == value_kind::text || decltype(marked)::value == value_kind::stored_text ||
-                      decltype(marked)::value == value_kind::octets,
-                  "zr::secret takes texts or octets");
+    static_assert(has_block(decltype(marked)::value), "zr::secret takes texts or octets");
     marked.secret = true;
     return marked;
 }

@@ -7,16 +7,6 @@
 
 namespace zr::tool {
 
-namespace {
-
-void* zeroed(size_t octets) {
-    void* block = std::calloc(octets == 0 ? 1 : octets, 1);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
-}  // namespace
-
 int64_t number_at(const void* from, integer_type type) {
     const int32_t bits = load_integer(from, type);
     return type.is_signed ? int64_t{bits} : static_cast<uint32_t>(bits);
@@ -28,9 +18,8 @@ integer_range range_of(integer_type type) {
     return {type.is_signed ? -most - 1 : 0, most};
 }
 
-// The place of the next value: the member or slot, or a new and zeroed entry of the array, which is counted at once so
-// that it is released in any case.
-void* member_filler::new_place() {
+// An entry of an array is counted before its value is there, so that it is released in any case.
+void* member_filler::add_place() {
     if (!is_list(member_->held)) return place_at(*member_, structure_, member_->held == holding::slots ? count_++ : 0);
     if (count_ == capacity_) {
         const size_t wanted = capacity_ == 0 ? 1 : size_t{capacity_} * 2;
@@ -45,27 +34,15 @@ void* member_filler::new_place() {
     return made;
 }
 
-void member_filler::add_integer(int64_t number) {
-    store_integer(new_place(), member_->integer, static_cast<int32_t>(number));
-}
-
-char* member_filler::add_text(size_t octets) {
-    void* where = new_place();
-    return place<char*>(where, 0) = static_cast<char*>(zeroed(octets + 1));
-}
-
-unsigned char* member_filler::add_octets(uint32_t count) {
-    void* where = new_place();
-    if (member_->value == value_kind::fixed_octets) return static_cast<unsigned char*>(where);
-    if (count == 0) return nullptr;
-    auto* made = place<unsigned char*>(where, 0) = static_cast<unsigned char*>(zeroed(count));
-    store_count(*member_, structure_, count);
-    return made;
-}
-
 void* member_filler::add_record() {
-    void* where = new_place();
-    return is_by_pointer(*member_) ? place<void*>(where, 0) = zeroed(member_->record->size) : where;
+    void* where = add_place();
+    return is_by_pointer(*member_) ? place<void*>(where, 0) = zeroed_block(member_->record->size) : where;
+}
+
+void* zeroed_block(size_t octets) {
+    void* block = std::calloc(octets == 0 ? 1 : octets, 1);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
 }
 
 }  // namespace zr::tool

@@ -1,5 +1,5 @@
-// What the program does with the members of a structure beyond asn1/record/members.h: numbers of any width, and putting
-// values into a structure one after the other.
+// What the program does with the members of a structure beyond asn1/record/members.h: numbers of any width, and making
+// room in a structure for one value after the other.
 #pragma once
 
 #include <cstddef>
@@ -32,33 +32,33 @@ struct integer_range {
 };
 integer_range range_of(integer_type type);
 
-// member_filler puts values into one member of a zeroed structure, in order. What it makes belongs to the structure,
-// whose free function releases it at any time. All throw std::bad_alloc.
+// member_filler makes room for the values of one member of a zeroed structure, in order. What it makes belongs to the
+// structure, whose free function releases it at any time. All throw std::bad_alloc.
 class member_filler {
 public:
     member_filler() = default;
     member_filler(const field& member, void* structure) : member_(&member), structure_(structure) {}
 
-    // The number must be one of the type.
-    void add_integer(int64_t number);
-    // Room for a text of so many octets: their end is there already.
-    char* add_text(size_t octets);
-    // Room for octets, all zero: of fixed ones as many as there are.
-    unsigned char* add_octets(uint32_t count);
+    const field& member() const { return *member_; }
+    void* structure() const { return structure_; }
+
+    // The place of the next value, all zero: the member or slot, or a new entry of the array, which is counted at once.
+    void* add_place();
     // The structure of a record, all zero.
     void* add_record();
     // A slot that stays empty, or a value that stays absent.
     void add_nothing() { ++count_; }
-    // Values so far.
+    // Values so far, in a list or slots.
     uint32_t count() const { return count_; }
 
 private:
-    void* new_place();
-
     const field* member_ = nullptr;
     void* structure_ = nullptr;
     uint32_t count_ = 0;
     uint32_t capacity_ = 0;  // values that the array of a list has room for
 };
+
+// A zeroed block from malloc. Throws std::bad_alloc.
+void* zeroed_block(size_t octets);
 
 }  // namespace zr::tool

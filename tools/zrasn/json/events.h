@@ -15,6 +15,27 @@ struct json_event {
     std::string_view text;  // of a string or key: what it says, in UTF-8; of a number or boolean: as it is written
 };
 
+// What the event begins or is, in a message: "found " and this.
+inline std::string_view in_words(const json_event& event) {
+    switch (event.kind) {
+        case json_kind::null:
+        case json_kind::boolean:
+            return event.text;
+        case json_kind::number:
+            return "a number";
+        case json_kind::string:
+        case json_kind::key:
+            return "a string";
+        case json_kind::begin_object:
+        case json_kind::end_object:
+            return "an object";
+        case json_kind::begin_array:
+        case json_kind::end_array:
+            break;
+    }
+    return "an array";
+}
+
 // json_events receives the events of one value in turn. The texts are gone with the next event.
 class json_events {
 public:

@@ -1,5 +1,6 @@
 #include "json/place.h"
 
+#include "json/scalars.h"
 #include "json/uuid_text.h"
 
 namespace zr::tool {
@@ -9,20 +10,8 @@ namespace {
 using takes = json_place::takes;
 
 json_place place_of_value(const field& member, bool or_null) {
-    switch (member.value) {
-        case value_kind::integer:
-            return {takes::integer, &member, nullptr, or_null};
-        case value_kind::version:
-            return {takes::nothing, &member, nullptr, or_null};
-        case value_kind::text:
-        case value_kind::stored_text:
-            return {takes::text, &member, nullptr, or_null};
-        case value_kind::octets:
-        case value_kind::fixed_octets:
-            return {takes::octets, &member, nullptr, or_null};
-        case value_kind::record:
-            break;
-    }
+    if (!has_member(member.value)) return {takes::nothing, &member, nullptr, or_null};
+    if (member.value != value_kind::record) return {takes::scalar, &member, nullptr, or_null};
     const record_type* record = member.record;
     return {is_uuid(*record) ? takes::uuid : takes::object, &member, record, or_null};
 }
@@ -46,17 +35,8 @@ json_place place_of_element(const field& member, uint32_t index) {
 std::string describe(const json_place& place) {
     const std::string null = place.or_null ? " or null" : "";
     switch (place.what) {
-        case takes::integer: {
-            const integer_range range = range_of(place.member->integer);
-            return "a whole number from " + std::to_string(range.least) + " to " + std::to_string(range.most);
-        }
-        case takes::text:
-            return "a text: a string, or {\"hex\": \"...\"}";
-        case takes::octets: {
-            const bool fixed = place.member->value == value_kind::fixed_octets;
-            return (fixed ? std::to_string(place.member->size) + " " : "") +
-                   "octets as a string of hexadecimal digits" + null;
-        }
+        case takes::scalar:
+            return describe_scalar(*place.member);
         case takes::uuid:
             return "a UUID such as \"6ba7b810-9dad-11d1-80b4-00c04fd430c8\"" + null;
         case takes::object:

@@ -9,7 +9,8 @@
 namespace zr::tool {
 
 struct json_place {
-    enum class takes : uint8_t { integer, text, octets, uuid, object, array, nothing };
+    // A scalar is a value that is no record (json/scalars.h).
+    enum class takes : uint8_t { scalar, uuid, object, array, nothing };
     takes what;
     const field* member;        // null for the record itself
     const record_type* record;  // of a UUID or an object

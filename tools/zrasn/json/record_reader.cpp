@@ -1,19 +1,18 @@
 #include "json/record_reader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <system_error>
+#include <utility>
 #include <vector>
 
-#include "base/hex.h"
 #include "base/path.h"
 #include "base/suggest.h"
 #include "base/text.h"
 #include "json/events.h"
 #include "json/place.h"
+#include "json/scalars.h"
 #include "json/uuid_text.h"
 
 namespace zr::tool {
@@ -36,11 +35,9 @@ public:
             case json_kind::null:
                 return null();
             case json_kind::boolean:
-                return refuse_type(event.text);
             case json_kind::number:
-                return number(event.text);
             case json_kind::string:
-                return string(event.text);
+                return scalar(event);
             case json_kind::begin_object:
                 return begin_object();
             case json_kind::key:
@@ -69,7 +66,7 @@ public:
     }
 
 private:
-    enum class hex_text { none, key, value, end };  // {"hex": "..."} in place of a text
+    enum class hex_text { none, key, value, end };  // {"hex": "..."}
 
     // An object that is open, and the member of it that is being read.
     struct frame {
@@ -107,79 +104,28 @@ private:
         return true;
     }
 
-    bool number(std::string_view digits) {
+    bool scalar(const json_event& event) {
         const json_place at = place();
-        if (at.what != takes::integer) return refuse_type("a number");
-        int64_t value = 0;
-        const char* const end = digits.data() + digits.size();
-        const auto [behind, fault] = std::from_chars(digits.data(), end, value);
-        constexpr size_t longest = 40;
-        const std::string shown =
-            digits.size() <= longest ? std::string(digits) : std::string(digits.substr(0, longest)) + "...";
-        if (behind != end) return refuse("found " + shown + ", expected " + describe(at));
-        const integer_range range = range_of(at.member->integer);
-        if (fault != std::errc() || value < range.least || value > range.most)
-            return refuse("found " + shown + ", which is out of range, expected " + describe(at));
-        fill([value](member_filler& member) { member.add_integer(value); });
-        return true;
-    }
-
-    bool string(std::string_view text) {
-        const json_place at = place();
-        if (hex_ == hex_text::value) return hex_value(text);
-        switch (at.what) {
-            case takes::text:
-                if (text.find('\0') != text.npos)
-                    return refuse("found a zero character (\\u0000), expected a text: it would end there");
-                add_text(text);
-                return true;
-            case takes::octets:
-                return octets(at, text);
-            case takes::uuid:
-                if (uuid_t id{}; parse_uuid(text, id)) {
-                    std::memcpy(add_record(), &id, sizeof(id));
-                    return true;
-                }
-                break;
-            case takes::integer:
-            case takes::object:
-            case takes::array:
-            case takes::nothing:
-                return refuse_type("a string");
+        if (at.what == takes::scalar) {
+            std::string message;
+            const bool read = fill([&](member_filler& member) {
+                return hex_ == hex_text::none ? read_scalar(event, member, message)
+                                              : read_hex_form(event, member, message);
+            });
+            if (!read) return refuse(std::move(message));
+            if (hex_ != hex_text::none) hex_ = hex_text::end;
+            return true;
         }
-        return refuse("found " + in_quotes(text) + ", expected " + describe(at));
-    }
-
-    void add_text(std::string_view text) {
-        char* to = fill([&](member_filler& member) { return member.add_text(text.size()); });
-        std::memcpy(to, text.data(), text.size());
-    }
-
-    bool octets(const json_place& at, std::string_view digits) {
-        const size_t count = digits.size() / 2;
-        const bool fixed = at.member->value == value_kind::fixed_octets;
-        if (count > UINT32_MAX) return refuse("found too many octets, expected at most 4294967295");
-        if (!fixed || digits.size() == size_t{at.member->size} * 2) {
-            unsigned char* to =
-                fill([&](member_filler& member) { return member.add_octets(static_cast<uint32_t>(count)); });
-            if (read_hex(digits, to)) return true;
-        }
-        return refuse("found " + in_quotes(digits) + ", expected " + describe(at));
-    }
-
-    bool hex_value(std::string_view digits) {
-        std::string text(digits.size() / 2, 0);
-        if (!read_hex(digits, reinterpret_cast<unsigned char*>(text.data())))
-            return refuse("found " + in_quotes(digits) + ", expected octets as a string of hexadecimal digits");
-        if (text.find('\0') != text.npos) return refuse("found a zero octet, expected a text: it would end there");
-        add_text(text);
-        hex_ = hex_text::end;
+        if (at.what != takes::uuid || event.kind != json_kind::string) return refuse_type(in_words(event));
+        uuid_t id{};
+        if (!parse_uuid(event.text, id)) return refuse("found " + in_quotes(event.text) + ", expected " + describe(at));
+        std::memcpy(add_record(), &id, sizeof(id));
         return true;
     }
 
     bool begin_object() {
         const json_place at = place();
-        if (at.what == takes::text && hex_ == hex_text::none) {
+        if (at.what == takes::scalar && hex_ == hex_text::none && has_hex_form(*at.member)) {
             hex_ = hex_text::key;
             return true;
         }
@@ -214,7 +160,7 @@ private:
             return true;
         }
         const frame& top = stack_.back();
-        fill_texts(*top.type, top.structure, top.seen);
+        fill_missing(*top.type, top.structure, top.seen);
         stack_.pop_back();
         if (!stack_.empty()) stack_.back().in_element = false;
         return true;
@@ -260,13 +206,15 @@ private:
         return refuse("found a member " + in_quotes(name) + ", expected one of " + type.name + suggestion(name, names));
     }
 
-    // Texts that are missing are empty, in records that are there because they are embedded too.
-    static void fill_texts(const record_type& type, void* structure, uint64_t seen) {
+    // In records that are there because they are embedded too.
+    static void fill_missing(const record_type& type, void* structure, uint64_t seen) {
         for (const field& field : type) {
             if ((seen >> (&field - type.fields) & 1) != 0 || field.held != holding::one) continue;
             member_filler member(field, structure);
-            if (is_text(field)) member.add_text(0);
-            if (field.value == value_kind::record) fill_texts(*field.record, member.add_record(), 0);
+            if (field.value == value_kind::record)
+                fill_missing(*field.record, member.add_record(), 0);
+            else
+                add_missing_scalar(member);
         }
     }
 
@@ -274,7 +222,7 @@ private:
         const json_place at = place();
         if (at.what == takes::nothing) found = "one element more";
         return refuse("found " + std::string(found) + ", expected " +
-                      (hex_ != hex_text::none ? "octets as a string of hexadecimal digits" : describe(at)));
+                      (hex_ != hex_text::none ? describe_hex_form() : describe(at)));
     }
 
     bool refuse(std::string message) {

@@ -1,8 +1,6 @@
 // The structure of a record to JSON (docs/tool.md states the form).
 #pragma once
 
-#include <string_view>
-
 #include "asn1/record/registry.h"
 #include "base/output.h"
 
@@ -14,8 +12,5 @@ enum class json_layout { indented, one_line };
 
 // Works with a stack of its own, so that any depth will do.
 void write_json(output& out, const record_type& type, const void* contents, json_layout layout);
-
-// A text as JSON string. What may not reach a terminal, and octets that are not UTF-8 (as U+FFFD), is escaped.
-void write_json_string(output& out, std::string_view text);
 
 }  // namespace zr::tool

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-#include "json/record_writer.h"
+#include "json/string_writer.h"
 
 namespace zr::tool {
 
