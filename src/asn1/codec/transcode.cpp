@@ -84,6 +84,10 @@ bool transcoder::read_header(uint32_t at, uint32_t end, header& value) const {
     return true;
 }
 
+// Whether an identifier of one octet says a universal type in the primitive form (X.690 8.1.2). Which of them a record
+// has is for its reader to judge.
+constexpr bool is_primitive(unsigned char identifier) { return identifier < 0x1F; }
+
 // Twice the distance, and 1 for a SEQUENCE, which lies before the last place; a text lies behind it.
 void transcoder::keep_place(uint32_t at, bool is_sequence) {
     const uint64_t distance = is_sequence ? place_ - at : at - place_;
@@ -130,8 +134,7 @@ bool transcoder::convert(octet_position at, octet_position end) {
             if (value.identifier == id_utf8_string) {
                 if (convert_text(next, value, grown)) open.top().changed = true;
                 open.top().grown += grown;
-            } else if (value.identifier != id_integer && value.identifier != id_octet_string &&
-                       value.identifier != id_null) {
+            } else if (!is_primitive(value.identifier)) {
                 return false;
             }
             next = value.stop;

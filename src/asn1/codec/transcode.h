@@ -49,9 +49,9 @@ class transcoder {
 public:
     transcoder(text_conversion& conversion, bool secret) : conversion_(conversion), changes_(secret) {}
 
-    // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE, INTEGER, OCTET
-    // STRING, NULL and UTF8String with definite lengths that fit into each other; then there is nothing to write.
-    // Throws what the conversion throws, and zr_asn_memexception.
+    // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE and primitive values
+    // of universal types with definite lengths that fit into each other; then there is nothing to write. Throws what
+    // the conversion throws, and zr_asn_memexception.
     bool convert(octet_position at, octet_position end);
     // How many octets the value has.
     size_t converted() const { return stop_; }
