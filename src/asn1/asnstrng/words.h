@@ -149,6 +149,4 @@ inline unsigned int octets_before(word marks) {
 
 }  // namespace zr
 
-#if defined(__SSE2__) && UINTPTR_MAX == UINT64_MAX
 #include "asn1/asnstrng/words_sse2.h"
-#endif

@@ -1,10 +1,11 @@
-// The same functions as in words.h with SSE2, which every 64-bit x86 has: a third of the instructions. Only words.h
-// includes this, behind its own.
+// The same functions as in words.h with SSE2, which every 64-bit x86 has: a third of the instructions. Nothing stands here
+// for other machines. Only words.h includes this, behind its own.
 #pragma once
 
-#include <emmintrin.h>
-
 #include "asn1/asnstrng/words.h"
+
+#if defined(__SSE2__) && UINTPTR_MAX == UINT64_MAX
+#include <emmintrin.h>
 
 namespace zr {
 
@@ -76,3 +77,4 @@ inline void store_characters<32, 8>(unsigned char* at, word value) {
 }
 
 }  // namespace zr
+#endif
