@@ -21,6 +21,7 @@
 #include "bench/objects/workload.h"
 #include "bench/scaling/chains.h"
 #include "bench/uuid/workload.h"
+#include "zrasn/decode.h"
 
 namespace bench {
 namespace {
@@ -84,6 +85,33 @@ std::string encoding_of(const std::string& what, const entry_points<S>& points, 
     return encoding;
 }
 
+// The call for octets from outside, strictly: what it makes is released as above.
+template <class S>
+constexpr entry_points<S> strict_calls = {nullptr, zrAsnEncodeObj, "zr::decode-strict",
+                                          [](zr_asn_buffer_t& in, S& out) -> int {
+                                              zr::decode_options options;
+                                              options.strict = true;
+                                              zr::decode_report report;
+                                              return zr::decode(in.data, in.length, out, options, report);
+                                          },
+                                          nullptr, zrAsnFreeObj};
+
+// Decodes into a packed record, which keeps its block.
+template <class S>
+void count_packed(const std::string& what, std::string input) {
+    zr::packed<S> record;
+    const zr_asn_buffer_t in{static_cast<unsigned>(input.size()), reinterpret_cast<unsigned char*>(&input[0])};
+    for (const bool looked_at : {false, true}) {
+        int status = -1;
+        call(looked_at, what, "zr::packed", [&] { status = record.decode(in); });
+        check(status == 0, what);
+    }
+    zr_asn_buffer_t out{};
+    check(zrAsnEncodeObj(out, *record) == 0 && input == std::string(reinterpret_cast<char*>(out.data), out.length),
+          what);
+    zr_asn_buffer_free(out);
+}
+
 // Decodes `input`, whose values are those of `expected`.
 template <class S>
 void count_decoding(const std::string& what, const entry_points<S>& points, std::string input,
@@ -112,6 +140,8 @@ std::string count_workload() {
     structure& record = sample<Workload>();
     const std::string encoding = count<structure>(Workload::name, utf8_calls<structure>, record);
     check(count<structure>(Workload::name, local_calls<structure>, record) == encoding, Workload::name);
+    count_decoding<structure>(Workload::name, strict_calls<structure>, encoding, encoding);
+    count_packed<structure>(Workload::name, encoding);
     return encoding;
 }
 

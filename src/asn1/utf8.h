@@ -29,4 +29,29 @@ inline bool is_utf8(const unsigned char* octets, size_t count) {
     return true;
 }
 
+// Whether octets are UTF-8 without a zero octet. Most texts are short and ASCII: eight octets at a time are looked at,
+// some of them twice.
+inline bool is_text(const unsigned char* octets, size_t count) {
+    constexpr uint64_t ones = 0x0101010101010101u;
+    constexpr uint64_t high_bits = 0x8080808080808080u;
+    // A high bit that is set in what this gives tells of an octet that is 0 or not ASCII: the lowest zero octet
+    // borrows.
+    const auto other = [](uint64_t eight) { return eight | (eight - ones); };
+    uint64_t found = 0;
+    if (count >= 8) {
+        found = other(load_eight(octets + count - 8));
+        for (size_t at = 0; at + 8 < count; at += 8)
+            found |= other(load_eight(octets + at));
+    } else if (count >= 4) {
+        uint32_t first = 0;
+        uint32_t last = 0;
+        std::memcpy(&first, octets, sizeof first);
+        std::memcpy(&last, octets + count - sizeof last, sizeof last);
+        found = other(uint64_t{first} << 32 | last);
+    } else if (count != 0) {
+        found = other(ones << 24 | uint64_t{octets[0]} << 16 | uint64_t{octets[count / 2]} << 8 | octets[count - 1]);
+    }
+    return (found & high_bits) == 0 || (std::memchr(octets, 0, count) == nullptr && is_utf8(octets, count));
+}
+
 }  // namespace zr

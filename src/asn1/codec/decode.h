@@ -15,8 +15,8 @@ namespace zr {
 //
 // All but the strings is inlined into one function for each record that is no leaf. (Declared in asn1/codec/values.h.)
 //
-// Blocks come from malloc, one for each thing, or in a packed structure from its blocks: `blocks` is nothing, or a
-// pointer to them, and goes all the way down.
+// Blocks come from malloc, one for each thing, or in a packed structure from its blocks: `blocks` is nothing, or says
+// where they come from, and goes all the way down. Where it is strict_blocks the readers are strict.
 
 // Makes the structure for a place that holds it by pointer, all zero.
 template <class F, class S, class... Blocks>
@@ -74,8 +74,8 @@ ZR_INLINE octet_position read_integers(octet_position at, octet_position stop, S
     size_t read = 0;
     int32_t value = 0;
     for (; read < most && at != stop; ++read) {
-        at = quick_integer(at, stop, value);
-        if (at == nullptr) return nullptr;
+        at = quick_integer<Blocks...>(at, stop, value);
+        if (at == nullptr || (is_strict<Blocks...> && !fits<T>(value))) return nullptr;
         first[read] = static_cast<T>(value);
     }
     size_t count = read;
@@ -88,8 +88,8 @@ ZR_INLINE octet_position read_integers(octet_position at, octet_position stop, S
     T* array = make_array<F>(out, count, blocks...);
     copy_octets(reinterpret_cast<unsigned char*>(array), first, read * sizeof(T));
     for (; read < count; ++read) {
-        at = quick_integer(at, stop, value);
-        if (at == nullptr) return nullptr;
+        at = quick_integer<Blocks...>(at, stop, value);
+        if (at == nullptr || (is_strict<Blocks...> && !fits<T>(value))) return nullptr;
         array[read] = static_cast<T>(value);
     }
     count_of<F>(out) = static_cast<typename F::count_type>(count);
@@ -121,7 +121,7 @@ ZR_INLINE octet_position read_elements(octet_position at, octet_position stop, S
 template <class F, class S, class... Blocks>
 ZR_INLINE octet_position read_list(octet_position at, octet_position end, S& out, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_sequence, stop);
+    at = quick_sequence<Blocks...>(at, end, stop);
     if (at == nullptr || at == stop) return at;
     return read_elements<F>(at, stop, out, blocks...) == stop ? stop : nullptr;
 }
@@ -129,12 +129,13 @@ ZR_INLINE octet_position read_list(octet_position at, octet_position end, S& out
 template <class F, class S, class... Blocks>
 ZR_INLINE octet_position read_slots(octet_position at, octet_position end, S& out, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_sequence, stop);
+    at = quick_sequence<Blocks...>(at, end, stop);
     for (uint32_t i = 0; at != nullptr && at != stop; ++i) {
         if (i == F::size) return nullptr;
         if (at[0] == id_null) {
             if (stop - at < 2 || at[1] != 0) return nullptr;
             at += 2;
+            if (is_strict<Blocks...> && at == stop) return nullptr;  // the last position that is written holds a record
             continue;
         }
         at = read_record(at, stop, make_structure<F, S>((&member_of<F>(out))[i], blocks...), blocks...);
@@ -185,7 +186,7 @@ ZR_INLINE octet_position read_fields(octet_position at, octet_position end, S& o
 template <class S, class... Blocks>
 ZR_INLINE octet_position read_inlined_record(octet_position at, octet_position end, S& out, Blocks... blocks) {
     octet_position stop = nullptr;
-    at = quick_contents(at, end, id_sequence, stop);
+    at = quick_sequence<Blocks...>(at, end, stop);
     if (at == nullptr) return nullptr;
     return read_fields(at, stop, out, field_indices<S>(), blocks...) == stop ? stop : nullptr;
 }
@@ -206,11 +207,11 @@ ZR_INLINE octet_position read_levels(octet_position at, octet_position end, S& r
     for (;;) {
         octet_position stop = nullptr;
         octet_position list_stop = nullptr;
-        at = quick_contents(at, end, id_sequence, stop);
+        at = quick_sequence<Blocks...>(at, end, stop);
         if (at == nullptr || (is_last && stop != end)) return nullptr;
         at = read_fields(at, stop, *node, std::make_index_sequence<own::index>(), blocks...);
         if (at == nullptr) return nullptr;
-        at = quick_contents(at, stop, id_sequence, list_stop);
+        at = quick_sequence<Blocks...>(at, stop, list_stop);
         if (at == nullptr || list_stop != stop) return nullptr;
         if (at != stop) {
             const size_t count = count_elements(at, stop);

@@ -99,7 +99,8 @@ octet_position find_other_text(octet_position at, octet_position end) {
     return nullptr;
 }
 
-// Whether an encode gives back the octets of a structure, `behind` them nothing follows and all texts are UTF-8.
+// Judges octets that a strict reader did not take: whether an encode gives back the octets of a structure, `behind`
+// them nothing follows and all texts are UTF-8; and if not, where.
 int judge_strictly(const record_type& type, const void* made, input in, octet_position behind, refusal& found) {
     if (behind != in.end) {
         found.offset = static_cast<uint32_t>(behind - in.at);
@@ -135,7 +136,9 @@ int read(const record_type& type, input in, unfinished& made, const decode_optio
     if (!are_out_of_reach(options.limits, in.left())) reading.limits = &options.limits;
     const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
     int status = 0;
-    if (!converts || options.strict) {
+    if (options.strict && reading.limits == nullptr && made.read_strictly(in.at, in.end)) {
+        reading.behind = in.end;
+    } else if (!converts || options.strict) {
         status = read_plainly(type, in, made, reading);
         if (status == 0 && options.strict) status = judge_strictly(type, made.get(), in, reading.behind, report);
     }
@@ -165,9 +168,12 @@ int read_packed(const record_type& type, input in, void* out, packed_blocks& blo
     blocks.start(in.left() * 2 + 64);
     const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
     if (!converts && are_out_of_reach(options.limits, in.left())) {
-        if (const octet_position behind = type.codec->read_packed(in.at, in.end, out, &blocks)) {
+        const octet_position behind = options.strict
+                                          ? type.codec->read_strictly(in.at, in.end, out, strict_blocks{&blocks})
+                                          : type.codec->read_packed(in.at, in.end, out, &blocks);
+        if (behind != nullptr && (behind == in.end || !options.strict)) {
             report.consumed = static_cast<size_t>(behind - in.at);
-            return options.strict ? judge_strictly(type, out, in, behind, report) : 0;
+            return 0;
         }
         std::memset(out, 0, type.size);
         blocks.clear();

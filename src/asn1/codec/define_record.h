@@ -41,6 +41,7 @@ constexpr record_codec codec_of = {
     &write_outlined_record<counter, S>,
     &read_outlined_record<S>,
     &read_outlined_record<S, packed_blocks*>,
+    &read_outlined_record<S, strict_blocks>,
     &release_outlined<members_after::cleared, S>,
     ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),

@@ -2,6 +2,7 @@
 
 #include "asn1/asnbase/object.h"
 #include "asn1/codec/value_reader.h"
+#include "asn1/utf8.h"
 
 namespace zr {
 
@@ -54,43 +55,12 @@ octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned 
 
 namespace {
 
-// Strings in other forms; in packed structures those are left to the general way.
-[[gnu::noinline, gnu::cold]] octet_position odd_text(octet_position at, octet_position end, char*& text) {
-    input in{at, end};
-    const int status = read_text(in, text);
-    return position_of(in, end, status, text);
-}
-octet_position odd_text(octet_position, octet_position, char*&, packed_blocks*) { return nullptr; }
-
-[[gnu::noinline, gnu::cold]] octet_position odd_stored_text(octet_position at, octet_position end, char*& text) {
-    input in{at, end};
-    const int status = read_stored_text(in, text);
-    return position_of(in, end, status, text);
-}
-octet_position odd_stored_text(octet_position, octet_position, char*&, packed_blocks*) { return nullptr; }
-
-// `no_memory` throws.
-template <class NoMemory>
-[[gnu::noinline, gnu::cold]] octet_position odd_octets(octet_position at, octet_position end, unsigned char*& data,
-                                                       uint32_t& length, NoMemory no_memory) {
-    input in{at, end};
-    const int status = read_octets(in, data, length);
-    if (status == zr_err_out_of_memory) no_memory();
-    return position_of(in, end, status, data);
-}
-template <class NoMemory>
-octet_position odd_octets(octet_position, octet_position, unsigned char*&, uint32_t&, NoMemory, packed_blocks*) {
-    return nullptr;
-}
-
-}  // namespace
+// What becomes of contents that were found; null where a strict reader refuses them.
 
 template <class... Blocks>
-octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
-    octet_position stop = nullptr;
-    const octet_position contents = quick_contents(at, end, id_utf8_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) return odd_text(at, end, text, blocks...);
+ZR_INLINE octet_position store_text(octet_position contents, octet_position stop, char*& text, Blocks... blocks) {
     const auto length = static_cast<size_t>(stop - contents);
+    if (is_strict<Blocks...> && !is_text(contents, length)) return nullptr;
     auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
     text = block;
     if (__builtin_expect(block != nullptr, 1)) {
@@ -103,11 +73,10 @@ octet_position quick_text(octet_position at, octet_position end, char*& text, Bl
 }
 
 template <class... Blocks>
-octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
-    octet_position stop = nullptr;
-    const octet_position contents = quick_contents(at, end, id_octet_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) return odd_stored_text(at, end, text, blocks...);
+ZR_INLINE octet_position store_stored_text(octet_position contents, octet_position stop, char*& text,
+                                           Blocks... blocks) {
     const auto stored = static_cast<size_t>(stop - contents);
+    if (is_strict<Blocks...> && (stored == 0 || std::memchr(contents, 0, stored) != stop - 1)) return nullptr;
     const size_t length = stored < 2 ? 0 : stored;
     auto* block = static_cast<char*>(allocate<1>(length + 1, blocks...));
     if (__builtin_expect(block == nullptr, 0)) throw_stored_text_memory_error();
@@ -117,15 +86,10 @@ octet_position quick_stored_text(octet_position at, octet_position end, char*& t
     return stop;
 }
 
-namespace {
-
 // `no_memory` throws.
 template <class NoMemory, class... Blocks>
-ZR_INLINE octet_position read_octets_quickly(octet_position at, octet_position end, unsigned char*& data,
-                                             uint32_t& length, const NoMemory& no_memory, Blocks... blocks) {
-    octet_position stop = nullptr;
-    const octet_position contents = quick_contents(at, end, id_octet_string, stop);
-    if (__builtin_expect(contents == nullptr, 0)) return odd_octets(at, end, data, length, no_memory, blocks...);
+ZR_INLINE octet_position store_octets(octet_position contents, octet_position stop, unsigned char*& data,
+                                      uint32_t& length, const NoMemory& no_memory, Blocks... blocks) {
     if (contents == stop) return stop;
     const auto count = static_cast<size_t>(stop - contents);
     auto* block = static_cast<unsigned char*>(allocate<1>(count, blocks...));
@@ -136,19 +100,91 @@ ZR_INLINE octet_position read_octets_quickly(octet_position at, octet_position e
     return stop;
 }
 
+// Strings in other forms; in packed structures those are left to the general way.
+[[gnu::noinline, gnu::cold]] octet_position odd_text(octet_position at, octet_position end, char*& text) {
+    if (const found_contents found = odd_contents(at, end, id_utf8_string); found.at != nullptr)
+        return store_text(found.at, found.stop, text);
+    input in{at, end};
+    const int status = read_text(in, text);
+    return position_of(in, end, status, text);
+}
+template <class Blocks>
+octet_position odd_text(octet_position, octet_position, char*&, Blocks) {
+    return nullptr;
+}
+
+[[gnu::noinline, gnu::cold]] octet_position odd_stored_text(octet_position at, octet_position end, char*& text) {
+    if (const found_contents found = odd_contents(at, end, id_octet_string); found.at != nullptr)
+        return store_stored_text(found.at, found.stop, text);
+    input in{at, end};
+    const int status = read_stored_text(in, text);
+    return position_of(in, end, status, text);
+}
+template <class Blocks>
+octet_position odd_stored_text(octet_position, octet_position, char*&, Blocks) {
+    return nullptr;
+}
+
+template <class NoMemory>
+[[gnu::noinline, gnu::cold]] octet_position odd_octets(octet_position at, octet_position end, unsigned char*& data,
+                                                       uint32_t& length, NoMemory no_memory) {
+    if (const found_contents found = odd_contents(at, end, id_octet_string); found.at != nullptr)
+        return store_octets(found.at, found.stop, data, length, no_memory);
+    input in{at, end};
+    const int status = read_octets(in, data, length);
+    if (status == zr_err_out_of_memory) no_memory();
+    return position_of(in, end, status, data);
+}
+template <class NoMemory, class Blocks>
+octet_position odd_octets(octet_position, octet_position, unsigned char*&, uint32_t&, NoMemory, Blocks) {
+    return nullptr;
+}
+
+// The header of a string: null for other forms.
+template <class... Blocks>
+ZR_INLINE octet_position string_contents(octet_position at, octet_position end, unsigned char identifier,
+                                         octet_position& stop) {
+    constexpr other_forms others = is_strict<Blocks...> ? other_forms::strictly_none : other_forms::none;
+    return quick_contents<others>(at, end, identifier, stop);
+}
+
 }  // namespace
+
+template <class... Blocks>
+octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
+    octet_position stop = nullptr;
+    const octet_position contents = string_contents<Blocks...>(at, end, id_utf8_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) return odd_text(at, end, text, blocks...);
+    return store_text(contents, stop, text, blocks...);
+}
+
+template <class... Blocks>
+octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks) {
+    octet_position stop = nullptr;
+    const octet_position contents = string_contents<Blocks...>(at, end, id_octet_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) return odd_stored_text(at, end, text, blocks...);
+    return store_stored_text(contents, stop, text, blocks...);
+}
 
 template <class... Blocks>
 octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
                             const char* file, Blocks... blocks) {
-    return read_octets_quickly(
-        at, end, data, length, [file] { throw_memory_error(file); }, blocks...);
+    const auto no_memory = [file] { throw_memory_error(file); };
+    octet_position stop = nullptr;
+    const octet_position contents = string_contents<Blocks...>(at, end, id_octet_string, stop);
+    if (__builtin_expect(contents == nullptr, 0)) return odd_octets(at, end, data, length, no_memory, blocks...);
+    return store_octets(contents, stop, data, length, no_memory, blocks...);
 }
 
 template <class... Blocks>
 octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
                                      Blocks... blocks) {
-    return read_octets_quickly(at, end, data, length, throw_body_memory_error, blocks...);
+    octet_position stop = nullptr;
+    const octet_position contents = string_contents<Blocks...>(at, end, id_octet_string, stop);
+    if (__builtin_expect(contents == nullptr, 0))
+        return odd_octets(at, end, data, length, throw_body_memory_error, blocks...);
+    if (is_strict<Blocks...> && contents == stop) return nullptr;  // it is not written
+    return store_octets(contents, stop, data, length, throw_body_memory_error, blocks...);
 }
 
 template octet_position quick_text(octet_position, octet_position, char*&);
@@ -161,5 +197,11 @@ template octet_position quick_octets(octet_position, octet_position, unsigned ch
                                      packed_blocks*);
 template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&,
                                               packed_blocks*);
+template octet_position quick_text(octet_position, octet_position, char*&, strict_blocks);
+template octet_position quick_stored_text(octet_position, octet_position, char*&, strict_blocks);
+template octet_position quick_octets(octet_position, octet_position, unsigned char*&, uint32_t&, const char*,
+                                     strict_blocks);
+template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&,
+                                              strict_blocks);
 
 }  // namespace zr

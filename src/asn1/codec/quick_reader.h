@@ -2,11 +2,14 @@
 // most four octets, strings in one piece. A value of another form is handed to the general readers
 // (asn1/codec/value_reader.h), so that it costs no more than itself. Returned is where the value ends; null for octets
 // that are refused, and for indefinite lengths of anything but strings.
+//
+// A strict reader gives null for all that the library would not write, and for texts with a zero octet or not in UTF-8.
 #pragma once
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "asn1/ber.h"
 #include "asn1/codec/copy.h"
@@ -36,8 +39,19 @@ struct found_integer {
 found_integer odd_integer(octet_position at, octet_position end);
 octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
 
+// Where blocks come from: malloc, unless a pointer to packed_blocks or strict_blocks goes all the way down.
+struct strict_blocks {
+    packed_blocks* packed;  // null for malloc
+};
+template <class... Blocks>
+constexpr bool is_strict = (std::is_same_v<Blocks, strict_blocks> || ...);
+
+// What the readers of a header do with the forms that they do not know: they give null, or leave them to odd_contents.
+enum class other_forms { none, read, strictly_none };
+
 // Steps over the header of a value with the identifier and returns where its contents begin; `stop` gets where they
 // end.
+template <other_forms Others = other_forms::read>
 ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, unsigned char identifier,
                                         octet_position& stop) {
     const auto left = static_cast<size_t>(end - at);
@@ -48,23 +62,35 @@ ZR_INLINE octet_position quick_contents(octet_position at, octet_position end, u
         // A long form that is needed has octets enough behind it.
         const size_t count = length - 0x80;
         if (__builtin_expect(count - 1 >= 4 || left < 6, 0)) {
+            if constexpr (Others != other_forms::read) return nullptr;
             const found_contents found = odd_contents(at - 2, end, identifier);
             stop = found.stop;
             return found.at;
         }
         length = load_big_endian(at) >> (32 - 8 * count);
         at += count;
+        // Fewer octets would do.
+        if (Others == other_forms::strictly_none && (length < 0x80 || length >> (8 * (count - 1)) == 0)) return nullptr;
     }
     if (length > static_cast<size_t>(end - at)) return nullptr;
     stop = at + length;
     return at;
 }
 
+// The header of a SEQUENCE.
+template <class... Blocks>
+ZR_INLINE octet_position quick_sequence(octet_position at, octet_position end, octet_position& stop) {
+    constexpr other_forms others = is_strict<Blocks...> ? other_forms::strictly_none : other_forms::read;
+    return quick_contents<others>(at, end, id_sequence, stop);
+}
+
 // Reads an INTEGER of one to four contents octets. It loads the four octets that end with the contents, whatever their
 // number: before the contents of a field there are always its own header and the record's, four octets at least.
+template <class... Blocks>
 ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
     const auto left = static_cast<size_t>(end - at);
     if (__builtin_expect(left < 3 || at[0] != id_integer || at[1] - 1u >= 4 || at[1] > left - 2, 0)) {
+        if constexpr (is_strict<Blocks...>) return nullptr;
         const found_integer found = odd_integer(at, end);
         value = static_cast<int32_t>(found.value);
         return found.behind;
@@ -72,11 +98,14 @@ ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, in
     const size_t count = at[1];
     at += 2 + count;
     const unsigned int unused = 32 - 8 * static_cast<unsigned int>(count);
-    value = static_cast<int32_t>(load_big_endian(at - 4) << unused) >> unused;
+    const auto bits = static_cast<int32_t>(load_big_endian(at - 4) << unused);
+    // Fewer octets would do where the first nine bits are alike (X.690 8.3.2).
+    if (is_strict<Blocks...> && count != 1 && (bits >> 23 == 0 || bits >> 23 == -1)) return nullptr;
+    value = bits >> unused;
     return at;
 }
 
-// Room from malloc, or in the blocks of a packed structure; null when memory is out.
+// Room for a block; null when memory is out.
 template <size_t Alignment>
 ZR_INLINE void* allocate(size_t octets) {
     return std::malloc(octets);
@@ -85,11 +114,15 @@ template <size_t Alignment>
 ZR_INLINE void* allocate(size_t octets, packed_blocks* blocks) {
     return blocks->allocate<Alignment>(octets);
 }
+template <size_t Alignment>
+ZR_INLINE void* allocate(size_t octets, strict_blocks blocks) {
+    return blocks.packed == nullptr ? std::malloc(octets) : blocks.packed->allocate<Alignment>(octets);
+}
 
-// `blocks` is nothing, or a pointer to packed_blocks; then an odd string gives null.
+// An odd string gives null where `blocks` are given.
 
-// The text gets a terminating zero. It is null when memory is out, and that is no failure; in a packed structure it is,
-// with zr_asn_memexception.
+// The text gets a terminating zero. It is null when memory is out, and that is no failure; where `blocks` are given it
+// is, with zr_asn_memexception.
 template <class... Blocks>
 octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
 
@@ -107,11 +140,11 @@ template <class... Blocks>
 octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
                                      Blocks... blocks);
 
-template <uint32_t Size>
+template <uint32_t Size, class... Blocks>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
     static_assert(Size < 0x80);
     if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size)
-        return odd_fixed_octets(at, end, to, Size);
+        return is_strict<Blocks...> ? nullptr : odd_fixed_octets(at, end, to, Size);
     copy_fixed<Size>(to, at + 2);
     return at + 2 + Size;
 }

@@ -10,6 +10,7 @@ namespace zr {
 class writer;
 class counter;
 class packed_blocks;
+struct strict_blocks;
 
 // A field whose encodings differ much in length, in a record or in what it embeds: texts are taken to be short.
 struct varying_field {
@@ -25,6 +26,8 @@ struct record_codec {
     const unsigned char* (*read)(const unsigned char* at, const unsigned char* end, void* out);
     const unsigned char* (*read_packed)(const unsigned char* at, const unsigned char* end, void* out,
                                         packed_blocks* blocks);
+    const unsigned char* (*read_strictly)(const unsigned char* at, const unsigned char* end, void* out,
+                                          strict_blocks blocks);
     void (*release)(void* structure);
     // Whether the texts of an encoding in the library's own form are ASCII (asn1/codec/ascii_texts.h); null for a
     // record without texts.

@@ -26,6 +26,12 @@ public:
         if (behind == nullptr) clear();
         return behind;
     }
+    // Reads a record that has to be just as the library writes it, to the end. False leaves the structure empty.
+    bool read_strictly(octet_position at, octet_position end) {
+        const bool is_strict = type_.codec->read_strictly(at, end, made_, strict_blocks{nullptr}) == end;
+        if (!is_strict) clear();
+        return is_strict;
+    }
     // Reads a record in any form: 0 or a status. Throws zr_asn_memexception for a list with more elements than its
     // count holds.
     int read(octet_position at, octet_position end) {

@@ -49,6 +49,12 @@ inline size_t text_length(const char* text) { return text != nullptr ? std::strl
 template <value_kind Kind>
 struct value_codec;
 
+// Whether an integer of 32 bits can be stored in a member.
+template <class T>
+ZR_INLINE bool fits(int32_t value) {
+    return static_cast<int32_t>(static_cast<T>(value)) == value;
+}
+
 template <>
 struct value_codec<value_kind::integer> {
     static constexpr bool holds_blocks = false;
@@ -71,10 +77,11 @@ struct value_codec<value_kind::integer> {
     }
     template <class F, class S, class... Blocks>
     ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks...) {
+        using T = typename F::value_type;
         int32_t value = 0;
-        at = quick_integer(at, end, value);
-        member_of<F>(out) = static_cast<typename F::value_type>(value);
-        return at;
+        at = quick_integer<Blocks...>(at, end, value);
+        member_of<F>(out) = static_cast<T>(value);
+        return is_strict<Blocks...> && !fits<T>(value) ? nullptr : at;
     }
     template <members_after After, class T>
     ZR_INLINE static void release(T&) {}
@@ -103,7 +110,8 @@ struct value_codec<value_kind::version> {
     template <class F, class S, class... Blocks>
     ZR_INLINE static octet_position read(octet_position at, octet_position end, S&, Blocks...) {
         int32_t any = 0;
-        return quick_integer(at, end, any);
+        at = quick_integer<Blocks...>(at, end, any);
+        return is_strict<Blocks...> && any != 1 ? nullptr : at;
     }
     template <members_after After, class T>
     ZR_INLINE static void release(T&) {}
@@ -217,7 +225,7 @@ struct value_codec<value_kind::fixed_octets> {
     }
     template <class F, class S, class... Blocks>
     ZR_INLINE static octet_position read(octet_position at, octet_position end, S& out, Blocks...) {
-        return quick_fixed_octets<F::size>(at, end, member_of<F>(out));
+        return quick_fixed_octets<F::size, Blocks...>(at, end, member_of<F>(out));
     }
     template <members_after After, class T>
     ZR_INLINE static void release(T&) {}
