@@ -87,14 +87,17 @@ std::string encoding_of(const std::string& what, const entry_points<S>& points, 
 
 // The call for octets from outside, strictly: what it makes is released as above.
 template <class S>
-constexpr entry_points<S> strict_calls = {nullptr, zrAsnEncodeObj, "zr::decode-strict",
+constexpr entry_points<S> strict_calls = {nullptr,
+                                          zrAsnEncodeObj,
+                                          "zr::decode-strict",
                                           [](zr_asn_buffer_t& in, S& out) -> int {
                                               zr::decode_options options;
                                               options.strict = true;
                                               zr::decode_report report;
                                               return zr::decode(in.data, in.length, out, options, report);
                                           },
-                                          nullptr, zrAsnFreeObj};
+                                          nullptr,
+                                          zrAsnFreeObj};
 
 // Decodes into a packed record, which keeps its block.
 template <class S>

@@ -188,7 +188,7 @@ int read_packed(const record_type& type, input in, void* out, packed_blocks& blo
 template <class Read>
 int decode_envelope(const void* octets, size_t length, const decode_options& options, decode_report& report,
                     const Read& read) {
-    report = {};
+    report.clear();
     const auto* const data = static_cast<const unsigned char*>(octets);
     if (length > options.limits.octets || length > UINT32_MAX) {
         report.passed = decode_limit::octets;

@@ -61,7 +61,7 @@ int record_type::decode(const zr_asn_buffer_t& in, void* out, int version) const
 void record_type::free(void* structure) const { codec->release(structure); }
 
 int record_type::examine(const unsigned char* octets, size_t length, refusal& found) const {
-    found = {};
+    found.clear();
     found.status = zr_err_out_of_memory;
     return guarded([&] {
         unfinished read(*this);

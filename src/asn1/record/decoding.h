@@ -63,6 +63,12 @@ struct decode_report : refusal {
 
     // The name of the status, such as "zr_err_no_match".
     const char* name() const { return status_name(status); }
+    void clear() {
+        refusal::clear();
+        consumed = missing = 0;
+        passed = decode_limit::none;
+        found = -1;
+    }
 };
 
 }  // namespace zr

@@ -24,7 +24,18 @@ struct refusal {
     const char* count_name = "";  // of fewer_elements: the counting member
     // The way to the member that was to be read, such as "attrs[3].name"; empty for the record itself. Of a long way
     // the middle is left out.
-    char path[320] = "";
+    char path[320];
+
+    // Nothing is found. Only the first octet of the path is written: it is long beside what else a small decode does.
+    refusal() { path[0] = '\0'; }
+    void clear() {
+        status = 0;
+        offset = left = 0;
+        expected = {};
+        tag = 0;
+        count_name = "";
+        path[0] = '\0';
+    }
 };
 
 }  // namespace zr
