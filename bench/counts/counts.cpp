@@ -169,6 +169,8 @@ void count_odd_acls(const std::string& encoding) {
     constexpr unsigned char sequence = 0x30, utf8_string = 0x0C;
     // Half of the values lie before the odd one.
     count_odd_acl("acl-one-indefinite", encoding, only(sequence, 500, form::indefinite_length));
+    count_odd_acl("acl-indefinite", encoding,
+                  [](unsigned char found) { return found == sequence ? form::indefinite_length : form::shortest; });
     count_odd_acl("acl-one-segmented", encoding, only(utf8_string, 100, form::segmented));
     count_odd_acl("acl-long-lengths", encoding, [](unsigned char) { return form::long_length; });
 }

@@ -57,10 +57,12 @@ std::string in_other_forms(std::string_view encoding, const form_chooser& choose
         const form how = choose(identifier);
         if ((identifier & constructed) != 0) {
             written += element(identifier, in_other_forms(inside, choose), how);
-        } else if (how == form::segmented) {
-            const std::string_view first = inside.substr(0, count / 2), second = inside.substr(count / 2);
-            written += element(identifier | constructed,
-                               element(octet_string, std::string(first)) + element(octet_string, std::string(second)));
+        } else if (how == form::segmented || how == form::short_segments) {
+            const size_t part = how == form::segmented ? (count + 1) / 2 : 16;
+            std::string parts;
+            for (size_t from = 0; from < count; from += part)
+                parts += element(octet_string, std::string(inside.substr(from, part)));
+            written += element(identifier | constructed, parts);
         } else {
             written += element(identifier, std::string(inside), how);
         }

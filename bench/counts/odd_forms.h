@@ -13,6 +13,7 @@ enum class form {
     long_length,        // with a leading zero octet in the length (X.690 8.1.3.5)
     indefinite_length,  // of a constructed value (X.690 8.1.3.6)
     segmented,          // a string in two parts (X.690 8.23.6, 8.14.3)
+    short_segments,     // a string in parts of 16 octets
 };
 
 // Chooses the form of a value from its identifier octet.

@@ -177,6 +177,15 @@ int read_packed(const record_type& type, input in, void* out, packed_blocks& blo
         }
         std::memset(out, 0, type.size);
         blocks.clear();
+        definite_form definite(type.codec->has_secrets);
+        if (!options.strict && definite.write(in.at, in.end, type.module)) {
+            if (type.codec->read_packed(definite.copy().at, definite.copy().end, out, &blocks) != nullptr) {
+                report.consumed = static_cast<size_t>(definite.behind() - in.at);
+                return 0;
+            }
+            std::memset(out, 0, type.size);
+            blocks.clear();
+        }
     }
     unfinished made(type);
     if (int status = read(type, in, made, options, report)) return status;

@@ -160,6 +160,12 @@ int read_local_texts(const record_type& type, input in, unfinished& made, text_c
     if (reading.limits == nullptr) {
         reading.behind = read_quickly(made, *type.codec, conversion, in);
         if (reading.behind != nullptr) return 0;
+        definite_form definite(type.codec->has_secrets);
+        if (definite.write(in.at, in.end, type.module) &&
+            read_quickly(made, *type.codec, conversion, definite.copy()) != nullptr) {
+            reading.behind = definite.behind();
+            return 0;
+        }
     }
     reading.marks_texts = true;
     if (int status = read_any_form(type, in, made.get(), reading)) return status;

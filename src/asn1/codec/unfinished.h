@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "asn1/codec/definite_form.h"
 #include "asn1/codec/general_reader.h"
 #include "asn1/codec/record_codec.h"
 #include "asn1/record/tree.h"
@@ -20,11 +21,16 @@ public:
         if (!handed_on_) type_.codec->release(made_);
     }
 
-    // Reads a record in the form that the library writes, and returns where it ends; null leaves the structure empty.
+    // Reads a record in the form that the library writes, some values and lengths in other forms, and returns where it
+    // ends; null leaves the structure empty.
     octet_position read_quickly(octet_position at, octet_position end) {
-        const octet_position behind = type_.codec->read(at, end, made_);
-        if (behind == nullptr) clear();
-        return behind;
+        if (const octet_position behind = type_.codec->read(at, end, made_)) return behind;
+        clear();
+        definite_form definite(type_.codec->has_secrets);
+        if (!definite.write(at, end, type_.module)) return nullptr;
+        if (type_.codec->read(definite.copy().at, definite.copy().end, made_) != nullptr) return definite.behind();
+        clear();
+        return nullptr;
     }
     // Reads a record that has to be just as the library writes it, to the end. False leaves the structure empty.
     bool read_strictly(octet_position at, octet_position end) {

@@ -160,7 +160,18 @@ struct fixed_target final : string_target {
     uint32_t size;
 };
 
+struct no_target final : string_target {
+    void* make_room(uint64_t) override { return nullptr; }
+};
+
 }  // namespace
+
+bool skip_string(input& in) {
+    if (in.at == in.end) return false;
+    const unsigned int tag = in.at[0] & 0x1F;
+    no_target nowhere;
+    return (tag == 4 || tag == 12) && read_string(in, tag, nowhere) == 0;
+}
 
 int enter_sequence(input& in, scope& entered) {
     zr_r_buffer_t cursor = cursor_of(in);
