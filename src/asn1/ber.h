@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace zr {
 
@@ -12,6 +13,12 @@ constexpr unsigned char id_octet_string = 0x04;
 constexpr unsigned char id_null = 0x05;
 constexpr unsigned char id_utf8_string = 0x0C;
 constexpr unsigned char id_sequence = 0x30;
+
+inline uint32_t load_big_endian(const unsigned char* at) {
+    uint32_t octets = 0;
+    std::memcpy(&octets, at, sizeof octets);
+    return __builtin_bswap32(octets);
+}
 
 // fold_integer gives the 32-bit value of an INTEGER's contents (X.690 8.3), and answers false where there is none: more
 // than four octets that do not begin with 00. No octets mean 0. More than four that begin with 00 are accepted, and the

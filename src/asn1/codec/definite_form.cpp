@@ -13,6 +13,8 @@ namespace {
 constexpr unsigned char length_is_indefinite = 0x80;
 constexpr unsigned char length_of_four_octets = 0x84;
 constexpr size_t definite_header = 6;
+// A header and the few octets between it and the next are copied as so many.
+constexpr size_t copied_at_once = 32;
 
 // The headers of SEQUENCE with an indefinite length, or what looks like one in other values: the next from a place on.
 class indefinite_finder {
@@ -50,86 +52,102 @@ struct open_sequence {
 
 }  // namespace
 
-definite_form::~definite_form() {
-    if (secret_ && copy_ != nullptr) wipe(copy_, room_);
-    std::free(copy_);
-}
-
-bool definite_form::reserve(size_t more) {
-    if (more <= room_ - length_) return true;
-    const size_t grown_room = std::max(room_ + room_ / 2, length_ + more);
-    if (grown_room > UINT32_MAX) return false;
-    auto* grown = static_cast<unsigned char*>(std::malloc(grown_room));
-    if (grown == nullptr) return false;
-    if (copy_ != nullptr) std::memcpy(grown, copy_, length_);
-    if (secret_ && copy_ != nullptr) wipe(copy_, room_);
-    std::free(copy_);
+// Gives the copy, which ends at `to`, room for `more` octets, a header and a few that are copied too many. Returns
+// where it ends then; null when there is no room.
+unsigned char* definite_form::grow(unsigned char* to, size_t more) {
+    const auto length = static_cast<size_t>(to - copy_);
+    const size_t room = std::max(room_ + room_ / 2, length + more + copied_at_once);
+    if (room > UINT32_MAX) return nullptr;
+    auto* grown = static_cast<unsigned char*>(std::malloc(room));
+    if (grown == nullptr) return nullptr;
+    std::memcpy(grown, copy_, length);
+    release();
     copy_ = grown;
-    room_ = grown_room;
-    return true;
+    room_ = room;
+    return grown + length;
 }
 
-// Copies octets; behind them is room for a header.
-bool definite_form::append(octet_position at, octet_position stop) {
-    const auto count = static_cast<size_t>(stop - at);
-    if (!reserve(count + definite_header)) return false;
-    copy_octets(copy_ + length_, at, count);
-    length_ += count;
-    return true;
+void definite_form::release() {
+    if (secret_) wipe(copy_, room_);
+    if (copy_ != first_) std::free(copy_);
 }
 
 bool definite_form::write(octet_position at, octet_position end, const char* file) {
     const octet_position start = at;
     const auto all = static_cast<size_t>(end - start);
     indefinite_finder indefinite(at, end);
-    if (all > UINT32_MAX / 2 || !indefinite.lies_between(at, end) || !reserve(all + all / 4 + definite_header))
-        return false;
-    work_list<open_sequence> open;
+    if (all > UINT32_MAX / 2 || !indefinite.lies_between(at, end)) return false;
+    if (all > sizeof first_ / 4 * 3 && grow(copy_, all + all / 4) == nullptr) return false;
+    unsigned char* to = copy_;
+    unsigned char* room_end = copy_ + room_;
     octet_position copied = at;  // what lies before it is in the copy
-    octet_position limit = end;  // of what is open
-    do {
-        if (limit - at < 2) return false;
+    // Copies what has been passed.
+    const auto append = [&](octet_position stop) __attribute__((always_inline)) {
+        const auto count = static_cast<size_t>(stop - copied);
+        if (__builtin_expect(static_cast<size_t>(room_end - to) < count + copied_at_once, 0)) {
+            to = grow(to, count);
+            if (to == nullptr) return false;
+            room_end = copy_ + room_;
+        }
+        if (count <= copied_at_once - definite_header && static_cast<size_t>(end - copied) >= copied_at_once) {
+            copy_fixed<copied_at_once>(to, copied);
+        } else {
+            copy_octets(to, copied, count);
+        }
+        to += count;
+        return true;
+    };
+    work_list<open_sequence> around;
+    open_sequence open{0, static_cast<uint32_t>(all), false};  // what is being read: first of all, all octets
+    octet_position limit = end;
+    for (;;) {
+        const auto left = static_cast<size_t>(limit - at);
+        if (open.indefinite ? left >= 2 && at[0] == 0 && at[1] == 0 : left == 0) {
+            if (around.empty() || !append(at)) return false;
+            unsigned char* const header = copy_ + open.header;
+            const uint32_t length = __builtin_bswap32(static_cast<uint32_t>(to - header - definite_header));
+            header[0] = id_sequence;
+            header[1] = length_of_four_octets;
+            std::memcpy(header + 2, &length, sizeof length);
+            if (open.indefinite) at += 2;
+            copied = at;
+            open = around.top();
+            around.pop();
+            if (around.empty()) break;
+            limit = start + open.limit;
+            continue;
+        }
+        if (left < 2) return false;
         octet_position stop = nullptr;
-        if (at[0] == id_sequence) {
+        if (at[0] != id_sequence) {
+            if (at[1] != length_is_indefinite) {
+                if (quick_contents(at, limit, at[0], stop) == nullptr) return false;
+                at = stop;
+            } else {
+                input in{at, limit};
+                if (!skip_string(in) || in.end != limit) return false;
+                at = in.at;
+            }
+        } else {
             const bool is_indefinite = at[1] == length_is_indefinite;
             const octet_position contents = is_indefinite ? at + 2 : quick_contents(at, limit, id_sequence, stop);
             if (contents == nullptr) return false;
             if (is_indefinite || indefinite.lies_between(contents, stop)) {
-                if (!append(copied, at)) return false;
+                if (!append(at)) return false;
+                around.push(open, file);
                 if (!is_indefinite) limit = stop;
-                open.push({static_cast<uint32_t>(length_), static_cast<uint32_t>(limit - start), is_indefinite}, file);
-                length_ += definite_header;
+                open = {static_cast<uint32_t>(to - copy_), static_cast<uint32_t>(limit - start), is_indefinite};
+                to += definite_header;
                 at = copied = contents;
             } else {
                 at = stop;
             }
-        } else if (at[1] != length_is_indefinite) {
-            if (quick_contents(at, limit, at[0], stop) == nullptr) return false;
-            at = stop;
-        } else {
-            input in{at, limit};
-            if (!skip_string(in) || in.end != limit) return false;
-            at = in.at;
         }
-        // What ends here.
-        while (!open.empty()) {
-            const open_sequence& top = open.top();
-            const bool ends = top.indefinite ? limit - at >= 2 && at[0] == 0 && at[1] == 0 : at == limit;
-            if (!ends) break;
-            if (!append(copied, at)) return false;
-            if (top.indefinite) at += 2;
-            copied = at;
-            unsigned char* const header = copy_ + top.header;
-            const uint32_t length = __builtin_bswap32(static_cast<uint32_t>(length_ - top.header - definite_header));
-            header[0] = id_sequence;
-            header[1] = length_of_four_octets;
-            std::memcpy(header + 2, &length, sizeof length);
-            open.pop();
-            limit = open.empty() ? end : start + open.top().limit;
-        }
-    } while (!open.empty());
+        if (around.empty()) return false;  // the record neither has an indefinite length nor holds one
+    }
+    length_ = static_cast<size_t>(to - copy_);
     behind_ = at;
-    return length_ != 0;
+    return true;
 }
 
 }  // namespace zr

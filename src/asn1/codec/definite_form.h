@@ -21,7 +21,7 @@ public:
     explicit definite_form(bool secret) : secret_(secret) {}
     definite_form(const definite_form&) = delete;
     definite_form& operator=(const definite_form&) = delete;
-    ~definite_form();
+    ~definite_form() { release(); }
 
     // False when nothing has an indefinite length, when the octets are refused or of a form that only the general
     // reader knows, and when there is no room for the copy. Throws zr_asn_memexception for `file`.
@@ -32,12 +32,14 @@ public:
     octet_position behind() const { return behind_; }
 
 private:
-    bool reserve(size_t more);
-    bool append(octet_position at, octet_position stop);
+    unsigned char* grow(unsigned char* to, size_t more);
+    void release();
 
-    unsigned char* copy_ = nullptr;
+    // Most messages are short: a block of their length would have the allocator tidy up first.
+    unsigned char first_[8192];
+    unsigned char* copy_ = first_;
     size_t length_ = 0;
-    size_t room_ = 0;
+    size_t room_ = sizeof first_;
     octet_position behind_ = nullptr;
     bool secret_;
 };

@@ -20,12 +20,6 @@ namespace zr {
 // A position in the octets. It is passed and returned by value, so that it stays in a register.
 using octet_position = const unsigned char*;
 
-inline uint32_t load_big_endian(octet_position at) {
-    uint32_t octets = 0;
-    std::memcpy(&octets, at, sizeof octets);
-    return __builtin_bswap32(octets);
-}
-
 // The same for other forms. What they find comes back in registers, so that the quick readers keep theirs.
 struct found_contents {
     octet_position at;
@@ -119,7 +113,7 @@ ZR_INLINE void* allocate(size_t octets, strict_blocks blocks) {
     return blocks.packed == nullptr ? std::malloc(octets) : blocks.packed->allocate<Alignment>(octets);
 }
 
-// An odd string gives null where `blocks` are given.
+// Where `blocks` are given, a string in segments of segments and the like gives null.
 
 // The text gets a terminating zero. It is null when memory is out, and that is no failure; where `blocks` are given it
 // is, with zr_asn_memexception.

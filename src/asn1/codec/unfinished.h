@@ -25,9 +25,11 @@ public:
     // ends; null leaves the structure empty.
     octet_position read_quickly(octet_position at, octet_position end) {
         if (const octet_position behind = type_.codec->read(at, end, made_)) return behind;
-        clear();
+        // What was read is released afterwards: before, the allocator would tidy it up for the sake of the copy.
         definite_form definite(type_.codec->has_secrets);
-        if (!definite.write(at, end, type_.module)) return nullptr;
+        const bool is_definite = definite.write(at, end, type_.module);
+        clear();
+        if (!is_definite) return nullptr;
         if (type_.codec->read(definite.copy().at, definite.copy().end, made_) != nullptr) return definite.behind();
         clear();
         return nullptr;

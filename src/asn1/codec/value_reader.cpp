@@ -290,8 +290,12 @@ uint32_t count_elements(const unsigned char* at, const unsigned char* end) {
             size_t octets = length & 0x7F;
             if (octets == 0 || octets > 4 || octets > left - 2) break;
             header += octets;
-            for (length = 0; octets != 0; --octets)
-                length = length << 8 | at[header - octets];
+            if (left >= 6) {
+                length = load_big_endian(at + 2) >> (32 - 8 * octets);
+            } else {
+                for (length = 0; octets != 0; --octets)
+                    length = length << 8 | at[header - octets];
+            }
         }
         if (length > left - header) break;
         at += header + length;
