@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Counts what the library executes and compares the figures with bench/counts.txt.
+"""Counts what the library executes, compares the figures with bench/counts.txt, and looks how they grow.
 
 counts.py BUILD BUILD32 [check|table|update]: the build directories of the presets release and x86, in which
 zrasn_counts is built. `check` fails when a figure is more than 1 % higher than in the file, `table` prints all of them
@@ -8,6 +8,9 @@ too, `update` writes the file.
 What is counted are the instructions in libzrasn and libzrz themselves, with all that the compiler inlined there, and
 the calls that leave them: of malloc and free, memcpy, strlen. What happens behind those is not counted, for glibc
 chooses its functions by the processor.
+
+Octets of every shape are decoded at several sizes, each twice the last. More than 2.1 times the instructions or the
+calls for twice the octets is a failure in every mode.
 """
 import math
 import re
@@ -22,6 +25,9 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 FILE = ROOT / "bench" / "counts.txt"
 TOLERANCE = 0.01
+# For twice the octets; and the number of calls from which on they say something about growth.
+MOST_GROWTH = 2.1
+FEW_CALLS = 100
 # The columns of the file.
 FIGURES = ("instructions as 64-bit program", "instructions as 32-bit program",
            "calls as 64-bit program", "calls as 32-bit program")
@@ -130,6 +136,31 @@ def compare(known, measured, mode):
     return failed
 
 
+def look_at_growth(rows, bits):
+    """Prints what grows the most. `rows` are those of growing octets. Returns whether something grows too fast."""
+    sizes = {}
+    for name, figures in rows.items():
+        shape, octets, call = re.fullmatch(r"growth:(.+):(\d+)/(.+)", name).groups()
+        sizes.setdefault(f"{shape}/{call}", []).append((int(octets), figures))
+    growth, per_octet = [], []
+    for name, measured in sizes.items():
+        measured.sort()
+        per_octet.append((max(figures[0] / octets for octets, figures in measured), name))
+        for (octets, before), (more_octets, after) in zip(measured, measured[1:]):
+            doublings = math.log2(more_octets / octets)
+            for what, least, most in zip(("instructions", "calls"), before, after):
+                if what == "instructions" or most > FEW_CALLS:
+                    growth.append(((most / max(least, 1)) ** (1 / doublings), what, f"{name} at {more_octets:,} octets"))
+    for factor, what, name in sorted(growth):
+        if factor > MOST_GROWTH:
+            print(f"counts: {name}: {factor:.2f} times the {what} for twice the octets, {MOST_GROWTH} are permitted")
+    factor, what, name = max(growth)
+    print(f"counts: {bits}-bit: {len(growth)} doublings, at most {factor:.2f} times as many ({what}, {name})")
+    most, name = max(per_octet)
+    print(f"counts: {bits}-bit: at most {most:.0f} instructions per octet ({name})")
+    return factor > MOST_GROWTH
+
+
 def main():
     builds, mode = [Path(build).resolve() for build in sys.argv[1:3]], sys.argv[3]
     if mode not in ("check", "table", "update"):
@@ -141,8 +172,12 @@ def main():
         return 0
     with ThreadPoolExecutor() as pool:
         wide, narrow = pool.map(measure, builds)
+    grows = [{name: rows.pop(name) for name in list(rows) if name.startswith("growth:")} for rows in (wide, narrow)]
+    too_fast = [look_at_growth(rows, bits) for rows, bits in zip(grows, (64, 32))]
     measured = {name: tuple(both for pair in zip(wide[name], narrow[name]) for both in pair) for name in wide}
     failed = known and compare(known, measured, mode)
+    if any(too_fast):
+        return 1
     if mode == "update":
         write_figures(used_compiler, measured)
         return 0

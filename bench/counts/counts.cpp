@@ -15,6 +15,7 @@
 #include "bench/acl/workload.h"
 #include "bench/attrlist/workload.h"
 #include "bench/audit/workload.h"
+#include "bench/counts/growth.h"
 #include "bench/counts/odd_forms.h"
 #include "bench/decision/workload.h"
 #include "bench/harness/peer.h"
@@ -195,6 +196,42 @@ void count_type_codes() {
     count("certificate", typed_calls<cert_request_in, zrasn_type_cert_request>, request);
 }
 
+// Rows of octets that double, which are called "growth:shape:octets/what is called". Each way may refuse what it does
+// not take; what the plain one takes has to encode too.
+template <class S>
+void count_growth(const shape& grown, std::string input) {
+    const std::string what = "growth:" + std::string(grown.name) + ":" + std::to_string(input.size());
+    zr_asn_buffer_t in{static_cast<unsigned>(input.size()), reinterpret_cast<unsigned char*>(&input[0])};
+    for (const bool looked_at : {false, true}) {
+        for (const entry_points<S>& points : {utf8_calls<S>, local_calls<S>, strict_calls<S>}) {
+            const bool is_strict = points.decode == strict_calls<S>.decode;
+            S record{};
+            int status = -1;
+            call(looked_at, what, points.decode_name, [&] { status = points.decode(in, record); });
+            check((status != 0) == grown.refused || (status != 0 && is_strict), what);
+            if (status == 0) encoding_of(what, points, record, looked_at);
+            call(looked_at, what, points.release_name, [&] { points.release(record); });
+        }
+        zr::packed<S> packed;
+        int status = -1;
+        call(looked_at, what, "zr::packed", [&] { status = packed.decode(in); });
+        check((status != 0) == grown.refused, what);
+    }
+}
+
+void count_shapes() {
+    for (const shape* grown = shapes; grown->name != nullptr; ++grown) {
+        // Smaller ones go other ways: into the stack, and into a block as long as the guess.
+        for (const size_t octets : {65536, 131072}) {
+            if (grown->is_chain) {
+                count_growth<namevalue_s_t>(*grown, grown->make(octets));
+            } else {
+                count_growth<attrlist_s_t>(*grown, grown->make(octets));
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace bench
 
@@ -208,4 +245,5 @@ int main() {
     count_workload<objects_workload>();
     count_chains();
     count_type_codes();
+    count_shapes();
 }
