@@ -3,7 +3,11 @@
 
 #include "base/members.h"
 #include "base/output.h"
+#include "base/record_holder.h"
 #include "ber/asn1_types.h"
+#include "json/example.h"
+#include "json/record_reader.h"
+#include "json/record_writer.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
@@ -119,10 +123,23 @@ void write_record_json(output& out, const record_type& type) {
     out.write("]}");
 }
 
+void write_example(output& out, const record_type& type) {
+    record_holder example(type);
+    json_error error;
+    if (!read_json(example_json(type), type, example.get(), error)) throw output_error{error.message};
+    write_json(out, type, example.get(), json_layout::indented);
+    out.put('\n');
+}
+
 }  // namespace
 
 int run_records(const records_options& options) {
     output out("");
+    if (options.example) {
+        write_example(out, *options.record);
+        out.close();
+        return exit_good;
+    }
     if (options.record != nullptr) {
         options.json ? write_record_json(out, *options.record) : write_record(out, *options.record);
         if (options.json) out.put('\n');
