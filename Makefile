@@ -6,6 +6,7 @@
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
+#   make wire-lock write tests/wire.lock: what the records are on the wire (docs/evolution.md)
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
@@ -33,7 +34,7 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz bench bench-build counts tidy format $(deps)
+.PHONY: demo test fuzz bench bench-build counts wire-lock tidy format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -60,6 +61,11 @@ bench: bench-build
 counts: deps-counts build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn_counts || exit 1; done
 	@bench/counts.py build/release build/x86 $(COUNTS)
+
+wire-lock: build/release/build.ninja
+	@cmake --build build/release -j $(JOBS) --target zrasn_tests
+	@ZRASN_WRITE_WIRE_LOCK=1 build/release/tests/zrasn_tests --gtest_brief=1 --gtest_filter=wire_lock.holds
+	@git --no-pager diff --stat tests/wire.lock
 
 # The build with clang++ has the command lines that clang-tidy understands.
 tidy: deps-tidy build/asan/build.ninja

@@ -67,6 +67,9 @@ usage 'a verb is missing' -- decode
 usage 'RECORD is missing' decode
 usage 'there is an argument too many: "b"' decode uuid_t a b
 usage 'there is an argument too many: "b"' records uuid_t b
+usage '--example needs a RECORD' records --example
+"$program" records --example acl_ext > example
+"$program" encode acl_ext example --hex | "$program" decode acl_ext | cmp - example || fail 'an example comes back otherwise'
 usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from
 usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from=
 usage '--output needs a value: FILE' encode uuid_t -o

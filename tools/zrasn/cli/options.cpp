@@ -37,6 +37,8 @@ const std::vector<verb_row>& verbs() {
 const std::vector<option_row>& options() {
     static const std::vector<option_row> rows = {
         {"--json", nullptr, nullptr, nullptr, "as JSON", on_records, &settings::json, nullptr},
+        {"--example", nullptr, nullptr, nullptr, "an example of the record, as JSON that encode takes", on_records,
+         &settings::example, nullptr},
         {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be", on_dump | on_check,
          nullptr, &settings::record},
         {"--from", nullptr, "FORM", "auto|raw|hex|base64", "form of the input, instead of recognising it",

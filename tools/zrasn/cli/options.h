@@ -17,6 +17,7 @@ struct settings {
     std::string version_byte = "2";
     std::string shell;
     bool json = false;
+    bool example = false;
     bool hex = false;
     bool base64 = false;
     bool lines = false;

@@ -49,7 +49,10 @@ unsigned version_named(const std::string& digits) {
 
 }  // namespace
 
-int records_verb(const settings& given) { return run_records({record_named(given.record), given.json}); }
+int records_verb(const settings& given) {
+    if (given.example && given.record.empty()) throw usage_error{"--example needs a RECORD"};
+    return run_records({record_named(given.record), given.json, given.example});
+}
 
 int schema_verb(const settings& given) {
     schema_options asked;

@@ -3,42 +3,17 @@
 
 #include "base/members.h"
 #include "base/output.h"
+#include "base/record_holder.h"
 #include "ber/asn1_types.h"
+#include "ber/field_words.h"
+#include "json/example.h"
+#include "json/record_reader.h"
+#include "json/record_writer.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
 
 namespace {
-
-std::string c_integer(integer_type type) {
-    return (type.is_signed ? "int" : "uint") + std::to_string(8 * type.octets) + "_t";
-}
-
-// One value in words, such as "sec_id_t".
-std::string value_in_words(const field& field) {
-    if (field.record != nullptr) return field.record->name;
-    if (field.value == value_kind::integer) return c_integer(field.integer);
-    if (field.value == value_kind::fixed_octets) return std::to_string(field.size) + " octets";
-    return words_of(field.value).in_words;
-}
-
-// The kind in words that stand behind the name, such as "list of sec_id_t".
-std::string kind_in_words(const field& field) {
-    std::string value = value_in_words(field);
-    switch (field.held) {
-        case holding::one:
-            break;
-        case holding::optional:
-            return "optional " + value;
-        case holding::list:
-            return "list of " + value + (field.value == value_kind::text ? "s" : "");
-        case holding::pointer_list:
-            return "list of pointers to " + value;
-        case holding::slots:
-            return std::to_string(field.size) + " slots of " + value;
-    }
-    return value;
-}
 
 // The kind as one word, such as "list_of_records".
 std::string kind_word(const field& field) {
@@ -119,10 +94,23 @@ void write_record_json(output& out, const record_type& type) {
     out.write("]}");
 }
 
+void write_example(output& out, const record_type& type) {
+    record_holder example(type);
+    json_error error;
+    if (!read_json(example_json(type), type, example.get(), error)) throw output_error{error.message};
+    write_json(out, type, example.get(), json_layout::indented);
+    out.put('\n');
+}
+
 }  // namespace
 
 int run_records(const records_options& options) {
     output out("");
+    if (options.example) {
+        write_example(out, *options.record);
+        out.close();
+        return exit_good;
+    }
     if (options.record != nullptr) {
         options.json ? write_record_json(out, *options.record) : write_record(out, *options.record);
         if (options.json) out.put('\n');

@@ -19,6 +19,7 @@ namespace zr::tool {
 struct records_options {
     const record_type* record = nullptr;
     bool json = false;
+    bool example = false;  // a value of the record instead, as JSON
 };
 int run_records(const records_options& options);
 
