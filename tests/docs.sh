@@ -1,6 +1,6 @@
 #!/bin/sh
-# docs.sh ROOT: what the pages list is complete: every status constant stands in docs/api.md with its code, every preset
-# in the README.
+# docs.sh ROOT: what the pages list is complete: every status constant stands in docs/api.md with its code, every reason
+# of a report too, every preset in the README.
 set -u
 cd "$1" || exit 1
 
@@ -17,6 +17,12 @@ while read -r name code; do
 done <<END
 $statuses
 END
+
+reasons=$(sed -nE 's/.*(return|\?) "([a-z_]+)".*/\2/p' src/asn1/record/decoding.cpp)
+[ "$(echo "$reasons" | wc -l)" -ge 8 ] || fail "no reasons found"
+for reason in $reasons; do
+    grep -qE "^\|.*\`$reason\`.*\|.*\|" docs/api.md || fail "docs/api.md does not list the reason $reason"
+done
 
 presets=$(sed -nE 's/^ +\{ "name": "([a-z0-9-]+)", "configurePreset".*/\1/p' CMakePresets.json)
 [ "$(echo "$presets" | wc -l)" -ge 9 ] || fail "no presets found"

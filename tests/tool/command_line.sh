@@ -248,12 +248,12 @@ done
 printf '"%s"\n{"time_low":1}\n\n"%s"\n' $id $id > in
 check 1 "$hex" '' encode uuid_t --lines
 [ "$(wc -l < out)" -eq 3 ] || fail "encode --lines wrote $(wc -l < out) lines"
-grep -qF '{"error":{"status":null,"name":null,"line":2,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
+grep -qF '{"error":{"status":null,"name":null,"reason":"bad_json","line":2,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
     out || fail "encode --lines: $(sed -n 2p out)"
 printf '%s\n%s\nzz\n%s\n' $hex ${hex:0:60} $hex > in
 check 1 "\"$id\"" '' decode uuid_t --lines
 [ "$(grep -cxF "\"$id\"" out)" -eq 2 ] && [ "$(wc -l < out)" -eq 4 ] || fail "decode --lines: $(cat out)"
-sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","line":2,"offset":[0-9]*,"path":"' ||
+sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","reason":"truncated","line":2,"offset":[0-9]*,"path":"' ||
     fail "decode --lines: $(sed -n 2p out)"
 sed -n 3p out | grep -qF '"offset":0,"path":"","message":"line 3: not a hexadecimal digit"}}' ||
     fail "decode --lines: $(sed -n 3p out)"
