@@ -3,7 +3,7 @@
 //     std::error_code code = zr::error_code(zrAsnDecodeObj(in, out));
 //     if (code == std::errc::bad_message) log(zr::status_key(code.value()), code.message());
 //
-//     zr::set_message_sink([](const zr_asn_exception& exception) noexcept {
+//     zr::set_message_sink([](const zr_asn_exception& exception) {
 //         syslog(LOG_ERR, "%s (%08x)", exception.message, exception.code);
 //     });
 #pragma once

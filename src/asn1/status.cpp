@@ -20,7 +20,7 @@ std::atomic<message_sink> current_sink{print_exception};
 
 }  // namespace
 
-void print_exception(const zr_asn_exception& exception) noexcept {
+void print_exception(const zr_asn_exception& exception) {
     std::fprintf(stderr, "Exception: %s [%8.8x] in %s at line %d\n", exception.message, exception.code, exception.file,
                  exception.line);
 }

@@ -75,10 +75,10 @@ ZR_API int report_exception(const zr_asn_exception& exception);
 
 // The message sink is called for each exception that a boundary function turns into a status, on the calling thread; it
 // must not throw. Unless it is replaced it is print_exception.
-using message_sink = void (*)(const zr_asn_exception& exception) noexcept;
+using message_sink = void (*)(const zr_asn_exception& exception);
 
 // Prints the exception's line to standard error.
-ZR_API void print_exception(const zr_asn_exception& exception) noexcept;
+ZR_API void print_exception(const zr_asn_exception& exception);
 
 // Replaces the sink of the process, for all threads; null stands for print_exception. Returns the one before. It may be
 // called at any time: a call that fails at the same moment goes to the one or to the other.

@@ -1,5 +1,6 @@
 #include "asn1/status_category.h"
 
+#include <new>
 #include <string>
 
 #include "asn1/status_text.h"
@@ -42,16 +43,13 @@ public:
     }
 };
 
-// Is never destroyed, so that a code may be used while the process ends.
-union permanent {
-    categories object;
-    constexpr permanent() : object() {}
-    ~permanent() {}
-};
-permanent only;
-
 }  // namespace
 
-const std::error_category& status_category() noexcept { return only.object; }
+const std::error_category& status_category() noexcept {
+    // Is never destroyed, so that a code may be used while the process ends.
+    alignas(categories) static unsigned char room[sizeof(categories)];
+    static const categories* const only = new (room) categories;
+    return *only;
+}
 
 }  // namespace zr
