@@ -46,33 +46,37 @@ TEST(decode_call, reports) {
         std::string path;
         int found;
         size_t consumed, missing;
+        std::string reason;
     } rows[] = {
-        {"fits", head + list + first + second, true, 0, 0, "", -1, 43, 0},
-        {"octets behind it", head + list + first + second + "00", false, 0, 0, "", -1, 43, 0},
-        {"octets behind it, strictly", head + list + first + second + "00", true, zr_err_trailing_data, 43, "", 0, 0,
-         0},
-        {"nothing", "", false, zr_err_bad_envelope, 0, "", -1, 0, 6},
-        {"a header", head, false, zr_err_bad_envelope, 0, "", 4, 0, 2},
-        {"another version", "04 03 ac dc" + list + first + second, false, zr_err_bad_envelope, 0, "", 4, 0, 0},
-        {"a longer header", "05 02 ac dc 00" + list + first + second, false, 0, 0, "", -1, 44, 0},
+        {"fits", head + list + first + second, true, 0, 0, "", -1, 43, 0, "ok"},
+        {"octets behind it", head + list + first + second + "00", false, 0, 0, "", -1, 43, 0, "ok"},
+        {"octets behind it, strictly", head + list + first + second + "00", true, zr_err_trailing_data, 43, "", 0, 0, 0,
+         "trailing_data"},
+        {"nothing", "", false, zr_err_bad_envelope, 0, "", -1, 0, 6, "truncated"},
+        {"a header", head, false, zr_err_bad_envelope, 0, "", 4, 0, 2, "truncated"},
+        {"another version", "04 03 ac dc" + list + first + second, false, zr_err_bad_envelope, 0, "", 4, 0, 0,
+         "bad_envelope"},
+        {"a longer header", "05 02 ac dc 00" + list + first + second, false, 0, 0, "", -1, 44, 0, "ok"},
         {"a longer header, strictly", "05 02 ac dc 00" + list + first + second, true, zr_err_bad_envelope, 0, "", 5, 0,
-         0},
-        {"cut in a text", head + "30 25 30 23 30 21 0c 04 64", false, zr_err_data_ends_early, 4, "", 0x30, 0, 30},
+         0, "bad_envelope"},
+        {"cut in a text", head + "30 25 30 23 30 21 0c 04 64", false, zr_err_data_ends_early, 4, "", 0x30, 0, 30,
+         "truncated"},
         {"a value that is longer than the list", head + "30 0e 30 0c 30 0a 0c 01 41 30 05 30 0b 02 01 04", false,
-         zr_err_data_ends_early, 15, "attrs[0].values[0]", 0x30, 0, 0},
+         zr_err_data_ends_early, 15, "attrs[0].values[0]", 0x30, 0, 0, "data_ends_early"},
         {"another value", head + "30 09 30 07 30 05 02 01 41 30 00", false, zr_err_no_match, 10, "attrs[0].name", 2, 0,
-         0},
-        {"a longer length, strictly", head + "30 81 02 30 00", true, zr_err_bad_contents, 4, "", 0x30, 0, 0},
+         0, "no_match"},
+        {"a longer length, strictly", head + "30 81 02 30 00", true, zr_err_bad_contents, 4, "", 0x30, 0, 0,
+         "not_canonical"},
         {"an integer of two octets where one would do",
          head + "30 17 30 15 30 13 0c 00 30 0f 30 0d 02 02 00 04 0c 04 68 75 67 6f "
                 "04 01 ff",
-         true, zr_err_bad_contents, 16, "attrs[0].values[0].type", 2, 0, 0},
+         true, zr_err_bad_contents, 16, "attrs[0].values[0].type", 2, 0, 0, "not_canonical"},
         {"a text with a zero octet", head + "30 0a 30 08 30 06 0c 02 00 41 30 00", true, zr_err_bad_contents, 10,
-         "attrs[0].name", 0x0C, 0, 0},
+         "attrs[0].name", 0x0C, 0, 0, "not_canonical"},
         {"a text that is not UTF-8", head + "30 0a 30 08 30 06 0c 02 c3 41 30 00", true, zr_err_bad_contents, 10,
-         "attrs[0].name", 0x0C, 0, 0},
+         "attrs[0].name", 0x0C, 0, 0, "not_canonical"},
         {"segments", head + "30 0c 30 0a 30 08 2c 04 04 02 41 42 30 00", true, zr_err_bad_contents, 10, "attrs[0].name",
-         0x2C, 0, 0},
+         0x2C, 0, 0, "not_canonical"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
@@ -85,6 +89,7 @@ TEST(decode_call, reports) {
         EXPECT_EQ(report.status, row.status);
         EXPECT_EQ(report.consumed, row.consumed);
         EXPECT_EQ(report.missing, row.missing);
+        EXPECT_EQ(report.reason(), row.reason);
         if (row.status != 0) {
             EXPECT_EQ(report.offset, row.offset);
             EXPECT_EQ(report.found, row.found);
@@ -203,6 +208,7 @@ size_t least_limit(size_t zr::decode_limits::*limit, const octets& in, const zr:
         below = middle;
         EXPECT_EQ(report.status, zr_err_out_of_memory);
         EXPECT_EQ(report.passed, kind);
+        EXPECT_EQ(std::string(report.reason()).find("limit_"), 0u);
         EXPECT_STREQ(zr::status_name(report.status), report.name());
     }
     return enough;

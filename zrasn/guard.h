@@ -77,6 +77,9 @@ public:
     S* operator->() noexcept { return &value_; }
     const S* operator->() const noexcept { return &value_; }
 
+    // To change what is held (zrasn/edit.h).
+    S& edit() noexcept { return value_; }
+
     // Hands the contents to the caller, who releases them with zrAsnFreeObj.
     S release() noexcept {
         const S owned = value_;

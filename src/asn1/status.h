@@ -3,7 +3,7 @@
 
 #include "asn1/export.h"
 
-// Who raises each is named first. The library holds no message texts for them.
+// Who raises each is named first. What they are called and mean, asn1/status_text.h tells.
 enum zr_asn_status : int {
     zr_ok = 0,
     zr_err_out_of_memory = 275062885,      // buffers, composites, records: memory exhausted
@@ -32,8 +32,8 @@ enum zr_asn_status : int {
 };
 
 // zr_asn_exception is thrown by value and caught at the library's boundary, which prints
-// "Exception: %s [%8.8x] in %s at line %d\n" (message, code, file, line) to standard error and returns the code.
-// `file` and `message` point to constant texts.
+// "Exception: %s [%8.8x] in %s at line %d\n" (message, code, file, line) to standard error, or gives it to the sink
+// that zr::set_message_sink has set, and returns the code. `file` and `message` point to constant texts.
 struct ZR_API zr_asn_exception {
     zr_asn_exception(const char* source_file, int source_line, const char* text, unsigned int status)
         : file(source_file), line(source_line), message(text), code(status) {}
@@ -70,8 +70,19 @@ constexpr const char asnbase_file[] = "src/asn1/asnbase";
 // Throws zr_asn_unsupportederror for the calling line.
 [[noreturn]] ZR_API void throw_unsupported(const char* message, int line = __builtin_LINE());
 
-// Prints the exception's line to standard error and gives its code: what every boundary function does with one.
+// Gives the exception to the message sink and gives its code: what every boundary function does with one.
 ZR_API int report_exception(const zr_asn_exception& exception);
+
+// The message sink is called for each exception that a boundary function turns into a status, on the calling thread; it
+// must not throw. Unless it is replaced it is print_exception.
+using message_sink = void (*)(const zr_asn_exception& exception);
+
+// Prints the exception's line to standard error.
+ZR_API void print_exception(const zr_asn_exception& exception);
+
+// Replaces the sink of the process, for all threads; null stands for print_exception. Returns the one before. It may be
+// called at any time: a call that fails at the same moment goes to the one or to the other.
+ZR_API message_sink set_message_sink(message_sink sink) noexcept;
 
 // guarded runs `body`, a callable that returns a status; a zr_asn_exception is reported and its code returned. Any
 // other exception passes through.

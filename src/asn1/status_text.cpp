@@ -1,5 +1,7 @@
 #include "asn1/status_text.h"
 
+#include <cstddef>
+
 #include "asn1/status.h"
 
 namespace zr {
@@ -48,6 +50,14 @@ status_rows statuses() { return {rows, sizeof(rows) / sizeof(rows[0])}; }
 const char* status_name(int status) {
     const status_row* row = find(status);
     return row != nullptr ? row->name : "unknown";
+}
+
+const char* status_key(int status) {
+    constexpr size_t of_success = sizeof("zr_") - 1;
+    constexpr size_t of_failure = sizeof("zr_err_") - 1;
+    const status_row* row = find(status);
+    if (row == nullptr) return "unknown";
+    return row->name + (status == zr_ok ? of_success : of_failure);
 }
 
 const char* status_text(int status) {

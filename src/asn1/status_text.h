@@ -24,4 +24,7 @@ ZR_API status_rows statuses();
 ZR_API const char* status_name(int status);
 ZR_API const char* status_text(int status);
 
+// The name without "zr_" and "err_", such as "no_match"; "ok" for 0. Keys never change.
+ZR_API const char* status_key(int status);
+
 }  // namespace zr

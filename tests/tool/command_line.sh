@@ -38,7 +38,7 @@ hex=0402acdc301f02046ba7b8100203009dad020211d102020080020200b4040600c04fd430c8
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check; do
+for verb in records schema encode decode dump check roundtrip; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -251,15 +251,31 @@ done
 printf '"%s"\n{"time_low":1}\n\n"%s"\n' $id $id > in
 check 1 "$hex" '' encode uuid_t --lines
 [ "$(wc -l < out)" -eq 3 ] || fail "encode --lines wrote $(wc -l < out) lines"
-grep -qF '{"error":{"status":null,"name":null,"line":2,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
+grep -qF '{"error":{"status":null,"name":null,"reason":"bad_json","line":2,"offset":0,"path":"","message":"line 2, column 1: found an object, expected' \
     out || fail "encode --lines: $(sed -n 2p out)"
 printf '%s\n%s\nzz\n%s\n' $hex ${hex:0:60} $hex > in
 check 1 "\"$id\"" '' decode uuid_t --lines
 [ "$(grep -cxF "\"$id\"" out)" -eq 2 ] && [ "$(wc -l < out)" -eq 4 ] || fail "decode --lines: $(cat out)"
-sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","line":2,"offset":[0-9]*,"path":"' ||
+sed -n 2p out | grep -q '^{"error":{"status":275063192,"name":"zr_err_data_ends_early","reason":"truncated","line":2,"offset":[0-9]*,"path":"' ||
     fail "decode --lines: $(sed -n 2p out)"
 sed -n 3p out | grep -qF '"offset":0,"path":"","message":"line 3: not a hexadecimal digit"}}' ||
     fail "decode --lines: $(sed -n 3p out)"
+# Comparing: octets and JSON, with the record's name and without.
+printf 'uuid_t %s\n%s\n\n asn_uuid_t\t"%s"\r\nuuid_t {"node": "00"}\nvalue_s_t 308108020200050c000400\nzz\n' $hex $hex $id > in
+check 1 'uuid_t: 5 records, 3 the same, 0 deviating, 2 refused' '' roundtrip --lines --record uuid_t
+grep -qx '    refused bad_json                       1' out && grep -qx '    refused bad_text                       1' out &&
+    grep -qx '    deviation longer_integer               1  type' out || fail "roundtrip: $(cat out)"
+check 1 'no record: 2 records' '' roundtrip --lines
+check 1 '"kind": "deviation", "key": "longer_length", "member": "", "count": 1}' '' roundtrip --lines --json
+python3 -m json.tool out > /dev/null 2>&1 || [ $? -eq 127 ] || fail "roundtrip --json: $(cat out)"
+usage 'roundtrip needs --record RECORD, or --lines' roundtrip
+usage '--lines reads text: it excludes --from raw' roundtrip --lines --from raw
+printf 'uuid_t %s\n' $hex $hex > in
+check 0 'all: 2 records, 2 the same, 0 deviating, 0 refused' '' roundtrip --lines
+echo $hex > in
+check 0 'all: 1 record, 1 the same' '' roundtrip --record uuid_t
+echo ${hex}00 > in
+check 1 'octets_behind' '' roundtrip --record uuid_t
 printf '\n\n \t\r\n%s\r\nzz' $hex > in
 check 1 '"line":5,' '' decode uuid_t --lines
 [ "$(wc -l < out)" -eq 2 ] || fail "blank lines: $(cat out)"

@@ -1,7 +1,7 @@
 #!/bin/bash
-# pages.sh PROGRAM DIRECTORY ROOT: what README.md, docs/tool.md and docs/wire-format.md show is what the program prints.
-# Each block that begins with "$ " is run, with the files that the pages speak of; DIRECTORY is made anew. And the
-# program's rooms are as their page has them: each includes only itself and those above it.
+# pages.sh PROGRAM DIRECTORY ROOT: what README.md and the pages of docs show is what the program prints. Each block that begins
+# with "$ " is run, with the files that the pages speak of; DIRECTORY is made anew. And the program's rooms are as their
+# page has them: each includes only itself and those above it.
 set -u
 mkdir -p "$2/bin" && ln -sf "$(realpath "$1")" "$2/bin/zrasn" || exit 1
 export PATH="$(realpath "$2")/bin:$PATH"
@@ -22,7 +22,7 @@ done
 [ "$above" = '|base|input|ber|json|verbs|cli' ] || { echo "the rooms are $above" >&2; exit 1; }
 
 awk '/^```/ { inside = !inside; if (inside) shown = 0; next } inside && /^\$ / { shown = 1 } inside && shown' \
-    "$root/README.md" "$root/docs/tool.md" "$root/docs/wire-format.md" > expected
+    "$root/README.md" "$root/docs/tool.md" "$root"/docs/{wire-format,adopting,cookbook}.md > expected
 grep '^\$ ' expected | while read -r _ command; do
     echo "\$ $command"
     eval "$command" 2>&1

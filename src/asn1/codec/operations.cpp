@@ -147,17 +147,36 @@ void copy_packed(const record_type& type, const void* from, void* to, packed_blo
     walk_records(type, from, to, copier{&blocks});
 }
 
-int copy_record(const record_type& type, const void* from, void* to) {
+namespace {
+
+// Throws zr_asn_memexception, and leaves `to` all zero then.
+void copy_into_blocks(const record_type& type, const void* from, void* to) {
     std::memset(to, 0, type.size);
-    const int status = guarded([&] {
+    try {
         walk_records(type, from, to, copier{nullptr});
-        return 0;
-    });
-    if (status != 0) {
+    } catch (const zr_asn_exception&) {
         type.free(to);
         std::memset(to, 0, type.size);
+        throw;
     }
-    return status;
+}
+
+}  // namespace
+
+bool copy_quietly(const record_type& type, const void* from, void* to) {
+    try {
+        copy_into_blocks(type, from, to);
+        return true;
+    } catch (const zr_asn_exception&) {
+        return false;
+    }
+}
+
+int copy_record(const record_type& type, const void* from, void* to) {
+    return guarded([&] {
+        copy_into_blocks(type, from, to);
+        return 0;
+    });
 }
 
 int order_records(const record_type& type, const void* left, const void* right, int& order) {

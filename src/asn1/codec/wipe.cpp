@@ -6,9 +6,11 @@
 
 namespace zr {
 
+size_t block_room(void* block) { return block != nullptr ? malloc_usable_size(block) : 0; }
+
 // A text may go on behind a zero octet: only the allocator knows how long its block is.
 void wipe_block(void* block) {
-    if (block != nullptr) wipe(block, malloc_usable_size(block));
+    if (block != nullptr) wipe(block, block_room(block));
 }
 
 }  // namespace zr

@@ -63,6 +63,8 @@ struct decode_report : refusal {
 
     // The name of the status, such as "zr_err_no_match".
     const char* name() const { return status_name(status); }
+    // Why, as a key that never changes: docs/api.md lists those that say more than the key of the status.
+    ZR_API const char* reason() const;
     void clear() {
         refusal::clear();
         consumed = missing = 0;

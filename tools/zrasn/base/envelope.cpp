@@ -31,17 +31,48 @@ envelope_fault explain_envelope(const unsigned char* data, size_t size, unsigned
     return {0, "found " + hex_text(data, std::min(size, envelope_header_octets)) + ", expected " + wanted};
 }
 
-int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents, unsigned version) {
-    if (size > most_encoding_octets - envelope_header_octets) return zr_err_out_of_memory;
-    std::unique_ptr<unsigned char[]> whole;
-    zr_asn_buffer_t in = as_buffer(data, size);
-    if (lacks_header(data, size)) {
-        whole.reset(new unsigned char[size + envelope_header_octets]);
-        put_envelope_header(whole.get(), static_cast<int>(version));
-        std::memcpy(whole.get() + envelope_header_octets, data, size);
-        in = {static_cast<unsigned int>(size + envelope_header_octets), whole.get()};
+namespace {
+
+// Octets behind an envelope's header, which is put there where it is missing.
+class with_header {
+public:
+    with_header(const unsigned char* data, size_t size, unsigned version) : buffer_(as_buffer(data, size)) {
+        if (!lacks_header(data, size)) return;
+        whole_.reset(new unsigned char[size + envelope_header_octets]);
+        put_envelope_header(whole_.get(), static_cast<int>(version));
+        std::memcpy(whole_.get() + envelope_header_octets, data, size);
+        buffer_ = {static_cast<unsigned int>(size + envelope_header_octets), whole_.get()};
     }
-    return type.decode(in, contents, static_cast<int>(version));
+    const zr_asn_buffer_t& buffer() const { return buffer_; }
+
+private:
+    std::unique_ptr<unsigned char[]> whole_;
+    zr_asn_buffer_t buffer_;
+};
+
+bool is_too_large(size_t size) { return size > most_encoding_octets - envelope_header_octets; }
+
+}  // namespace
+
+int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents, unsigned version) {
+    if (is_too_large(size)) return zr_err_out_of_memory;
+    return type.decode(with_header(data, size, version).buffer(), contents, static_cast<int>(version));
+}
+
+decode_report decode_report_of(const record_type& type, const unsigned char* data, size_t size, void* contents,
+                               unsigned version, bool strict) {
+    zr::decode_options options;
+    options.version = static_cast<int>(version);
+    options.strict = strict;
+    decode_report report;
+    if (is_too_large(size)) {
+        report.status = zr_err_out_of_memory;
+        return report;
+    }
+    const with_header octets(data, size, version);
+    const zr_asn_buffer_t& in = octets.buffer();
+    report.status = type.decode(in.data, in.length, contents, options, report);
+    return report;
 }
 
 }  // namespace zr::tool

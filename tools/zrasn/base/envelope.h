@@ -5,6 +5,7 @@
 #include <string>
 
 #include "asn1/envelope.h"
+#include "asn1/record/decoding.h"
 #include "asn1/record/registry.h"
 
 namespace zr::tool {
@@ -52,5 +53,9 @@ envelope_fault explain_envelope(const unsigned char* data, size_t size, unsigned
 // behind one.
 int decode_octets(const record_type& type, const unsigned char* data, size_t size, void* contents,
                   unsigned version = envelope_version);
+
+// The same by zr::decode, whose report is returned. Offsets count the header that was put before.
+decode_report decode_report_of(const record_type& type, const unsigned char* data, size_t size, void* contents,
+                               unsigned version = envelope_version, bool strict = false);
 
 }  // namespace zr::tool

@@ -45,6 +45,15 @@ integer_forms forms_of(const unsigned char* contents, size_t size, integer_type 
     return forms;
 }
 
+// Whether octets that are not written so are the number that is written all the same, with more octets of its sign.
+bool is_same_number(const unsigned char* octets, size_t size, const integer_forms& forms) {
+    if (size < forms.written_size) return false;
+    const unsigned char sign = (forms.written[0] & 0x80) != 0 ? 0xFF : 0;
+    const unsigned char* const end = octets + size - forms.written_size;
+    return std::all_of(octets, end, [sign](unsigned char octet) { return octet == sign; }) &&
+           std::equal(end, octets + size, forms.written);
+}
+
 std::string digits_of(const unsigned char* octets, size_t count) {
     static constexpr char digits[] = "0123456789abcdef";
     constexpr size_t most = 12;
@@ -65,7 +74,7 @@ public:
 
     void run(size_t header, void* contents) {
         if (header != 0 && header != envelope_header_octets)
-            report(0, "a header of " + counted(header, "octet") + ", 4 are written");
+            report("longer_header", 0, "a header of " + counted(header, "octet") + ", 4 are written");
         ber_scanner scanner(data_ + header, size_ - header);
         size_t end = size_;
         for (ber_item item; scanner.next(item);) {
@@ -79,7 +88,8 @@ public:
             if (item.depth == 0 && !item.indefinite) end = item.offset + item.header + item.length;
             const record_place place = guide_.visit(item);
             if (place.what == role::none || place.what >= role::unexpected)
-                return report(item.offset, "an identifier that only the library reads as one of this record");
+                return report("odd_identifier", item.offset,
+                              "an identifier that only the library reads as one of this record");
             element(item, place);
         }
         leave_slots(0);
@@ -87,25 +97,27 @@ public:
         compare(contents, header, end);
         if (end == size_) return;
         guide_.leave(0, [](size_t, const field&) {});
-        report(end, counted(size_ - end, "octet") + " after the record");
+        report("octets_behind", end, counted(size_ - end, "octet") + " after the record");
     }
 
 private:
     void element(const ber_item& item, const record_place& place) {
         if (item.identifier_size > item.shortest_identifier())
-            report(item.offset, "an identifier of " + counted(item.identifier_size, "octet") + ", " +
-                                    std::to_string(item.shortest_identifier()) + " would do");
+            report("longer_identifier", item.offset,
+                   "an identifier of " + counted(item.identifier_size, "octet") + ", " +
+                       std::to_string(item.shortest_identifier()) + " would do");
         const size_t length_at = item.offset + item.identifier_size;
         if (item.indefinite)
-            report(length_at, "an indefinite length");
+            report("indefinite_length", length_at, "an indefinite length");
         else if (item.length_size() > item.shortest_length())
-            report(length_at, "a length of " + counted(item.length_size(), "octet") + ", " +
-                                  std::to_string(item.shortest_length()) + " would do");
+            report("longer_length", length_at,
+                   "a length of " + counted(item.length_size(), "octet") + ", " +
+                       std::to_string(item.shortest_length()) + " would do");
         in_slots(item, place);
         const bool is_string = place.what == role::segment || place.member != nullptr;
         if (!is_string || place.record != nullptr || place.is_list()) return;
         if (!item.constructed) return contents(item, place);
-        report(item.offset, "a string in segments");
+        report("segments", item.offset, "a string in segments");
         if (is_text(*place.member) && !in_segments_) {
             in_segments_ = true;
             segments_ = {item.depth, item.offset, guide_.path(), {}, 0, place.member->value == value_kind::stored_text};
@@ -119,21 +131,23 @@ private:
         if (place.is_integer()) {
             const integer_forms forms = forms_of(octets, item.length, member.integer);
             if (item.length == forms.written_size && std::memcmp(octets, forms.written, item.length) == 0) return;
-            report(at, (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
-                           ", read as " + std::to_string(forms.read) + " and written as " +
-                           digits_of(forms.written, forms.written_size));
+            report(is_same_number(octets, item.length, forms) ? "longer_integer" : "changed_integer", at,
+                   (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) + ", read as " +
+                       std::to_string(forms.read) + " and written as " + digits_of(forms.written, forms.written_size));
         } else if (member.value == value_kind::version) {
             if (item.length == 1 && octets[0] == 1) return;
-            report(at, (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
-                           " as version, which is written as 01");
+            report("other_version", at,
+                   (item.length == 0 ? "no octets" : "the octets " + digits_of(octets, item.length)) +
+                       " as version, which is written as 01");
         } else if (is_text(member)) {
             text({reinterpret_cast<const char*>(octets), item.length}, at, member.value == value_kind::stored_text);
         } else if (member.held == holding::optional && place.what != role::segment && item.length == 0) {
-            report(item.offset, "an empty value, which is read as absent");
+            report("empty_optional", item.offset, "an empty value, which is read as absent");
         } else if (member.value == value_kind::fixed_octets && place.what != role::segment &&
                    item.length != member.size) {
-            report(item.offset, counted(item.length, "octet") + " where " + std::to_string(member.size) +
-                                    " are written; the rest is " + (item.length < member.size ? "zero" : "dropped"));
+            report("other_size", item.offset,
+                   counted(item.length, "octet") + " where " + std::to_string(member.size) +
+                       " are written; the rest is " + (item.length < member.size ? "zero" : "dropped"));
         }
     }
 
@@ -155,29 +169,32 @@ private:
         if (stored) {
             const size_t zero = octets.find('\0');
             if (octets.size() == 1 && zero != 0)
-                return report_text(deviation_kind::cut_text, at, "a text of one octet, which is read as empty");
+                return report_text(deviation_kind::cut_text, "cut_text", at,
+                                   "a text of one octet, which is read as empty");
             if (zero == octets.npos)
-                report_text(deviation_kind::form, at, "a text without the zero octet that is written behind it");
+                report_text(deviation_kind::form, "no_zero_octet", at,
+                            "a text without the zero octet that is written behind it");
             else if (zero + 1 != octets.size())
                 cut(zero_at);
             if (!octets.empty() && octets.back() == '\0') octets.remove_suffix(1);
         }
         const size_t good = utf8_size(octets);
         if (good != octets.size())
-            report_text(deviation_kind::not_utf8, in_segments_ ? at : at + good, "a text that is not UTF-8");
+            report_text(deviation_kind::not_utf8, "not_utf8", in_segments_ ? at : at + good,
+                        "a text that is not UTF-8");
     }
     void cut(size_t zero_at) {
-        report_text(deviation_kind::cut_text, zero_at, "a zero octet in a text, which is read up to there");
+        report_text(deviation_kind::cut_text, "cut_text", zero_at, "a zero octet in a text, which is read up to there");
     }
-    void report_text(deviation_kind kind, size_t offset, const std::string& what) {
-        report(kind, offset, what, in_segments_ ? segments_.path : guide_.path());
+    void report_text(deviation_kind kind, const char* key, size_t offset, const std::string& what) {
+        report(kind, key, offset, what, in_segments_ ? segments_.path : guide_.path());
     }
 
     // Empty slots behind the last used one are not written, and there are only so many.
     void in_slots(const ber_item& item, const record_place& place) {
         if (place.what != role::element || place.member->held != holding::slots) return;
         if (place.index >= place.member->size)
-            report(item.offset, "read and dropped: there are " + counted(place.member->size, "slot"));
+            report("dropped_slot", item.offset, "read and dropped: there are " + counted(place.member->size, "slot"));
         const bool open = !slots_.empty() && slots_.back().depth == item.depth;
         if (place.record != nullptr) {
             if (open) slots_.pop_back();
@@ -187,29 +204,30 @@ private:
     }
     void leave_slots(size_t depth) {
         for (; !slots_.empty() && slots_.back().depth > depth; slots_.pop_back())
-            report(slots_.back().offset, "empty slots behind the last used one", slots_.back().path);
+            report("empty_slots", slots_.back().offset, "empty slots behind the last used one", slots_.back().path);
     }
 
     // What the walk does not know of shows here.
     void compare(void* contents, size_t begin, size_t end) {
         zr_asn_buffer_t written{0, nullptr};
-        if (type_.encode(written, contents) != zr_ok) return report(begin, "the library cannot write this");
+        if (type_.encode(written, contents) != zr_ok)
+            return report("cannot_be_written", begin, "the library cannot write this");
         constexpr size_t header = envelope_header_octets;
         const unsigned char* octets = written.data + header;
         const size_t count = std::min<size_t>(end - begin, written.length - header);
         const auto differs = static_cast<size_t>(std::mismatch(octets, octets + count, data_ + begin).first - octets);
         if (!any_ && (end - begin != written.length - header || differs != count))
-            report(begin + differs, "the library writes other octets from here");
+            report("other_octets", begin + differs, "the library writes other octets from here");
         zr_asn_buffer_free(written);
     }
 
-    void report(size_t offset, const std::string& what) { report(offset, what, guide_.path()); }
-    void report(size_t offset, const std::string& what, const std::string& path) {
-        report(deviation_kind::form, offset, what, path);
+    void report(const char* key, size_t offset, const std::string& what) { report(key, offset, what, guide_.path()); }
+    void report(const char* key, size_t offset, const std::string& what, const std::string& path) {
+        report(deviation_kind::form, key, offset, what, path);
     }
-    void report(deviation_kind kind, size_t offset, const std::string& what, const std::string& path) {
+    void report(deviation_kind kind, const char* key, size_t offset, const std::string& what, const std::string& path) {
         any_ = any_ || kind != deviation_kind::not_utf8;
-        report_({kind, offset, path, what});
+        report_({kind, key, offset, path, what});
     }
 
     struct segmented_text {

@@ -15,6 +15,7 @@ enum class deviation_kind { form, cut_text, not_utf8 };
 
 struct deviation {
     deviation_kind kind;
+    const char* key;   // of what sort it is, such as "longer_length": keys never change (docs/tool.md lists them)
     size_t offset;     // from the front of the input, header included
     std::string path;  // of the member; empty for the record itself
     std::string what;  // such as "a length of 3 octets, 1 would do"

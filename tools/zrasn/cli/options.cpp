@@ -8,7 +8,15 @@ namespace zr::tool {
 
 namespace {
 
-enum verb_bit : unsigned { on_records = 1, on_schema = 2, on_encode = 4, on_decode = 8, on_dump = 16, on_check = 32 };
+enum verb_bit : unsigned {
+    on_records = 1,
+    on_schema = 2,
+    on_encode = 4,
+    on_decode = 8,
+    on_dump = 16,
+    on_check = 32,
+    on_roundtrip = 64
+};
 
 }  // namespace
 
@@ -26,6 +34,8 @@ const std::vector<verb_row>& verbs() {
          "zrasn dump --record acl_ext_s_t acl.ber", false, dump_verb},
         {"check", on_check, "say whether an encoding fits a record and where it deviates from what the library writes",
          positional::file, positional::none, "zrasn check acl.ber", false, check_verb},
+        {"roundtrip", on_roundtrip, "decode, encode again and compare: counts of what differs, without any value",
+         positional::file, positional::none, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
         {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
          "zrasn completion bash > /etc/bash_completion.d/zrasn", true, completion_verb},
         {"manual", 0, "print the manual page", positional::none, positional::none, "zrasn manual | man -l -", true,
@@ -36,21 +46,21 @@ const std::vector<verb_row>& verbs() {
 
 const std::vector<option_row>& options() {
     static const std::vector<option_row> rows = {
-        {"--json", nullptr, nullptr, nullptr, "as JSON", on_records, &settings::json, nullptr},
+        {"--json", nullptr, nullptr, nullptr, "as JSON", on_records | on_roundtrip, &settings::json, nullptr},
         {"--example", nullptr, nullptr, nullptr, "an example of the record, as JSON that encode takes", on_records,
          &settings::example, nullptr},
-        {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be", on_dump | on_check,
-         nullptr, &settings::record},
+        {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be",
+         on_dump | on_check | on_roundtrip, nullptr, &settings::record},
         {"--from", nullptr, "FORM", "auto|raw|hex|base64", "form of the input, instead of recognising it",
-         on_decode | on_dump | on_check, nullptr, &settings::from},
+         on_decode | on_dump | on_check | on_roundtrip, nullptr, &settings::from},
         {"--hex", nullptr, nullptr, nullptr, "write hexadecimal digits (as on a terminal)", on_encode, &settings::hex,
          nullptr},
         {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode, &settings::base64, nullptr},
         {"--version-byte", nullptr, "N", nullptr,
          "version in the envelope header, 0 to 255, to write or expect; all encodings but those by type codes have 2",
-         on_encode | on_decode | on_check, nullptr, &settings::version_byte},
+         on_encode | on_decode | on_check | on_roundtrip, nullptr, &settings::version_byte},
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
-         on_encode | on_decode, &settings::lines, nullptr},
+         on_encode | on_decode | on_roundtrip, &settings::lines, nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},
         {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output", on_encode | on_decode,
          nullptr, &settings::output},

@@ -97,6 +97,13 @@ int check_verb(const settings& given) {
                       color_named(given.color)});
 }
 
+int roundtrip_verb(const settings& given) {
+    if (given.lines && given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
+    if (!given.lines && given.record.empty()) throw usage_error{"roundtrip needs --record RECORD, or --lines"};
+    return run_roundtrip({record_named(given.record), given.file, form_named(given.from), given.lines, given.json,
+                          version_named(given.version_byte)});
+}
+
 int completion_verb(const settings& given) { return print_completion(given.shell); }
 int manual_verb(const settings&) { return print_manual(); }
 

@@ -20,6 +20,7 @@ int encode_verb(const settings& given);
 int decode_verb(const settings& given);
 int dump_verb(const settings& given);
 int check_verb(const settings& given);
+int roundtrip_verb(const settings& given);
 int completion_verb(const settings& given);
 int manual_verb(const settings& given);
 

@@ -36,7 +36,7 @@ public:
     int run() {
         for (std::string_view line; lines_.next(line);) {
             if (lines_.too_long())
-                refuse(0, line_reader::default_most, {}, "longer than 1 GiB");
+                refuse(0, "line_too_long", line_reader::default_most, {}, "longer than 1 GiB");
             else if (octets_of(line))
                 decode();
         }
@@ -45,9 +45,9 @@ public:
     }
 
 private:
-    void refuse(int status, uint64_t offset, std::string_view path, std::string_view message) {
+    void refuse(int status, const char* reason, uint64_t offset, std::string_view path, std::string_view message) {
         const std::string all = "line " + std::to_string(lines_.number()) + ": " + std::string(message);
-        write_line_refusal(out_, {status, lines_.number(), offset, path, all});
+        write_line_refusal(out_, {status, reason, lines_.number(), offset, path, all});
         progress_.refused();
     }
 
@@ -57,7 +57,7 @@ private:
         const char* at = line.data();
         count_ = decoder.decode(at, at + line.size(), octets_.data(), octets_.size());
         if (!decoder.refused() && decoder.finish()) return true;
-        refuse(0, static_cast<uint64_t>(at - line.data()), {}, decoder.problem());
+        refuse(0, "bad_text", static_cast<uint64_t>(at - line.data()), {}, decoder.problem());
         return false;
     }
 
@@ -66,7 +66,7 @@ private:
         const int status = decode_octets(type_, octets_.data(), count_, record.get(), options_.version);
         if (status != zr_ok) {
             const explanation refused = explain(octets_.data(), count_, type_, status, options_.version);
-            return refuse(refused.status, refused.offset, refused.path, refused.message);
+            return refuse(refused.status, refused.reason, refused.offset, refused.path, refused.message);
         }
         write_json(out_, type_, record.get(), json_layout::one_line);
         out_.put('\n');

@@ -68,8 +68,9 @@ int encode_lines(const encode_options& options) {
     for (std::string_view line; lines.next(line);) {
         const auto where = [&] { return "line " + std::to_string(lines.number()); };
         if (lines.too_long()) {
-            write_line_refusal(out,
-                               {0, lines.number(), line_reader::default_most, {}, where() + ": longer than 1 GiB"});
+            write_line_refusal(
+                out,
+                {0, "line_too_long", lines.number(), line_reader::default_most, {}, where() + ": longer than 1 GiB"});
             progress.refused();
             continue;
         }
@@ -81,7 +82,9 @@ int encode_lines(const encode_options& options) {
         } else {
             const std::string message =
                 where() + ", column " + std::to_string(result.error.column) + ": " + result.error.message;
-            write_line_refusal(out, {result.status, lines.number(), result.error.offset, result.error.path, message});
+            const char* reason = result.status != zr_ok ? status_key(result.status) : "bad_json";
+            write_line_refusal(
+                out, {result.status, reason, lines.number(), result.error.offset, result.error.path, message});
             progress.refused();
         }
     }

@@ -13,6 +13,7 @@
 #include "base/color.h"
 #include "base/envelope.h"
 #include "base/hex.h"
+#include "base/record_holder.h"
 #include "base/text.h"
 #include "ber/mismatch.h"
 
@@ -74,10 +75,16 @@ std::string hint(const octets_input& in, const record_type* type) {
     return others.empty() ? others : "the octets have the shape of " + others;
 }
 
+// Why a decode refuses the octets; the key of success when it does not.
+const char* reason_of(const unsigned char* data, size_t size, const record_type& type, unsigned version) {
+    record_holder record(type);
+    return decode_report_of(type, data, size, record.get(), version).reason();
+}
+
 }  // namespace
 
 explanation explain(const unsigned char* data, size_t size, const record_type& type, int status, unsigned version) {
-    explanation result{status, 0, {}, status_text(status)};
+    explanation result{status, 0, {}, reason_of(data, size, type, version), status_text(status)};
     if (status == zr_err_bad_envelope) {
         envelope_fault fault = explain_envelope(data, size, version);
         result.offset = fault.offset;

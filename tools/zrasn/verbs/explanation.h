@@ -13,9 +13,10 @@ namespace zr::tool {
 
 struct explanation {
     int status = 0;
-    uint64_t offset = 0;  // of the first octet that does not fit, from the front of the input, header included
-    std::string path;     // of the member; empty for the record itself
-    std::string message;  // "found ..., expected ..."; fit for a terminal
+    uint64_t offset = 0;      // of the first octet that does not fit, from the front of the input, header included
+    std::string path;         // of the member; empty for the record itself
+    const char* reason = "";  // zr::decode_report::reason
+    std::string message;      // "found ..., expected ..."; fit for a terminal
 };
 
 // explain finds out what made a decode of these octets, with or without an envelope's header of the version, as `type`

@@ -19,7 +19,8 @@ void write_line_refusal(output& out, const line_refusal& refusal) {
         out.write(status_name(refusal.status));
         out.put('"');
     }
-    out.write(",\"line\":" + std::to_string(refusal.line));
+    out.write(",\"reason\":\"" + std::string(refusal.reason));
+    out.write("\",\"line\":" + std::to_string(refusal.line));
     out.write(",\"offset\":" + std::to_string(refusal.offset) + ",\"path\":");
     write_json_string(out, refusal.path);
     out.write(",\"message\":");

@@ -13,6 +13,7 @@ namespace zr::tool {
 // came to the library: its status and name are null.
 struct line_refusal {
     int status;
+    const char* reason;  // a key that never changes (docs/api.md and docs/tool.md)
     uint64_t line;
     uint64_t offset;
     std::string_view path;

@@ -75,4 +75,15 @@ struct check_options {
 };
 int run_check(const check_options& options);
 
+// roundtrip [--record RECORD] [FILE]: decode, encode, compare; counts of what differs.
+struct roundtrip_options {
+    const record_type* record = nullptr;  // not null without `lines`; there each line may name its own
+    std::string file = "-";
+    input_form from = input_form::automatic;
+    bool lines = false;  // one record a line: hex or JSON
+    bool json = false;   // the counts
+    unsigned version = 2;
+};
+int run_roundtrip(const roundtrip_options& options);
+
 }  // namespace zr::tool
