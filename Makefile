@@ -3,6 +3,12 @@
 #   make demo     build the library and the command-line program, and show what that does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
+#   make exhaustive  all bodies of up to three octets and all trees of up to six elements, for every record
+#   make corpora  put every file of CORPORA=DIR through every decoder and verb
+#   make sanitize all records on eight threads, and every fuzz target's seeds, under the sanitizers for threads and memory;
+#                 the tests under valgrind
+#   make analyze  clang's analyzer and cppcheck over the library
+#   make coverage lines and branches of the library that the tests reach
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
@@ -13,6 +19,8 @@ JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 BENCH_SECONDS ?= 0.3
 COUNTS ?= check
+ROUNDS ?= 20
+CORPORA ?=
 
 tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
@@ -25,6 +33,11 @@ packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm openssl python3 python3-jsonschema jq asn1c erlang-base erlang-asn1 \
     zsh fish man-db
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
+packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
+packages_msan := $(packages_tsan)
+packages_coverage := $(packages_demo) $(tests_need) gcovr
+packages_sanitize := valgrind
+packages_analyze := clang-tidy cppcheck
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl locales
 packages_bench-x86 := g++-multilib cmake ninja-build locales
@@ -34,7 +47,8 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz bench bench-build counts wire-lock tidy format $(deps)
+.PHONY: demo test fuzz exhaustive corpora sanitize analyze coverage bench bench-build counts wire-lock tidy format \
+    $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -49,6 +63,46 @@ test: deps-test $(tested:%=build/%/build.ninja)
 fuzz: build/fuzz/build.ninja
 	@cmake --build build/fuzz -j $(JOBS)
 	@fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+exhaustive: build/release/build.ninja build/x86/build.ninja
+	@for preset in release x86; do \
+	    cmake --build build/$$preset -j $(JOBS) --target exhaustive raw_readers_fuzz codesets_fuzz || exit 1; \
+	    build/$$preset/fuzz/exhaustive bodies 3 && build/$$preset/fuzz/exhaustive elements 6 && \
+	    build/$$preset/fuzz/raw_readers_fuzz --before 00-0f --all 3 && \
+	    build/$$preset/fuzz/codesets_fuzz --before 0000-4300:100 --all 3 || exit 1; done
+	@build/release/fuzz/raw_readers_fuzz --before 00-00 --all 4
+
+corpora: build/asan/build.ninja
+ifeq ($(CORPORA),)
+	@echo 'No corpora: CORPORA=DIR names a folder of files.'
+else
+	@cmake --build build/asan -j $(JOBS)
+	@fuzz/corpora.sh build/asan $(CORPORA)
+endif
+
+replayed := codesets framing raw_readers records tree
+sanitize: deps-sanitize build/tsan/build.ninja build/msan/build.ninja build/release/build.ninja
+	@cmake --build build/tsan -j $(JOBS) --target many_threads
+	@build/tsan/tests/many_threads 8 $(ROUNDS)
+	@cmake --build build/msan -j $(JOBS) --target many_threads $(replayed:%=%_fuzz)
+	@build/msan/tests/many_threads 1 $(ROUNDS)
+	@for name in $(replayed); do seeds=fuzz/seeds/$${name}_fuzz; [ -d $$seeds ] || seeds=fuzz/seeds/records_fuzz; \
+	    build/msan/fuzz/$${name}_fuzz $$seeds 2> /dev/null || exit 1; done
+	@cmake --build build/release -j $(JOBS) --target zrasn_tests
+	@valgrind -q --error-exitcode=1 --leak-check=full build/release/tests/zrasn_tests --gtest_brief=1 \
+	    --gtest_filter='-bounds.*:hostile.*:*depth*:*deep*:*linear*'
+
+analyze: deps-analyze build/tsan/build.ninja
+	@cppcheck --std=c++17 --language=c++ -DZR_API= --enable=warning,performance,portability --quiet --error-exitcode=1 \
+	    --suppressions-list=cmake/cppcheck.txt -j $(JOBS) -I src -I . src base_idls zrasn
+	@run-clang-tidy -quiet -j $(JOBS) -p build/tsan -checks='-*,clang-analyzer-*' '^$(CURDIR)/(src|base_idls)/'
+
+coverage: build/coverage/build.ninja
+	@cmake --build build/coverage -j $(JOBS)
+	@find build/coverage -name '*.gcda' -delete
+	@ctest --test-dir build/coverage --output-on-failure -j $(JOBS)
+	@gcovr --root . --filter src/ --filter base_idls/ --exclude-unreachable-branches --exclude-throw-branches \
+	    --print-summary build/coverage
 
 bench-build: build/bench/build.ninja build/bench-x86/build.ninja
 	@cmake --build build/bench -j $(JOBS) --target zrasn_bench zrasn_bench_heap
@@ -77,6 +131,6 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,demo $(tested) fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
+$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

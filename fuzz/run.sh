@@ -11,6 +11,7 @@ while read -r name seeds; do
     mkdir -p "$directory/corpus/$name" "$directory/crashes"
     [ -d "$seeds" ] || seeds=
     "$directory/$name" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 -verbosity=0 \
+        -dict="$(dirname "$0")/ber.dict" \
         -artifact_prefix="$directory/crashes/$name-" "$directory/corpus/$name" ${seeds:+"$seeds"} </dev/null ||
         failed="$failed $name"
 done <"$directory/targets"

@@ -1,44 +1,18 @@
 // Random trees of all types: whatever happened to a tree, it is written like a new one with the same values.
 #include <gtest/gtest.h>
 
-#include "support/random_tree.h"
-
-#include "support/ber_rewriter.h"
+#include "support/tree_changes.h"
 
 namespace zr_test {
 namespace {
 
 TEST(trees, changes_are_seen_by_the_next_encoding) {
-    unsigned int compared = 0, complete = 0, reads = 0;
-    for (unsigned int seed = 0; seed < 600 && !HasFatalFailure(); ++seed) {
-        random_tree tree(seed);
-        zr_asn_object& live = tree.make_complete();
-        std::string history;
-        for (int step = 0; step < 40; ++step) {
-            if (tree.below(12) == 0) {
-                const std::string encoding = written(tree.make_complete());
-                zr_asn_object& fresh = tree.make_objects();
-                ASSERT_EQ(read(live, encoding), 0) << "seed " << seed << " " << encoding;
-                ASSERT_EQ(read(fresh, encoding), 0);
-                ASSERT_EQ(written(tree.make_copy(live)), written(tree.make_copy(fresh))) << "seed " << seed << history;
-                history += " read";
-                ++reads;
-            } else {
-                history += " " + tree.change(live);
-            }
-            if (tree.below(2) == 0) continue;  // several changes before the caches are filled
-            const std::string expected = written(tree.make_copy(live));
-            ASSERT_EQ(written(live), expected) << "seed " << seed << history;
-            ASSERT_EQ(written(live), expected) << "again, seed " << seed << history;
-            ++compared;
-            if (expected.find(' ') == std::string::npos) continue;
-            ++complete;
-            ASSERT_NO_THROW(parse_ber(bytes(expected))) << "seed " << seed << history;
-        }
-    }
-    EXPECT_GT(compared, 5000U);
-    EXPECT_GT(complete, compared / 4);
-    EXPECT_GT(reads, 500U);
+    tree_history seen;
+    for (unsigned int seed = 0; seed < 600; ++seed)
+        ASSERT_EQ(change_and_compare(seed, 40, seen), "") << "seed " << seed;
+    EXPECT_GT(seen.compared, 5000U);
+    EXPECT_GT(seen.complete, seen.compared / 4);
+    EXPECT_GT(seen.reads, 500U);
 }
 
 struct counting : zr_asn_boolean {

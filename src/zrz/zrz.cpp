@@ -41,7 +41,7 @@ const char* local_code_set() {
 bool has_tag_characters(const zr::const_text& text) {
     const char* const end = text.getChars() + text.getLength();
     const char* at = text.getChars();
-    while ((at = static_cast<const char*>(std::memchr(at, '\xF3', static_cast<size_t>(end - at)))) != nullptr) {
+    while ((at = static_cast<const char*>(std::memchr(at, 0xF3, static_cast<size_t>(end - at)))) != nullptr) {
         if (end - at >= 3 && at[1] == '\xA0' && (at[2] == '\x80' || at[2] == '\x81')) return true;
         ++at;
     }

@@ -12,7 +12,7 @@ octets operator+(octets left, const octets& right) {
 
 namespace {
 
-ber_value parse_value(const unsigned char*& at, const unsigned char* end) {
+ber_value parse_value(const unsigned char*& at, const unsigned char* end, bool indefinite) {
     const auto take = [&] {
         if (at == end) throw std::invalid_argument("an encoding that ends early");
         return *at++;
@@ -25,13 +25,17 @@ ber_value parse_value(const unsigned char*& at, const unsigned char* end) {
         for (length = 0; count != 0; --count)
             length = length << 8 | take();
     } else if (length == 0x80) {
-        throw std::invalid_argument("an indefinite length");
+        if (!indefinite || !value.constructed()) throw std::invalid_argument("an indefinite length");
+        while (end - at < 2 || at[0] != 0 || at[1] != 0)
+            value.inside.push_back(parse_value(at, end, indefinite));
+        at += 2;
+        return value;
     }
     if (length > static_cast<size_t>(end - at)) throw std::invalid_argument("a length beyond the end");
     const unsigned char* behind = at + length;
     if (value.constructed()) {
         while (at != behind)
-            value.inside.push_back(parse_value(at, behind));
+            value.inside.push_back(parse_value(at, behind, indefinite));
     } else {
         value.contents.assign(at, behind);
         at = behind;
@@ -124,10 +128,10 @@ private:
 
 }  // namespace
 
-ber_value parse_ber(const octets& encoding) {
+ber_value parse_ber(const octets& encoding, bool indefinite) {
     const unsigned char* at = encoding.data();
     const unsigned char* end = at + encoding.size();
-    ber_value value = parse_value(at, end);
+    ber_value value = parse_value(at, end, indefinite);
     if (at != end) throw std::invalid_argument("octets behind the encoding");
     return value;
 }

@@ -18,8 +18,9 @@ struct ber_value {
     bool constructed() const { return (identifier & 0x20) != 0; }
 };
 
-// The tree of values of a definite-length encoding with one identifier octet each. Throws on anything else.
-ber_value parse_ber(const octets& encoding);
+// The tree of values of an encoding with one identifier octet each and definite lengths, or of any length when
+// `indefinite`. Throws on anything else.
+ber_value parse_ber(const octets& encoding, bool indefinite = false);
 
 // Identifier, shortest length, contents.
 octets element(unsigned char identifier, const octets& contents);
