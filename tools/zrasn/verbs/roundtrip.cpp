@@ -113,10 +113,13 @@ public:
             for (const auto& [finding, count] : found.findings) {
                 const auto& [kind, key, member] = finding;
                 std::string line = "    " + word_of(kind) + " " + key;
-                line.append(std::max<size_t>(34, line.size() + 1) - line.size(), ' ');
+                line.resize(std::max<size_t>(34, line.size() + 1), ' ');
                 const std::string digits = std::to_string(count);
                 line.append(10 - std::min<size_t>(10, digits.size()), ' ');
-                out.write(line + digits + (member.empty() ? "" : "  " + member) + "\n");
+                line += digits;
+                if (!member.empty()) line.append("  ").append(member);
+                line += '\n';
+                out.write(line);
             }
         });
         out.write("all: " + in_words(total()) + "\n");
