@@ -136,9 +136,11 @@ public:
             bool any_finding = false;
             for (const auto& [finding, count] : found.findings) {
                 const auto& [kind, key, member] = finding;
-                out.write(std::string(any_finding ? ",\n        " : "\n        ") + "{\"kind\": \"" + word_of(kind) +
-                          "\", \"key\": \"" + key + "\", \"member\": \"" + member +
-                          "\", \"count\": " + std::to_string(count) + "}");
+                out.write(any_finding ? ",\n        {\"kind\": \"" : "\n        {\"kind\": \"");
+                out.write(word_of(kind));
+                out.write("\", \"key\": \"" + key);
+                out.write("\", \"member\": \"" + member);
+                out.write("\", \"count\": " + std::to_string(count) + "}");
                 any_finding = true;
             }
             out.write("]}");
