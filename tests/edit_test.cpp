@@ -9,6 +9,8 @@
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
 #include "base_idls/actionidl_asn.h"
+#include "base_idls/asn_yvobjs.h"
+#include "base_idls/azn_remote_authn_asn.h"
 #include "base_idls/namevalue_asn.h"
 #include "base_idls/principal_asn.h"
 #include "support/allocations.h"
@@ -150,13 +152,21 @@ TEST(edit, by_the_types) {
         zr::decoded<namevalue_s_t> node;
         for (const char* text : {"a", "b"})
             ASSERT_EQ(zr::append(node.edit(), &namevalue_s_t::values, text), 0);
+        ASSERT_EQ(zr::set_text(node.edit(), &namevalue_s_t::values, 1, "c"), 0);
         ASSERT_EQ(zr::append(node.edit(), &namevalue_s_t::children, *node), 0);  // a copy of itself
         ASSERT_EQ(zr::erase(node.edit(), &namevalue_s_t::values, 0, 2), 0);
         EXPECT_EQ(node->values, nullptr);
         for (const namevalue_s_t& child : zr::elements(*node, &namevalue_s_t::children))
             for (std::string_view text : zr::elements(child, &namevalue_s_t::values))
                 names += text;
-        EXPECT_EQ(names, "lerk;;ab");
+        EXPECT_EQ(names, "lerk;;ac");
+
+        cert_request_in request{};
+        unsigned char mine = 7;  // octets of length 0 are absent, and their pointer is not the structure's
+        request.body = &mine;
+        ASSERT_EQ(zr::set_octets(request, &cert_request_in::body, "\1\2", 2), 0);
+        EXPECT_TRUE(request.body_length == 2 && request.body[1] == 2);
+        zr::record<cert_request_in>::type.free(&request);
     }
     EXPECT_EQ(watch.live(), 0u);
 }
@@ -185,6 +195,15 @@ TEST(edit, hands_over_or_not_at_all) {
     EXPECT_LT(watched.made(), 60u);
     zrAsnFreeObj(many);
     EXPECT_EQ(watched.live(), 0u);
+}
+
+TEST(edit, wipes_what_was_secret) {
+    secret_search search({"hunter2"});
+    zr::decoded<azn_util_password_in_s_t> request;
+    for (const char* text : {"hunter2", "another", "hunter2"})
+        ASSERT_EQ(zr::set_text(request.edit(), &azn_util_password_in_s_t::str_a, text), 0);
+    ASSERT_EQ(zr::set_text(request.edit(), &azn_util_password_in_s_t::str_a, ""), 0);
+    EXPECT_EQ(search.found(), 0u);
 }
 
 TEST(edit, attributes_by_name) {

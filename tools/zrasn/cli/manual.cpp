@@ -63,9 +63,9 @@ int print_manual() {
     }
     std::printf(".SH DESCRIPTION\n");
     line(
-        "An encoding is the header 04, version, AC, DC and one BER element (ITU-T X.690). The input of decode, dump "
-        "and "
-        "check may have the header or not, and may be octets as they are, hexadecimal digits (with spaces, line ends, "
+        "An encoding is the header 04, version, AC, DC and one BER element (ITU-T X.690). The input of decode, dump, "
+        "check and roundtrip may have the header or not, and may be octets as they are, hexadecimal digits (with "
+        "spaces, line ends, "
         "colons, commas, 0x), base64, or base64 between -----BEGIN and -----END lines; which it is is recognised. No "
         "FILE, or -, is standard input. One record is read; what follows it is told on standard error.");
     std::printf(".SH VERBS\n");

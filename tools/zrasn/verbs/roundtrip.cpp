@@ -113,10 +113,13 @@ public:
             for (const auto& [finding, count] : found.findings) {
                 const auto& [kind, key, member] = finding;
                 std::string line = "    " + word_of(kind) + " " + key;
-                line.append(std::max<size_t>(34, line.size() + 1) - line.size(), ' ');
+                line.resize(std::max<size_t>(34, line.size() + 1), ' ');
                 const std::string digits = std::to_string(count);
                 line.append(10 - std::min<size_t>(10, digits.size()), ' ');
-                out.write(line + digits + (member.empty() ? "" : "  " + member) + "\n");
+                line += digits;
+                if (!member.empty()) line.append("  ").append(member);
+                line += '\n';
+                out.write(line);
             }
         });
         out.write("all: " + in_words(total()) + "\n");
@@ -133,9 +136,11 @@ public:
             bool any_finding = false;
             for (const auto& [finding, count] : found.findings) {
                 const auto& [kind, key, member] = finding;
-                out.write(std::string(any_finding ? ",\n        " : "\n        ") + "{\"kind\": \"" + word_of(kind) +
-                          "\", \"key\": \"" + key + "\", \"member\": \"" + member +
-                          "\", \"count\": " + std::to_string(count) + "}");
+                out.write(any_finding ? ",\n        {\"kind\": \"" : "\n        {\"kind\": \"");
+                out.write(word_of(kind));
+                out.write("\", \"key\": \"" + key);
+                out.write("\", \"member\": \"" + member);
+                out.write("\", \"count\": " + std::to_string(count) + "}");
                 any_finding = true;
             }
             out.write("]}");
