@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """make.py PROGRAM DIRECTORY: makes DIRECTORY/html of the headers, the pages and the records, by Doxygen, without a warning
 and without a dead link. To be called in the repository's root, with the program zrasn."""
+import os
 import re
 import shutil
 import subprocess
@@ -40,7 +41,7 @@ PROJECT_NUMBER = {version}
 USE_MDFILE_AS_MAINPAGE = {made}/README.md
 """
     status = subprocess.run(["doxygen", "-"], input=settings, text=True).returncode
-    for file in files:
+    for file in filter(os.path.isfile, files):
         copy = directory / "html" / "files" / f"{file}.txt"
         copy.parent.mkdir(parents=True, exist_ok=True)
         shutil.copy(file, copy)
