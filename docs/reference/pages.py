@@ -40,4 +40,6 @@ def convert(path, text, pages, files):
     for i in range(0, len(parts), 2):
         parts[i] = re.sub(r"(?<!!)\[([^\]]+)\]\(([^)\s]+)\)", link, parts[i])
         parts[i] = re.sub(r"^(#+) (.*)$", heading, parts[i], flags=re.M)
+        # In a table's code Doxygen shows the backslash before a bar.
+        parts[i] = re.sub(r"`([^`\n]*\\\|[^`\n]*)`", r"<tt>\1</tt>", parts[i])
     return "".join(parts)
