@@ -40,7 +40,9 @@ EVIDENT = (
     (re.compile(r"\S+& operator=\(.*= delete;"), "Cannot be assigned."),
     (re.compile(r"(\w+)\(.*= delete;"), "Cannot be copied."),
     (re.compile(r"(virtual )?~"), "Releases what it owns."),
-    (re.compile(r".* (begin|end)\(\) const "), "For loops over all."))
+    (re.compile(r".* (begin|end)\(\) const "), "For loops over all."),
+    (re.compile(r"using (iterator_category|value_type|difference_type|reference|pointer) ="), "As std::iterator_traits has it."),
+    (re.compile(r"(iterator& |iterator )operator\+\+"), "Goes to the next one."))
 # What a declaration declares: the word before its parameters, without set_ and get_.
 NAME = re.compile(r"(?!.*(?: override| = default| = delete|// |~\w+\())[^;(]*?(?:operator\W+|\b(?:set_|get_)?(\w+))[* ]{0,2}\(\*?(\w*)")
 

@@ -39,6 +39,7 @@ def convert(path, text, pages, files):
     parts = re.split(r"(^```[^`]*?^```$|^    .*$)", text, flags=re.M)
     for i in range(0, len(parts), 2):
         parts[i] = re.sub(r"(?<!!)\[([^\]]+)\]\(([^)\s]+)\)", link, parts[i])
+        parts[i] = re.sub(r'<a id="([\w-]+)"></a>', rf"\\anchor {page_name(path)}_\1 ", parts[i])
         parts[i] = re.sub(r"^(#+) (.*)$", heading, parts[i], flags=re.M)
         # In a table's code Doxygen shows the backslash before a bar.
         parts[i] = re.sub(r"`([^`\n]*\\\|[^`\n]*)`", r"<tt>\1</tt>", parts[i])
