@@ -90,7 +90,7 @@ class Header:
             if line.startswith("ZR_RECORD"):
                 at = self.record(at)
                 continue
-            self.declaration(line)
+            self.declaration(line, self.lines[at + 1] if at + 1 < len(self.lines) else "")
             at += 1
         return "\n".join(self.out) + "\n"
 
@@ -122,7 +122,7 @@ class Header:
         if not is_top:
             self.about, self.indent, self.done = " ".join(words), indent, False
 
-    def declaration(self, line):
+    def declaration(self, line, behind):
         if not line.strip():
             self.about = ""
         if PROTECTED.match(line):
@@ -140,10 +140,10 @@ class Header:
         starts = self.about and indent == self.indent and not NOT_DOCUMENTED.match(line) and not line.strip().startswith(")")
         was_done, is_template = self.done, line.lstrip().startswith("template <")
         is_behind_template = bool(self.out) and self.out[-1].lstrip().startswith("template <")
-        name = name_of(line)
+        name = name_of(behind if is_template else line)
         if starts and not self.done:
-            self.done, self.names = not is_template, {name}
-        elif starts and (name or is_template) and "&& other" not in line and not is_behind_template and (
+            self.done, self.names = True, {name}
+        elif starts and name and "&& other" not in line and not is_behind_template and (
                 FOR_ALL.search(self.about) or name in {"operator", *self.names} or
                 name and re.search(rf"\b(set_|get_)?{name}\b", self.about)):
             line = f"{indent}/** {self.about} */ {line.lstrip()}"
