@@ -47,7 +47,8 @@ class Records:
         own = self.types[name]
         lists = [each for each in self.types if re.search(r"-list$|-slots-\d+$|-slot$", each)]
         used = [each for each in lists if re.search(rf"\b{each}\b(?!-)", own)]
-        used = [each for each in lists if each in used or any(re.search(rf"\b{each}\b(?!-)", self.types[one]) for one in used)]
+        inside = [each for each in lists if any(re.search(rf"\b{each}\b(?!-)", self.types[one]) for one in used)]
+        used = [each for each in lists if each in used + inside]
         return "\n\n".join([self.types[each] for each in used] + [own])
 
     def link(self, name):
@@ -119,8 +120,8 @@ Contained in: {', '.join(around) or 'no other record'}.
 """
 
     def index(self):
-        lines = ["# The records {#records}", "",
-                 f"All {len(self.all)} records, by schema module. Each page has the members, the C structure, the ASN.1 and an example."]
+        lines = ["# The records {#records}", "", f"All {len(self.all)} records, by schema module. Each page has the members, "
+                 "the C structure, the ASN.1 and an example."]
         module = None
         for record in self.all:
             if record["module"] != module:
