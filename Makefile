@@ -12,6 +12,7 @@
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
+#   make docs     the reference, the pages and one page for each record as HTML: build/docs/html/index.html
 #   make wire-lock write tests/wire.lock: what the records are on the wire (docs/evolution.md)
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
@@ -42,12 +43,13 @@ packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c 
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl locales
 packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
+packages_docs := $(packages_demo) doxygen python3
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz exhaustive corpora sanitize analyze coverage bench bench-build counts wire-lock tidy format \
+.PHONY: demo test fuzz exhaustive corpora sanitize analyze coverage bench bench-build counts docs wire-lock tidy format \
     $(deps)
 
 demo: build/demo/build.ninja
@@ -115,6 +117,10 @@ bench: bench-build
 counts: deps-counts build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn_counts || exit 1; done
 	@bench/counts.py build/release build/x86 $(COUNTS)
+
+docs: deps-docs build/demo/build.ninja
+	@cmake --build build/demo -j $(JOBS) --target zrasn_cli
+	@docs/reference/make.py build/demo/tools/zrasn/zrasn build/docs
 
 wire-lock: build/release/build.ninja
 	@cmake --build build/release -j $(JOBS) --target zrasn_tests

@@ -94,6 +94,8 @@ TEST(pages, evolution) {
         {"a member fewer at the end", "value_s_t", sequence("020101 0c0161"), "", ""},
         {"a member fewer before others", "value_s_t", sequence("0c0161 0401ff"), "", ""},
         {"members in another order", "value_s_t", sequence("020101 0401ff 0c0161"), "", ""},
+        {"members of one type in another order", "azn_util_password_in_s_t", sequence("0c0162 0c0161"),
+         "each as the other", R"({"str_a":"b","str_b":"a"})"},
         {"a member of another type", "value_s_t", sequence("020101 040161 0401ff"), "", ""},
         {"an optional member more, left out", "value_s_t", sent, "nothing is new", value},
         {"an optional member more, there", "value_s_t", sequence(bytes("020101 0c0161 0401ff") + none), "", ""},

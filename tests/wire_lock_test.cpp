@@ -30,8 +30,8 @@ std::string digest_of(const zr::record_type& type) {
 
 using lock = std::map<std::string, std::string>;
 
-// The digest of each record, and under "record.member" what decides which octets a member has and what is read from them,
-// with its place.
+// The digest of each record, and under "record.member" what decides which octets a member has and what is read from
+// them, with its place.
 lock lock_of_the_registry() {
     lock made;
     for (const zr::record_type* type : all_records()) {

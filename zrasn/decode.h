@@ -59,10 +59,11 @@ public:
         return decode(in.data, in.length, decode_options(), report);
     }
 
+    // What was decoded; all zero when nothing is held.
     const S& operator*() const noexcept { return value_; }
     const S* operator->() const noexcept { return &value_; }
 
-    // Holds nothing any more; clear keeps the longest block for the next decode.
+    // Both hold nothing any more; clear keeps the longest block for the next decode.
     void clear() noexcept {
         value_ = S{};
         blocks_.clear();

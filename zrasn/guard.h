@@ -36,6 +36,7 @@ public:
     // The buffer for an entry point to read.
     zr_asn_buffer_t& in() noexcept { return buffer_; }
 
+    // Both: the octets, and how many they are.
     const unsigned char* data() const noexcept { return buffer_.data; }
     unsigned int size() const noexcept { return buffer_.length; }
 
@@ -74,7 +75,9 @@ public:
 
     // Only to read: a decode is given out(), or what the structure held would be lost.
     const S& operator*() const noexcept { return value_; }
+    // To change members of it.
     S* operator->() noexcept { return &value_; }
+    // To read them.
     const S* operator->() const noexcept { return &value_; }
 
     // To change what is held (zrasn/edit.h).

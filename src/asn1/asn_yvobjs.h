@@ -44,9 +44,11 @@ class ZR_API zr_asn_yvobj_update_t : public zr_asnbase {
 public:
     explicit zr_asn_yvobj_update_t(security_t mode);
 
+    // set_value takes the members of `in`; get_value gives them.
     int set_value(yvobj_update_s_t& in);
     // get_value clears `out` first.
     int get_value(yvobj_update_s_t& out);
+    // free_obj releases what get_value allocated.
     static void free_obj(yvobj_update_s_t& s);
 
 private:
@@ -67,6 +69,7 @@ public:
     // get_value sets `count` to the full number before anything is filled. When element k fails, those from k on are
     // zero; when there is no memory for the array, `updates` is null.
     int get_value(yvobj_update_list_s_t& out);
+    // free_obj releases what get_value allocated.
     static void free_obj(yvobj_update_list_s_t& s);
 
 private:
@@ -83,6 +86,7 @@ public:
     // get_value clears `out` first.
     int get_value(cert_request_in& out);
     // `body` is released only when body_length is not 0.
+    // free_obj releases what get_value allocated.
     static void free_obj(cert_request_in& s);
 
     // get_obj_body gives a malloc copy of the octets of `object`, which the caller frees; null and 0 when there are

@@ -9,8 +9,9 @@
 
 namespace zr {
 
-// What the library writes, and the version that the entry points write and accept.
+// The header that the library writes.
 constexpr size_t envelope_header_octets = 4;
+// The version that the entry points write and accept.
 constexpr unsigned char envelope_version = 2;
 
 // put_envelope_header stores the header at `to`; of `version` the low eight bits count.

@@ -8,6 +8,7 @@
 
 namespace zr {
 
+// What octets are that have come so far.
 enum class framing : uint8_t {
     complete,    // the envelope is there, with all of its octets
     incomplete,  // what is there may begin an envelope, and more octets are needed

@@ -35,13 +35,14 @@ enum zr_asn_status : int {
 // "Exception: %s [%8.8x] in %s at line %d\n" (message, code, file, line) to standard error, or gives it to the sink
 // that zr::set_message_sink has set, and returns the code. `file` and `message` point to constant texts.
 struct ZR_API zr_asn_exception {
+    // Keeps the pointers, not copies of the texts.
     zr_asn_exception(const char* source_file, int source_line, const char* text, unsigned int status)
         : file(source_file), line(source_line), message(text), code(status) {}
 
-    const char* file;
-    int line;
-    const char* message;
-    unsigned int code;
+    const char* file;     // the source that threw it
+    int line;             // in that source
+    const char* message;  // in English, for the line that is printed
+    unsigned int code;    // the status
 };
 
 // Memory is exhausted, or input nests deeper than the object tree follows: code 275062885.

@@ -5,6 +5,6 @@
 // the receiver, who releases it with zr_asn_buffer_free (asn1/zrasnapi.h). The library never frees or changes a buffer
 // that it is given as input.
 struct zr_asn_buffer_t {
-    unsigned int length;
-    unsigned char* data;
+    unsigned int length;  // in octets
+    unsigned char* data;  // null when there are none
 };

@@ -56,6 +56,7 @@ public:
 
     using zr_asn_integer::get_value;
     using zr_asn_integer::set_default_value;
+    // The low bits that fit, of the signed value.
     int get_value(unsigned long& value);
     int get_value(long& value);
     int get_value(unsigned int& value);

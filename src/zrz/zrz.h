@@ -17,7 +17,9 @@ namespace zr {
 // const_text shows octets that it does not own.
 class ZR_API const_text {
 public:
+    // Shows `length` octets.
     const_text(const char* chars, size_t length) : chars_(chars), length_(length) {}
+    // The first octet.
     const char* getChars() const { return chars_; }
     // In octets.
     size_t getLength() const { return length_; }
@@ -32,7 +34,7 @@ private:
 // A constant text in the local code set. The caller's octets must outlive it and what is converted from it.
 class ZR_API ZLCConstString_5_1 : public zr::const_text {
 public:
-    // A C string; null counts as empty.
+    // A C string; null counts as empty. The second form takes `length` octets, zero octets among them.
     explicit ZLCConstString_5_1(const char* chars);
     ZLCConstString_5_1(const char* chars, size_t length) : const_text(chars, length) {}
 };
@@ -40,6 +42,7 @@ public:
 // A constant text in UTF-8. The caller's octets must outlive it and what is converted from it.
 class ZR_API ZUTF8ConstString_5_1 : public zr::const_text {
 public:
+    // A C string; null counts as empty. The second form takes `length` octets, zero octets among them.
     explicit ZUTF8ConstString_5_1(const char* chars);
     ZUTF8ConstString_5_1(const char* chars, size_t length) : const_text(chars, length) {}
 };
@@ -51,11 +54,13 @@ public:
     ZAbstractMutableString_5_1(const ZAbstractMutableString_5_1&) = delete;
     ZAbstractMutableString_5_1& operator=(const ZAbstractMutableString_5_1&) = delete;
 
+    // The first octet.
     const char* getChars() const { return chars_; }
     // In octets, without the terminating zero.
     size_t getLength() const { return length_; }
 
 protected:
+    // Shows octets that it does not own.
     ZAbstractMutableString_5_1(const char* chars, size_t length) : chars_(chars), length_(length) {}
     ~ZAbstractMutableString_5_1();
     // Takes over `owned`, a block from malloc.
@@ -67,12 +72,16 @@ private:
     char* owned_ = nullptr;
 };
 
+// A text of the local code set, converted to UTF-8.
 class ZR_API ZUTF8String_5_1 : public ZAbstractMutableString_5_1 {
 public:
+    // Converts.
     explicit ZUTF8String_5_1(const ZLCConstString_5_1& local);
 };
 
+// A text in UTF-8, converted to the local code set.
 class ZR_API ZLCString_5_1 : public ZAbstractMutableString_5_1 {
 public:
+    // Converts.
     explicit ZLCString_5_1(const ZUTF8ConstString_5_1& utf8);
 };

@@ -254,12 +254,12 @@ for path in sorted(Path(directory).glob("*.txt")):
         assert answer(name, b"\4\2\xac\xdc" + octets) == json.loads(text), f"{name} is read otherwise: {digits}"
         assert write_record(name, json.loads(text)) == octets, f"{name} is written otherwise: {text}"
         odd = random.Random(digits)
-        forms = [rewritten(octets, odd) for _ in range(30)]
+        forms = [rewritten(octets, odd) for _ in range(12)]
         cases[name] += forms + [damaged(each, odd) for each in 6 * forms]
         for field in records[name] if max(map(len, cases[name])) < 100000 else ():
             most = 65535 if field.get("count_type") == "uint16_t" else field["size"] if field["kind"] == "slots" else None
             if most and (one := [each for each in json.loads(text)[field["name"]] if each][:1]):
-                cases[name] += [write_record(name, {**json.loads(text), field["name"]: n * one}) for n in (most, most + 1)]
+                cases[name] += [write_record(name, {**json.loads(text), field["name"]: (most + 1) * one})]
 for name, octets in cases.items():
     assert octets, f"{name} has no vector"
     lines = "".join("0402acdc" + each.hex() + "\n" for each in octets)
@@ -270,4 +270,4 @@ for name, octets in cases.items():
             theirs = theirs["error"]["status"]
         assert ours is None or ours == theirs, f"{name}: the page says {ours}, the program {theirs}: {each.hex()[:400]}"
         counts[isinstance(ours, int)] += ours is not None
-assert min(counts.values()) > 10000, counts
+assert min(counts.values()) > 4000, counts

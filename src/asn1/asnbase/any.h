@@ -40,6 +40,7 @@ public:
     // destroyed) it needs set_parent(nullptr) or another parent.
     int set_syntax(zr_asn_object* syntax);
     zr_asn_object* get_syntax() const { return syntax_; }
+    // Both hooks are null for nothing.
     void set_preparse(zr_asn_any_hook hook) { preparse_ = hook; }
     void set_preencode(zr_asn_any_hook hook) { preencode_ = hook; }
 

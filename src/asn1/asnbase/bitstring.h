@@ -26,6 +26,7 @@ public:
     int set_value(const unsigned char* data, unsigned int nbits);
     // get_value points at the octets, which the object owns; 275063200 when absent without a default.
     int get_value(unsigned char*& data, unsigned int& nbits) const;
+    // set_default_value makes a copy of such bits the DEFAULT.
     int set_default_value(const unsigned char* data, unsigned int nbits);
 
 protected:

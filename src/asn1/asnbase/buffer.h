@@ -18,18 +18,21 @@ enum security_t : int {
 // functions. The plain functions count when `use_plain` is not 0, else the context functions when `use_context` is not
 // 0; a chosen function must not be null.
 struct ZR_API zr_memory_funcs_t {
-    int use_plain;
+    int use_plain;  // the plain functions count
+    // All as the C library's functions of those names.
     void* (*plain_malloc)(size_t octets);
     void (*plain_free)(void* block);
     void* (*plain_realloc)(void* block, size_t octets);
     void* (*plain_calloc)(size_t count, size_t octets);
-    int use_context;
+    int use_context;  // the context functions count, if the plain ones do not
+    // The same with the context before the others.
     void* (*context_malloc)(void* context, size_t octets);
     void (*context_free)(void* context, void* block);
     void* (*context_realloc)(void* context, void* block, size_t octets);
     void* (*context_calloc)(void* context, size_t count, size_t octets);
-    void* context;
+    void* context;  // what those are given
 
+    // All give what the chosen functions answer.
     void* malloc(unsigned int octets) const;
     void free(void* block) const;
     void* realloc(void* block, unsigned int octets) const;
@@ -48,6 +51,7 @@ ZR_API void wipe(void* block, size_t octets);
 class ZR_API zr_r_buffer_t {
 public:
     zr_r_buffer_t() = default;
+    // A cursor at the first of `count` octets.
     zr_r_buffer_t(unsigned char* octets, unsigned int count)
         : origin_(octets), origin_length_(count), current_(octets), remaining_(count) {}
     // A copy keeps the fill octet and the nesting depth; an assignment takes the depth, not the fill octet.
@@ -61,6 +65,7 @@ public:
     // True when both cursors have the same octets left.
     bool operator==(const zr_r_buffer_t& other) const;
 
+    // Both: the next octet, and how many there are from there on.
     unsigned char* current() const { return current_; }
     unsigned int remaining() const { return remaining_; }
 
@@ -114,6 +119,7 @@ protected:
 // A secure buffer (mode 1) leaves none of its octets in any block that it releases, nor where it moved them away from.
 class ZR_API zr_buffer_t : public zr_r_buffer_t {
 public:
+    // Empty, with room for `size` octets, in the mode, with blocks from those functions.
     explicit zr_buffer_t(zr_memory_funcs_t memory);
     explicit zr_buffer_t(security_t security);
     zr_buffer_t(zr_memory_funcs_t memory, security_t security);
@@ -178,8 +184,10 @@ public:
 
     // data() is the block; the octets held begin at current(), which is the same while nothing has been read.
     unsigned char* data() const { return data_; }
+    // length() octets are held, and the block has room for capacity().
     unsigned int length() const { return remaining_; }
     unsigned int capacity() const { return capacity_; }
+    // The mode; set_security does not touch what is held.
     security_t security() const { return security_; }
     void set_security(security_t security) { security_ = security; }
 

@@ -31,9 +31,11 @@ public:
 protected:
     // Makes an element on the heap in the mode given; null when memory ends.
     using maker = zr_asn_object* (*)(security_t mode);
+    // As many elements as there are.
     static constexpr unsigned int keep_all = ~0U;
 
     explicit element_list(security_t secure);
+    // With room for so many elements from the start.
     element_list(unsigned int capacity, security_t secure);
 
     // read_elements reads contents octets into new elements. The first `kept` stay; those behind are read into one
@@ -113,6 +115,7 @@ public:
     T* operator[](unsigned int index) const { return get_child(index); }
 
 protected:
+    // A new element; null when memory ends.
     static zr_asn_object* make(security_t mode) { return new (std::nothrow) T(mode); }
 };
 
@@ -132,6 +135,7 @@ public:
         }
         ~cherce() override = default;
 
+        // The value, whether it is selected or not.
         T& value() { return value_; }
 
     private:
@@ -144,6 +148,7 @@ public:
     }
     ~zr_asn_arrayof() override = default;
 
+    // The places.
     zr_asn_sequenceof<cherce>& inner_list() { return inner_list_; }
     const zr_asn_sequenceof<cherce>& inner_list() const { return inner_list_; }
 

@@ -41,6 +41,7 @@ public:
     // child, and the last place stays empty (null): use it with spare room or on an empty table. It does not
     // re-evaluate presence.
     virtual int register_child_before(zr_asn_object* child);
+    // Whether it may be present without a present member: what set_empty_permitted was told.
     virtual int get_empty_permitted();
 
     // The child at `index`; null beyond the last.
@@ -83,6 +84,7 @@ private:
 // in table order; 275063205 when octets are left inside a definite length.
 class ZR_API zr_asn_sequence : public zr_asn_composite {
 public:
+    // Without members; the second form with room for `capacity` of them from the start.
     explicit zr_asn_sequence(security_t secure);
     zr_asn_sequence(unsigned int capacity, security_t secure);
 

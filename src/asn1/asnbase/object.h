@@ -50,9 +50,9 @@ enum invalidate_t : int {
     zr_invalidate_all = 2,    // clears, children too, and lets the parent re-evaluate itself
 };
 
-// Called at the start of asnread, and at each of its exits with the status that it returns. An asnread that ends in an
-// exception calls no postread hook.
+// Called at the start of asnread.
 using zr_asn_preread_hook = void (*)(zr_asn_object* object, zr_r_buffer_t& input);
+// Called at each exit of asnread with the status that it returns, but not when it ends in an exception.
 using zr_asn_postread_hook = void (*)(zr_asn_object* object, zr_r_buffer_t& input, int status);
 
 // zr_asn_object reads and writes itself in BER (X.690): minimal definite lengths on output; on input definite or
@@ -95,16 +95,20 @@ public:
     // get_encoding brings the cache up to date, and in its first form appends it. 275063200 without value or default.
     virtual int get_encoding(zr_buffer_t& output) const;
     virtual int get_encoding() const;
+    // emptyi drops what a list holds, here nothing; empty calls it. Returns 0.
     virtual int emptyi();
     // Throws a plain text (const char*): only composites have children.
     virtual unsigned int get_child_count() const;
+    // Whether input may have each of these forms: 1 or 0.
     virtual int encoding_primitive_permitted() const;
     virtual int encoding_constructed_permitted() const;
     virtual int encoding_indefinite_permitted() const;
-    // The form that was last read.
+    // is_constructed and is_indefinite_length: the form that was last read, 1 or 0.
     virtual int is_constructed() const;
     virtual int is_indefinite_length() const;
+    // is_polymorphic: whether the identifier depends on the value, 1 or 0.
     virtual int is_polymorphic() const;
+    // should_generate_constructed: whether the identifier is written with the constructed bit, 1 or 0.
     virtual int should_generate_constructed() const;
     // set_class (0 universal, 1 application, 2 context-specific, 3 private) and set_tag store the identifier; a valid
     // encoding becomes stale.
@@ -114,18 +118,22 @@ public:
     virtual int display(zr_buffer_t& output) const;
     // empty makes the object absent and drops what it holds. Returns 0.
     virtual int empty();
+    // normalize does nothing here; composites ask each of their members. Returns 0.
     virtual int normalize();
+    // is_optional, is_defaultable (there is a DEFAULT) and is_encoding_valid answer 1 or 0.
     virtual int is_optional() const;
     virtual int is_defaultable() const;
     virtual int is_encoding_valid() const;
+    // The DEFAULT, which the object owns; null when there is none.
     virtual zr_asn_object* get_default_value() const;
     // is_default_value answers 1 when the contents encode as the DEFAULT's do, or the value is absent and has a
     // DEFAULT.
     virtual int is_default_value() const;
-    // is_valid: present, defaultable or optional.
+    // is_present: holds a value; is_valid: present, defaultable or optional. 1 or 0.
     virtual int is_valid(int deep) const;
     virtual int is_present() const;
     virtual ~zr_asn_object();
+    // set_secure changes the mode of the object and of what it holds.
     virtual void set_secure(security_t secure);
     // asnread reads one element. 0 also when an optional or defaultable object finds no or another identifier: it is
     // absent then. On failure the object is absent and the cursor where it was, except after missing end-of-contents
@@ -136,7 +144,10 @@ public:
     virtual int asnwrite(zr_buffer_t& output) const;
     // Compares the complete encodings.
     virtual bool operator==(const zr_asn_object& other) const;
+    // set_optional makes it OPTIONAL, or not. Returns 0.
     virtual int set_optional(int optional);
+    // set_empty_permitted tells a composite whether it may be present without a present member; nothing here. Returns
+    // 0.
     virtual int set_empty_permitted(int permitted);
     // check_encode_flags answers 1 when the caches of the tree are consistent; its first form also demands that this
     // one's validity is `valid`.
@@ -146,6 +157,7 @@ public:
     // members.
     virtual int display_state_flags(zr_buffer_t& output, int indent) const;
 
+    // All of these: the object that encloses this one, or null; class and tag (X.690 8.1.2); the mode; the type's name.
     void set_parent(zr_asn_object* parent) { parent_ = parent; }
     zr_asn_object* get_parent() const { return parent_; }
     int get_class() const { return class_; }
@@ -158,6 +170,7 @@ public:
     // write_length appends the length of the cached contents (X.690 8.1.3); 275063195 when they are stale.
     int write_length(zr_buffer_t& output) const;
 
+    // Both: what asnread calls before it reads, and when it has; null for nothing.
     void set_preread(zr_asn_preread_hook hook) { preread_ = hook; }
     void set_postread(zr_asn_postread_hook hook) { postread_ = hook; }
 
@@ -170,12 +183,14 @@ protected:
         tag_ = tag;
         set_type_name(type_name);
     }
+    // set_type_name cuts to 16 characters.
     void set_type_name(const char* type_name) {
         constexpr size_t most = sizeof type_name_ - 1;
         const size_t length = std::strlen(type_name);
         std::memset(type_name_, 0, sizeof type_name_);
         std::memcpy(type_name_, type_name, length < most ? length : most);
     }
+    // permit_forms says which forms input may have, 1 or 0 each.
     void permit_forms(int primitive, int constructed, int indefinite);
 
     // Whether nothing encloses this object, or what does is present by its own flag.
@@ -201,8 +216,8 @@ protected:
     zr_asn_postread_hook postread_ = nullptr;
     char type_name_[17] = "OBJECT";
 
-    // Tell every container around this object of its change: it may have become invalid, or it has become present. They
-    // keep what they know of their other members until they look again (zr_asn_composite::check_valid).
+    // Both tell every container around this object of its change: it may have become invalid, or it has become present.
+    // They keep what they know of their other members until they look again (zr_asn_composite::check_valid).
     void note_loss();
     void note_gain();
 

@@ -19,10 +19,12 @@ public:
     ~zr_asn_octetstring() override;
     void set_secure(security_t secure) override;
 
+    // set_value takes a copy of `len` octets.
     int set_value(const unsigned char* data, unsigned int len);
     // get_value points at the contents, which the object owns; after decoding a zero octet follows them. 275063200 when
     // absent without a default.
     int get_value(unsigned char*& data, unsigned int& len) const;
+    // set_default_value makes a copy of such octets the DEFAULT.
     int set_default_value(const unsigned char* data, unsigned int len);
 
 protected:

@@ -3,6 +3,7 @@
 
 #include "asn1/asnbase/object.h"
 
+// zr_asn_primitive is what all leaves have in common.
 class ZR_API zr_asn_primitive : public zr_asn_object {
 public:
     explicit zr_asn_primitive(security_t secure) : zr_asn_object(secure) {}
@@ -34,6 +35,7 @@ public:
     // not fit. The octet form points at the contents, which the object owns.
     int get_value(long& value) const;
     int get_value(unsigned char*& octets, unsigned int& len) const;
+    // set_default_value makes such a value the DEFAULT.
     int set_default_value(long value);
     // A literal 0 is a number too, not a null pointer.
     int set_default_value(int value) { return set_default_value(static_cast<long>(value)); }
@@ -64,9 +66,11 @@ public:
     int set_default_value(zr_asn_object* value) override;
     ~zr_asn_boolean() override;
 
+    // set_value takes 0 for false, anything else for true.
     int set_value(int value);
     // 275063200 when absent without a default.
     int get_value(int& value) const;
+    // set_default_value makes such a value the DEFAULT.
     int set_default_value(int value);
 
 private:

@@ -24,7 +24,7 @@ public:
     int set_tag(unsigned int tag) override;
     int is_polymorphic() const override;
 
-    // Whether a text in the code set can be held, and whether it is chosen of its own accord: 1 or 0.
+    // Both: whether a text in the code set can be held, and whether it is chosen of its own accord: 1 or 0.
     virtual int check_accepted_codeset(unsigned int codeset) const;
     virtual int check_preferred_codeset(unsigned int codeset) const;
     // set_codeset names the code set of the text, which is not converted.
@@ -53,13 +53,16 @@ public:
     // 16-bit units up to a zero unit, stored in host order.
     virtual int set_value_BMP(unsigned short* text);
     virtual int set_value_BMP(zr_r_buffer_t& text);
+    // 32-bit units.
     virtual int get_value_Univ(zr_buffer_t& out) const;
-    // Stores an empty text whatever the array holds: kept so.
+    // The first of both stores an empty text whatever the array holds: kept so.
     virtual int set_value_Univ(unsigned int* text);
     virtual int set_value_Univ(zr_r_buffer_t& text);
+    // These take and give UTF-8 like the forms above.
     virtual int get_value_UTF8(zr_buffer_t& out) const;
     virtual int set_value_UTF8(char* text);
     virtual int set_value_UTF8(zr_r_buffer_t& text);
+    // The code set of the text.
     virtual unsigned int get_codeset() const;
 
     // set_value_uninterpreted replaces the text and leaves the code set.
@@ -91,12 +94,12 @@ protected:
 
     // A text and its code set.
     struct text_source {
-        zr_r_buffer_t text;
-        unsigned int codeset;
+        zr_r_buffer_t text;    // where it begins
+        unsigned int codeset;  // what its octets mean
     };
     // The text that is read: this object's, or its default's.
     int find_text(text_source& source) const;
-    // convert2X for the code set X.
+    // Both forms of convert2X for the code set X.
     int convert_in_place(unsigned int target);
     int convert_to(unsigned int target, zr_buffer_t& out) const;
 

@@ -22,6 +22,7 @@ using zr_character_table = std::array<int32_t, 256>;
 
 // 1 for the characters of the repertoire, 0 for all others.
 ZR_API extern const zr_character_table printableStringCharacterIA5_table;
+// The same for visible characters.
 ZR_API extern const zr_character_table visibleStringCharacterIA5_table;
 
 // From the character set of C strings to IA5: indexed by the octet as a signed char plus 128; -1 for what IA5 has not.

@@ -3,7 +3,7 @@
 
 #include "asn1/asnstrng/charstring.h"
 
-// Each of these holds texts in the one code set that it is named after.
+// Each of these holds texts in the one code set that it is named after. This one: IA5String, ASCII.
 class ZR_API zr_asn_ia5String : public zr_asn_charstring {
 public:
     explicit zr_asn_ia5String(security_t secure);
@@ -12,6 +12,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// PrintableString.
 class ZR_API zr_asn_printableString : public zr_asn_charstring {
 public:
     explicit zr_asn_printableString(security_t secure);
@@ -20,6 +21,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// VisibleString.
 class ZR_API zr_asn_visibleString : public zr_asn_charstring {
 public:
     explicit zr_asn_visibleString(security_t secure);
@@ -28,6 +30,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// TeletexString, in T.61.
 class ZR_API zr_asn_teletexString : public zr_asn_charstring {
 public:
     explicit zr_asn_teletexString(security_t secure);
@@ -36,6 +39,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// BMPString: two octets a character.
 class ZR_API zr_asn_bmpString : public zr_asn_charstring {
 public:
     explicit zr_asn_bmpString(security_t secure);
@@ -44,6 +48,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// UniversalString: four octets a character.
 class ZR_API zr_asn_universalString : public zr_asn_charstring {
 public:
     explicit zr_asn_universalString(security_t secure);
@@ -52,6 +57,7 @@ public:
     int is_polymorphic() const override { return 0; }
 };
 
+// UTF8String.
 class ZR_API zr_asn_UTF8String : public zr_asn_charstring {
 public:
     explicit zr_asn_UTF8String(security_t secure);

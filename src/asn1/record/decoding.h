@@ -19,12 +19,14 @@ enum class decode_limit : uint8_t {
     depth,     // records that enclose each other
 };
 
+// The most that a decode may take. What passes one of them ends with 275062885.
 struct decode_limits {
-    size_t octets = UINT32_MAX;
-    size_t heap = SIZE_MAX;
-    size_t elements = SIZE_MAX;
-    size_t depth = SIZE_MAX;
+    size_t octets = UINT32_MAX;  // of the envelope
+    size_t heap = SIZE_MAX;      // octets in blocks
+    size_t elements = SIZE_MAX;  // of all lists together
+    size_t depth = SIZE_MAX;     // records that enclose each other
 
+    // The number that a limit is.
     size_t most(decode_limit limit) const {
         switch (limit) {
             case decode_limit::octets:
@@ -42,6 +44,7 @@ struct decode_limits {
     }
 };
 
+// What a decode is asked for.
 struct decode_options {
     // Refuses all that the library would not write: octets behind the record, other forms of lengths and values, texts
     // with a zero octet or not in UTF-8, integers beyond their member. What is accepted, an encode gives back octet for
@@ -50,7 +53,7 @@ struct decode_options {
     // Gives texts in the thread's local code set, as the entry points whose names end in LCS do.
     bool local_texts = false;
     int version = envelope_version;  // of the envelope; the low eight bits count
-    decode_limits limits;
+    decode_limits limits;            // none is set
 };
 
 // What a decode tells besides the structure. Offsets count from the envelope's first octet. Where the status is 0 only

@@ -34,10 +34,11 @@ struct record_type;
 template <class S>
 struct record;
 
+// A member of the structure S that has the type T: what ZR_M gives a builder.
 template <class S, class T>
 struct member {
-    const char* name;
-    size_t offset;
+    const char* name;  // as in C
+    size_t offset;     // in the structure
 };
 
 // What one value is.
@@ -114,10 +115,11 @@ constexpr bool has_member(value_kind value) { return value != value_kind::versio
 
 // A C integer type at run time.
 struct integer_type {
-    uint8_t octets;
-    bool is_signed;
+    uint8_t octets;  // 1, 2 or 4
+    bool is_signed;  // whether it has negative numbers
 };
 
+// The same of a C type.
 template <class T>
 constexpr integer_type integer_type_of() {
     static_assert(std::is_integral_v<T> && !std::is_same_v<T, bool> && sizeof(T) <= 4, "an integer of at most 32 bits");
@@ -139,11 +141,11 @@ struct field {
     uint32_t count_offset;                         // of the counting member
     uint32_t size;                                 // fixed_octets: octets; slots: their number; else 0
     uint32_t place_octets;                         // from one value of a list or of slots to the next
-    value_kind value;
-    holding held;
-    integer_type integer;  // of the values of the kind integer; of a version 32 bits
-    integer_type count;    // of the counting member
-    bool secret;           // the value is a password or the like
+    value_kind value;                              // what one value is
+    holding held;                                  // how the structure holds the values
+    integer_type integer;                          // of the values of the kind integer; of a version 32 bits
+    integer_type count;                            // of the counting member
+    bool secret;                                   // the value is a password or the like
 };
 
 // One field at compile time: T is the C type of one value, C the counting member's. Size is what field::size tells.
@@ -163,8 +165,8 @@ struct typed_field {
     bool secret = false;
 };
 
-// The builders. A member that a builder does not take stops the compiler with one message: it then goes on with a field
-// that fits any member, which is never used.
+// The builders: each of these. A member that a builder does not take stops the compiler with one message: it then goes
+// on with a field that fits any member, which is never used.
 template <class T>
 constexpr bool is_refused = false;
 template <class S, class T>
@@ -182,9 +184,11 @@ template <class R, class = void>
 struct is_described : std::false_type {};
 template <class R>
 struct is_described<R, std::void_t<decltype(sizeof(record<R>))>> : std::true_type {};
+// The same as one word.
 template <class S, class R>
 constexpr bool may_hold = std::disjunction_v<std::is_same<S, R>, is_described<R>>;
 
+// An integer of at most 32 bits: INTEGER.
 template <class S, class T>
 constexpr auto integer(member<S, T> value) {
     if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool> && sizeof(T) <= 4) {
@@ -197,20 +201,24 @@ constexpr auto integer(member<S, T> value) {
 
 // The INTEGER 1 that no member carries. It may be 1 or anything else when it is read.
 struct no_member {};
+// That field.
 constexpr auto version() { return typed_field<value_kind::version, holding::one, no_member>{"version", 0}; }
 
+// A char*: UTF8String.
 template <class S, class T>
 constexpr auto text(member<S, T> value) {
     static_assert(std::is_same_v<T, char*>, "zr::text takes a char*");
     return typed_field<value_kind::text, holding::one, char*>{value.name, value.offset};
 }
 
+// A char*: OCTET STRING with the text's zero octet.
 template <class S, class T>
 constexpr auto stored_text(member<S, T> value) {
     static_assert(std::is_same_v<T, char*>, "zr::stored_text takes a char*");
     return typed_field<value_kind::stored_text, holding::one, char*>{value.name, value.offset};
 }
 
+// A uint32_t and an unsigned char*: OCTET STRING.
 template <class S, class C, class T>
 constexpr auto octets(member<S, C> length, member<S, T> data) {
     static_assert(std::is_same_v<C, uint32_t> && std::is_same_v<T, unsigned char*>,
@@ -219,6 +227,7 @@ constexpr auto octets(member<S, C> length, member<S, T> data) {
                                                                                    length.offset};
 }
 
+// The same, left out when there are none.
 template <class S, class C, class T>
 constexpr auto optional_octets(member<S, C> length, member<S, T> data) {
     static_assert(std::is_same_v<C, uint32_t> && std::is_same_v<T, unsigned char*>,
@@ -227,6 +236,7 @@ constexpr auto optional_octets(member<S, C> length, member<S, T> data) {
                                                                                         length.name, length.offset};
 }
 
+// An array of uint8_t: OCTET STRING.
 template <class S, class T>
 constexpr auto fixed_octets(member<S, T> value) {
     if constexpr (std::is_array_v<T> && std::is_same_v<std::remove_extent_t<T>, uint8_t>) {
@@ -237,6 +247,7 @@ constexpr auto fixed_octets(member<S, T> value) {
     }
 }
 
+// A structure that is described before: SEQUENCE.
 template <class S, class R>
 constexpr auto nested(member<S, R> value) {
     if constexpr (is_described<R>::value) {
@@ -247,6 +258,7 @@ constexpr auto nested(member<S, R> value) {
     }
 }
 
+// A pointer to one, null when there is none: SEQUENCE OPTIONAL.
 template <class S, class T>
 constexpr auto optional_nested(member<S, T> value) {
     using R = std::remove_pointer_t<T>;
@@ -265,6 +277,7 @@ constexpr value_kind element_value() {
     return std::is_same_v<E, char*> ? value_kind::text : value_kind::record;
 }
 
+// A count and an array of records, of pointers to them, of texts or of 32-bit integers: SEQUENCE OF.
 template <class S, class C, class T>
 constexpr auto list(member<S, C> count, member<S, T> elements) {
     using E = std::remove_pointer_t<T>;
@@ -288,6 +301,7 @@ constexpr auto list(member<S, C> count, member<S, T> elements) {
     }
 }
 
+// An array of pointers to records, null for an empty slot: SEQUENCE OF CHOICE {NULL, record}.
 template <class S, class T>
 constexpr auto slots(member<S, T> value) {
     using R = std::remove_pointer_t<std::remove_extent_t<T>>;
@@ -299,7 +313,7 @@ constexpr auto slots(member<S, T> value) {
     }
 }
 
-// What stands in a list of fields has come from a builder.
+// Both: what stands in a list of fields has come from a builder.
 template <value_kind Value, holding Held, class T, class C, uint32_t Size>
 constexpr auto checked(typed_field<Value, Held, T, C, Size> field) {
     return field;

@@ -87,7 +87,7 @@ template <class S>
     return zr::record<S>::type.decode_lcs(in, &out);
 }
 
-// Where no entry point fits, the compiler comes here instead of naming those of all records.
+// Where no entry point fits, the compiler comes to one of these instead of naming those of all records.
 template <class Call = void>
 [[nodiscard]] int zrAsnEncodeObj(...) {
     static_assert(zr::is_refused<Call>, "zrAsnEncodeObj takes a buffer and a record; is its header included?");

@@ -14,15 +14,16 @@ class packed_blocks;
 struct decode_options;
 struct decode_report;
 
+// One record of the registry.
 struct record_type {
-    const char* name;     // of the structure, such as "attrlist_s_t"
-    const char* binding;  // of the binding class, such as "asn_attrlist_t"
-    const char* module;   // of the schema module, such as "attrlist_asn"
-    const field* fields;
-    uint32_t field_count;
+    const char* name;           // of the structure, such as "attrlist_s_t"
+    const char* binding;        // of the binding class, such as "asn_attrlist_t"
+    const char* module;         // of the schema module, such as "attrlist_asn"
+    const field* fields;        // in the order of their encodings
+    uint32_t field_count;       // at least one
     uint32_t size;              // of the structure in octets
     object_maker make_binding;  // makes an object of the binding class
-    const record_codec* codec;
+    const record_codec* codec;  // not for callers
 
     const field* begin() const { return fields; }
     const field* end() const { return fields + field_count; }
@@ -44,7 +45,9 @@ struct record_type {
     // gone; after a failure `out` is zero.
     [[nodiscard]] ZR_API int decode_packed(const void* octets, size_t length, void* out, packed_blocks& blocks,
                                            const decode_options& options, decode_report& report) const;
+    // decode_lcs is the form for the local code set.
     [[nodiscard]] ZR_API int decode_lcs(const zr_asn_buffer_t& in, void* out) const;
+    // What zrAsnFreeObj does.
     ZR_API void free(void* structure) const;
 
     // examine reads `length` octets, an encoding without its envelope, as decode does and gives away what it reads.

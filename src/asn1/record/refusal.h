@@ -15,6 +15,7 @@ enum class expectation : uint8_t {
     canonical_form,   // the octets that an encode writes for this value
 };
 
+// Where a decode stopped and why.
 struct refusal {
     int status = 0;               // what the entry points answer
     uint32_t offset = 0;          // of the first octet that does not fit
