@@ -17,6 +17,7 @@
 
 namespace zr {
 
+// Whether the attribute has the name; a null one is empty.
 inline bool has_name(const attr_s_t& attr, std::string_view name) noexcept {
     return name == (attr.name != nullptr ? attr.name : "");
 }

@@ -145,6 +145,7 @@ void clear(S& structure, M S::*member) noexcept {
 template <class T, class Place>
 class element_range {
 public:
+    // Goes over the values in their order.
     class iterator {
     public:
         using iterator_category = std::forward_iterator_tag;
@@ -154,7 +155,9 @@ public:
         using pointer = void;
 
         iterator() = default;
+        // At the first value that is there from `at` on.
         iterator(Place* at, Place* end) noexcept : at_(at), end_(end) { pass_over(); }
+        // The value.
         T operator*() const noexcept {
             if constexpr (std::is_same_v<T, std::string_view>) {
                 return *at_ != nullptr ? T(*at_) : T();
@@ -187,9 +190,11 @@ public:
         Place* end_ = nullptr;
     };
 
+    // Of `count` places.
     element_range(Place* first, size_t count) noexcept : first_(first), end_(count != 0 ? first + count : first) {}
     iterator begin() const noexcept { return {first_, end_}; }
     iterator end() const noexcept { return {end_, end_}; }
+    // Whether there is no value.
     bool empty() const noexcept { return begin() == end(); }
 
 private:

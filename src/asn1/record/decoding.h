@@ -68,6 +68,7 @@ struct decode_report : refusal {
     const char* name() const { return status_name(status); }
     // Why, as a key that never changes: docs/api.md lists those that say more than the key of the status.
     ZR_API const char* reason() const;
+    // As at the start.
     void clear() {
         refusal::clear();
         consumed = missing = 0;

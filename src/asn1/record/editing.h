@@ -24,6 +24,7 @@ struct new_value {
     bool handed_over;  // the blocks of the structure go into the place, if the call succeeds; else they are copied
 };
 
+// An index: where a list ends.
 constexpr size_t behind_the_last = SIZE_MAX;
 
 // Replaces the value of a member, or of an element or slot of it. What lies in the structure itself may be put in too.

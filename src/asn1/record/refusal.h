@@ -29,6 +29,7 @@ struct refusal {
 
     // Nothing is found. Only the first octet of the path is written: it is long beside what else a small decode does.
     refusal() { path[0] = '\0'; }
+    // Finds nothing any more.
     void clear() {
         status = 0;
         offset = left = 0;
