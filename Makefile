@@ -5,8 +5,9 @@
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
 #   make exhaustive  all bodies of up to three octets and all trees of up to six elements, for every record
 #   make corpora  put every file of CORPORA=DIR through every decoder and verb
-#   make sanitize all records on eight threads, and every fuzz target's seeds, under the sanitizers for threads and memory;
-#                 the tests under valgrind
+#   make sanitize all records on eight threads, ROUNDS times, and every fuzz target's seeds, under the sanitizers for threads
+#                 and for memory that was never written
+#   make valgrind the tests under valgrind
 #   make analyze  clang's analyzer and cppcheck over the library
 #   make coverage lines and branches of the library that the tests reach
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
@@ -37,7 +38,7 @@ packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
 packages_msan := $(packages_tsan)
 packages_coverage := $(packages_demo) $(tests_need) gcovr
-packages_sanitize := valgrind
+packages_valgrind := valgrind
 packages_analyze := clang-tidy cppcheck
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl locales
@@ -49,8 +50,8 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz exhaustive corpora sanitize analyze coverage bench bench-build counts docs wire-lock tidy format \
-    $(deps)
+.PHONY: demo test fuzz exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock tidy \
+    format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -82,14 +83,16 @@ else
 	@fuzz/corpora.sh build/asan $(CORPORA)
 endif
 
-replayed := codesets framing raw_readers records tree
-sanitize: deps-sanitize build/tsan/build.ninja build/msan/build.ninja build/release/build.ninja
+replayed := codesets framing objects raw_readers records structures tree type_codes
+sanitize: build/tsan/build.ninja build/msan/build.ninja
 	@cmake --build build/tsan -j $(JOBS) --target many_threads
 	@build/tsan/tests/many_threads 8 $(ROUNDS)
 	@cmake --build build/msan -j $(JOBS) --target many_threads $(replayed:%=%_fuzz)
 	@build/msan/tests/many_threads 1 $(ROUNDS)
 	@for name in $(replayed); do seeds=fuzz/seeds/$${name}_fuzz; [ -d $$seeds ] || seeds=fuzz/seeds/records_fuzz; \
 	    build/msan/fuzz/$${name}_fuzz $$seeds 2> /dev/null || exit 1; done
+
+valgrind: deps-valgrind build/release/build.ninja
 	@cmake --build build/release -j $(JOBS) --target zrasn_tests
 	@valgrind -q --error-exitcode=1 --leak-check=full build/release/tests/zrasn_tests --gtest_brief=1 \
 	    --gtest_filter='-bounds.*:hostile.*:*depth*:*deep*:*linear*'

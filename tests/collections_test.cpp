@@ -203,7 +203,7 @@ TEST(sequenceof, exhausted_memory) {
         zr_asn_sequenceof<both> list(zr_normal);
         input cursor(octets);
         std::string what;
-        const bool failed = failing([&] { what = thrown([&] { EXPECT_EQ(list.asnread(cursor), 0); }); });
+        const bool failed = 0 != failing([&] { what = thrown([&] { EXPECT_EQ(list.asnread(cursor), 0); }); });
         EXPECT_EQ(what.rfind("memory 275062885: Out of memory", 0), failed ? 0 : std::string::npos) << what;
         if (what.find("asn_sequenceof") != std::string::npos) {
             EXPECT_EQ(what, "memory 275062885: Out of memory in asn_sequenceof:decode_value in src/asn1/asnbase.h");

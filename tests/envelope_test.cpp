@@ -34,7 +34,7 @@ TEST(envelope, saving) {
     const size_t failures = fail_each_allocation([&](auto&& failing) {
         zr_asn_octetstring text(zr_normal);
         std::string what;
-        const bool failed = failing([&] {
+        const bool failed = 0 != failing([&] {
             what = thrown([&] {
                 text.set_value(many.data(), 2000);
                 EXPECT_EQ(zr_asnbase::saveEncoding(text, 2, out), 0);

@@ -151,7 +151,7 @@ TEST(local_code_set, memory_runs_out) {
             unsigned char* out = nullptr;
             int status = 0;
             std::string what;
-            const bool failed = failing([&] {
+            const bool failed = 0 != failing([&] {
                 what = thrown([&] { status = setting ? object.set_value(text.data()) : object.get_value(out); });
             });
             if (what != "nothing") status = what.rfind("memory 275062885: ", 0) == 0 ? zr_err_out_of_memory : -1;

@@ -182,7 +182,7 @@ TEST(primitive, exhausted_memory_is_an_exception_and_loses_nothing_else) {
         zr_asn_octetstring object(zr_secure);
         zr_asn_integer number(zr_normal);
         std::string what;
-        const bool failed = failing([&] {
+        const bool failed = 0 != failing([&] {
             what = thrown([&] {
                 EXPECT_EQ(object.asnread(cursor), 0);
                 number.set_default_value(5L);

@@ -49,8 +49,10 @@ struct allocation_hooks {
 
     static bool fails() {
         allocations* a = active();
-        if (a == nullptr || a->fail_in_ == 0 || --a->fail_in_ != 0) return false;
-        a->failed_ = true;
+        if (a == nullptr || a->fail_in_ == 0) return false;
+        if (--a->fail_in_ != 0) return false;
+        if (a->for_ever_) a->fail_in_ = 1;  // the next one too
+        ++a->failed_;
         return true;
     }
 

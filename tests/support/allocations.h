@@ -30,14 +30,15 @@ public:
     // peak is the most octets that the counted blocks had at once, as they were asked for; both of a block that moves.
     size_t peak() const { return peak_; }
 
-    // fail_allocation makes the n-th request from now (1 is the next) fail once: malloc, calloc, realloc and the
-    // nothrow operators give null, the others throw std::bad_alloc. 0 calls it off.
-    void fail_allocation(size_t n) {
+    // fail_allocation makes the n-th request from now (1 is the next) fail, and all behind it when `for_ever`: malloc,
+    // calloc, realloc and the nothrow operators give null, the others throw std::bad_alloc. 0 calls it off.
+    void fail_allocation(size_t n, bool for_ever = false) {
         fail_in_ = n;
-        failed_ = false;
+        for_ever_ = for_ever;
+        failed_ = 0;
     }
-    // failed tells whether the failure asked for last has happened: the end of a loop over n is the first n without it.
-    bool failed() const { return failed_; }
+    // failed tells how many requests have failed since: the end of a loop over n is the first n with none.
+    size_t failed() const { return failed_; }
 
     // on_release names a function that is shown each block just before it is freed or handed to realloc, whether it was
     // made while watching or not: `size` is the size asked for where that is known, otherwise what the C library says
@@ -73,7 +74,8 @@ private:
     size_t held_ = 0;  // octets
     size_t peak_ = 0;
     size_t fail_in_ = 0;
-    bool failed_ = false;
+    size_t failed_ = 0;
+    bool for_ever_ = false;
     bool busy_ = false;  // inside the inspector
     inspector inspect_ = nullptr;
     void* context_ = nullptr;

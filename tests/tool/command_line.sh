@@ -34,6 +34,37 @@ id='6ba7b810-9dad-11d1-80b4-00c04fd430c8'
 hex=0402acdc301f02046ba7b8100203009dad020211d102020080020200b4040600c04fd430c8
 : > in
 
+# Secrets are shown nowhere, in no form, unless they are asked for: not in JSON, not in a tree, not in a refusal.
+password=azn_util_password_in_s_t
+# hidden CODE ERR INPUT ARGUMENT...: what is printed lacks the secret.
+hidden() {
+    local code=$1 err=$2
+    printf '%s' "$3" > in
+    shift 3
+    "$program" "$@" < in > out 2> err
+    [ $? -eq "$code" ] || fail "zrasn $*: not exit code $code"
+    grep -q 'sesame\|73 \?65 \?73' out err && fail "zrasn $* shows a secret: $(cat out err)"
+    grep -qF -- "$err" out err || fail "zrasn $*: lacks \"$err\": $(cat out err)"
+}
+pair=0402acdc300e0c0475736572
+whole=${pair}0c06736573616d65
+hidden 0 '"str_b": "***"' $whole decode $password
+hidden 0 '"str_b":"***"' "$whole" decode $password --lines
+hidden 0 'str_b UTF8String ***' $whole dump --record $password
+hidden 0 'OCTET STRING ***' 0402acdc30120c04757365722c0a040373657304036d6173 dump --record $password
+hidden 1 'zr_err_no_match' ${pair}0406736573616d65 decode $password
+hidden 1 'zr_err_no_match' ${pair}0406736573616d65 check --record $password
+hidden 1 'not str_b' ${pair}0406736573616d65 dump --record $password
+hidden 1 'not JSON' '{"str_a": "a", "str_b": sesame}' encode $password
+hidden 1 'not JSON' '{"str_a": "a", "str_b": "sesame' encode $password
+hidden 1 'zero character' '{"str_a": "a", "str_b": "sesame\u0000"}' encode $password
+hidden 1 'found something else' '{"str_a": "a", "str_b": {"hex": "sesame"}}' encode $password
+hidden 1 'a secret that was not shown' '{"str_a": "***", "str_b": "***"}' encode $password
+printf '%s' $whole > in
+check 0 '"str_b": "sesame"' '' decode $password --show-secrets
+check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
+: > in
+
 # The command line.
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version

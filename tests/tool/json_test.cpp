@@ -24,7 +24,7 @@ std::string written(const zr::record_type& type, const void* contents, json_layo
     const int file = memfd_create("json", 0);
     const std::string path = "/proc/self/fd/" + std::to_string(file);
     zr::tool::output out(path);
-    zr::tool::write_json(out, type, contents, layout);
+    zr::tool::write_json(out, type, contents, layout, zr::tool::secret_values::shown);
     out.close();
     std::stringstream text;
     text << std::ifstream(path).rdbuf();

@@ -263,7 +263,7 @@ for path in sorted(Path(directory).glob("*.txt")):
 for name, octets in cases.items():
     assert octets, f"{name} has no vector"
     lines = "".join("0402acdc" + each.hex() + "\n" for each in octets)
-    run = subprocess.run([program, "decode", name, "--lines", "--from", "hex"], input=lines, capture_output=True, text=True)
+    run = subprocess.run([program, "decode", name, "--lines", "--show-secrets", "--from", "hex"], input=lines, capture_output=True, text=True)
     for each, line in zip(octets, run.stdout.splitlines(), strict=True):
         theirs, ours = json.loads(line), answer(name, b"\4\2\xac\xdc" + each)
         if isinstance(theirs, dict) and "error" in theirs:

@@ -220,7 +220,7 @@ public:
                 between = ", ";
             });
             out_.write("],\n   \"value\": ");
-            write_json(out_, type_, record.get(), json_layout::one_line);
+            write_json(out_, type_, record.get(), json_layout::one_line, secret_values::shown);
         }
         out_.put('}');
     }

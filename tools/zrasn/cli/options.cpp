@@ -62,6 +62,8 @@ const std::vector<option_row>& options() {
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
          on_encode | on_decode | on_roundtrip, &settings::lines, nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},
+        {"--show-secrets", nullptr, nullptr, nullptr, "show the values of members marked secret, not \"***\"",
+         on_decode | on_dump | on_check, &settings::show_secrets, nullptr},
         {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output", on_encode | on_decode,
          nullptr, &settings::output},
         {"--color", nullptr, "WHEN", "auto|always|never",

@@ -22,6 +22,7 @@ struct settings {
     bool base64 = false;
     bool lines = false;
     bool compact = false;
+    bool show_secrets = false;
 };
 
 // What may be said on the command line without a name of its own.

@@ -47,6 +47,10 @@ unsigned version_named(const std::string& digits) {
     return version;
 }
 
+secret_values secrets_of(const settings& given) {
+    return given.show_secrets ? secret_values::shown : secret_values::hidden;
+}
+
 }  // namespace
 
 int records_verb(const settings& given) {
@@ -85,16 +89,17 @@ int encode_verb(const settings& given) {
 int decode_verb(const settings& given) {
     if (given.lines && given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
     return run_decode({record_named(given.record), given.file, given.output, form_named(given.from), given.lines,
-                       given.compact, version_named(given.version_byte), color_named(given.color)});
+                       given.compact, version_named(given.version_byte), color_named(given.color), secrets_of(given)});
 }
 
 int dump_verb(const settings& given) {
-    return run_dump({record_named(given.record), given.file, form_named(given.from), color_named(given.color)});
+    return run_dump(
+        {record_named(given.record), given.file, form_named(given.from), color_named(given.color), secrets_of(given)});
 }
 
 int check_verb(const settings& given) {
     return run_check({record_named(given.record), given.file, form_named(given.from), version_named(given.version_byte),
-                      color_named(given.color)});
+                      color_named(given.color), secrets_of(given)});
 }
 
 int roundtrip_verb(const settings& given) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/path.h"
+#include "base/secrets.h"
 #include "base/suggest.h"
 #include "base/text.h"
 #include "json/events.h"
@@ -248,6 +249,8 @@ bool read_json(std::string_view text, const record_type& type, void* structure, 
     if (!fault.message.empty()) {
         error.offset = fault.offset;
         error.message = fault.message;
+        // What the parser has read last may be a secret.
+        if (has_secrets(type)) error.message.resize(std::min(error.message.size(), error.message.find("; last read")));
     }
     error.path = builder.path();
     const std::string_view before = text.substr(0, error.offset);

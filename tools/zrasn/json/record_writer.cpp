@@ -5,6 +5,7 @@
 
 #include "base/members.h"
 #include "json/scalars.h"
+#include "json/string_writer.h"
 #include "json/uuid_text.h"
 
 namespace zr::tool {
@@ -13,8 +14,8 @@ namespace {
 
 class writer {
 public:
-    writer(output& out, json_layout layout)
-        : out_(out), spaced_(layout == json_layout::indented), deepest_(spaced_ ? 32 : 0) {}
+    writer(output& out, json_layout layout, secret_values secrets)
+        : out_(out), secrets_(secrets), spaced_(layout == json_layout::indented), deepest_(spaced_ ? 32 : 0) {}
 
     void write(const record_type& type, const void* structure) {
         write_record(&type, structure);
@@ -106,6 +107,7 @@ private:
 
     void write_value(const field& member, const void* structure, uint32_t index) {
         const void* value = value_at(member, structure, index);
+        if (member.secret && secrets_ == secret_values::hidden) return write_json_string(out_, not_shown);
         if (member.value == value_kind::record) return write_record(member.record, value);
         write_scalar(out_, member, structure, value, spaced_);
     }
@@ -135,6 +137,7 @@ private:
     }
 
     output& out_;
+    const secret_values secrets_;
     const bool spaced_;
     const size_t deepest_;  // level whose elements have lines of their own
     size_t depth_ = 0;
@@ -143,8 +146,8 @@ private:
 
 }  // namespace
 
-void write_json(output& out, const record_type& type, const void* contents, json_layout layout) {
-    writer(out, layout).write(type, contents);
+void write_json(output& out, const record_type& type, const void* contents, json_layout layout, secret_values secrets) {
+    writer(out, layout, secrets).write(type, contents);
 }
 
 }  // namespace zr::tool

@@ -3,6 +3,7 @@
 
 #include "asn1/record/registry.h"
 #include "base/output.h"
+#include "base/secrets.h"
 
 namespace zr::tool {
 
@@ -10,7 +11,8 @@ namespace zr::tool {
 // line in any case, so that the size stays linear.
 enum class json_layout { indented, one_line };
 
-// Works with a stack of its own, so that any depth will do.
-void write_json(output& out, const record_type& type, const void* contents, json_layout layout);
+// Works with a stack of its own, so that any depth will do. Members marked secret are not_shown in JSON unless
+// `secrets` says that they are shown.
+void write_json(output& out, const record_type& type, const void* contents, json_layout layout, secret_values secrets);
 
 }  // namespace zr::tool

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "base/hex.h"
+#include "base/secrets.h"
 #include "base/text.h"
 #include "json/string_writer.h"
 
@@ -57,6 +58,11 @@ unsigned char* add_octets(member_filler& to, uint32_t count) {
     return made;
 }
 
+// What a message says of the text that was found: nothing of a secret.
+std::string shown(const field& member, std::string_view text) {
+    return member.secret ? "something else" : in_quotes(text);
+}
+
 bool read_octets(std::string_view digits, member_filler& to, std::string& message) {
     const field& member = to.member();
     const size_t count = digits.size() / 2;
@@ -65,7 +71,7 @@ bool read_octets(std::string_view digits, member_filler& to, std::string& messag
     if ((!fixed || digits.size() == size_t{member.size} * 2) &&
         read_hex(digits, add_octets(to, static_cast<uint32_t>(count))))
         return true;
-    return refuse(message, in_quotes(digits), describe_scalar(member));
+    return refuse(message, shown(member, digits), describe_scalar(member));
 }
 
 template <class T>
@@ -119,6 +125,12 @@ std::string describe_scalar(const field& member) {
 }
 
 bool read_scalar(const json_event& event, member_filler& to, std::string& message) {
+    if (to.member().secret) {
+        if (event.kind == json_kind::string && event.text == not_shown)
+            return refuse(message, "\"***\", which stands for a secret that was not shown",
+                          "the secret (decode --show-secrets gives it), or {\"hex\": \"2a2a2a\"}");
+        if (event.kind != json_kind::string) return refuse(message, "something else", describe_scalar(to.member()));
+    }
     switch (to.member().value) {
         case value_kind::integer:
             if (event.kind != json_kind::number) break;
@@ -146,7 +158,7 @@ bool read_hex_form(const json_event& event, member_filler& to, std::string& mess
     if (event.kind != json_kind::string) return refuse(message, in_words(event), describe_hex_form());
     std::string text(event.text.size() / 2, 0);
     if (!read_hex(event.text, reinterpret_cast<unsigned char*>(text.data())))
-        return refuse(message, in_quotes(event.text), describe_hex_form());
+        return refuse(message, shown(to.member(), event.text), describe_hex_form());
     return read_text(text, to, message, "a zero octet");
 }
 

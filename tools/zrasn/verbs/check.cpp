@@ -24,7 +24,8 @@ int decode(const octets_input& in, const record_type& type, record_holder& recor
 }
 
 int refuse(const octets_input& in, const record_type& type, int status, const check_options& options) {
-    print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color);
+    print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color,
+                      options.secrets);
     return exit_refused;
 }
 
@@ -69,7 +70,8 @@ int refuse_all(const octets_input& in, const record_match& match, const check_op
 // The same of octets that no record matters for: their envelope is wrong, or they are no SEQUENCE.
 int refuse_any(const octets_input& in, const record_type& type, int status, const check_options& options) {
     std::fprintf(stderr, "%s: fits none of the records\n", in.label().c_str());
-    print_explanation(in, nullptr, explain(in.data(), in.size(), type, status, options.version), options.color);
+    print_explanation(in, nullptr, explain(in.data(), in.size(), type, status, options.version), options.color,
+                      options.secrets);
     return exit_refused;
 }
 

@@ -68,7 +68,7 @@ private:
             const explanation refused = explain(octets_.data(), count_, type_, status, options_.version);
             return refuse(refused.status, refused.reason, refused.offset, refused.path, refused.message);
         }
-        write_json(out_, type_, record.get(), json_layout::one_line);
+        write_json(out_, type_, record.get(), json_layout::one_line, options_.secrets);
         out_.put('\n');
         progress_.accepted();
         find_losses(octets_.data(), count_, envelope_header_size(octets_.data(), count_), type_, record.get(),
@@ -97,11 +97,13 @@ int run_decode(const decode_options& options) {
     record_holder record(type);
     const int status = decode_octets(type, in.data(), in.size(), record.get(), options.version);
     if (status != zr_ok) {
-        print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color);
+        print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color,
+                          options.secrets);
         return exit_refused;
     }
     output out(options.output);
-    write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented);
+    write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented,
+               options.secrets);
     out.put('\n');
     out.close();
     bool all_given = in.remark().empty();

@@ -29,8 +29,8 @@ constexpr size_t look_behind = size_t{4} << 20;
 
 class tree_writer {
 public:
-    tree_writer(const octets_input& in, const record_type* record, bool in_color)
-        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color) {
+    tree_writer(const octets_input& in, const record_type* record, bool in_color, secret_values secrets)
+        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color), secrets_(secrets) {
         for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
             ++offset_width_;
     }
@@ -93,7 +93,9 @@ private:
         start(item);
         label(place);
         type(item, place);
-        if (!item.opens() && item.length != 0) {
+        if (is_hidden(item, place)) {
+            if (!item.opens()) out_.write(" ***");
+        } else if (!item.opens() && item.length != 0) {
             out_.put(' ');
             const unsigned char* contents = in_.data() + item.offset + item.header;
             write_value(out_, item, contents);
@@ -108,6 +110,17 @@ private:
         } else if (const char* wrong = wrong_contents(item, in_.data() + item.offset + item.header)) {
             damage(item.depth + 1, item.offset, wrong);
         }
+    }
+
+    // A secret member, and the segments that it consists of. Where a record is not as it is to be, what is no member
+    // may be a secret too.
+    bool is_hidden(const ber_item& item, const record_place& place) {
+        if (secrets_ == secret_values::shown || record_ == nullptr) return false;
+        if (item.depth > hidden_depth_) return true;
+        const bool unknown = place.what != role::record && place.member == nullptr && has_secrets(*record_);
+        const bool hidden = unknown || (place.member != nullptr && place.member->secret);
+        hidden_depth_ = hidden ? item.depth : SIZE_MAX;
+        return hidden;
     }
 
     void too_long(const ber_item& item) {
@@ -290,6 +303,8 @@ private:
     const record_type* record_;
     output out_;
     bool in_color_;
+    secret_values secrets_;
+    size_t hidden_depth_ = SIZE_MAX;  // of the member that is hidden with what is in it
     size_t offset_width_ = 8;
     bool behind_ = false;  // the record has ended
     size_t problems_ = 0;
@@ -300,7 +315,7 @@ private:
 
 int run_dump(const dump_options& options) {
     const octets_input in = read_input(options.file, options.from, wanted_input::anything);
-    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO)).run();
+    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO), options.secrets).run();
     if (in.remark().empty()) return code;
     std::fprintf(stderr, "%s\n", in.remark().c_str());
     return exit_refused;

@@ -54,7 +54,7 @@ int refuse(const octets_input& in, const encode_options& options, const encoded_
     }
     std::fprintf(stderr, "%s:%zu:%zu: %s: %s\n", in.label().c_str(), result.error.line, result.error.column,
                  path.c_str(), result.error.message.c_str());
-    std::fputs(show_place(text, result.error.offset).c_str(), stderr);
+    if (!has_secrets(*options.record)) std::fputs(show_place(text, result.error.offset).c_str(), stderr);
     if (looks_like_octets(text))
         std::fprintf(stderr, "hint: this looks like an encoding: \"zrasn decode %s\" turns it into JSON\n",
                      options.record->name);

@@ -100,14 +100,16 @@ explanation explain(const unsigned char* data, size_t size, const record_type& t
     return result;
 }
 
-void print_explanation(const octets_input& in, const record_type* type, const explanation& refused, color_mode color) {
+void print_explanation(const octets_input& in, const record_type* type, const explanation& refused, color_mode color,
+                       secret_values secrets) {
     const bool in_color = use_color(color, STDERR_FILENO);
     std::string where = refused.path.empty() && type != nullptr ? type->name : refused.path;
     if (refused.status == zr_err_bad_envelope) where.clear();  // all records have the same
     std::fprintf(stderr, "%s:%llu: %s%s%s (%s, %d)\n", in.label().c_str(),
                  static_cast<unsigned long long>(refused.offset), where.c_str(), where.empty() ? "" : ": ",
                  refused.message.c_str(), status_name(refused.status), refused.status);
-    if (in.size() != 0) show_octets(in, refused.offset, in_color);
+    const bool shown = secrets == secret_values::shown || type == nullptr || !has_secrets(*type);
+    if (in.size() != 0 && shown) show_octets(in, refused.offset, in_color);
     const std::string meant = hint(in, type);
     if (!meant.empty()) std::fprintf(stderr, "hint: %s\n", meant.c_str());
 }

@@ -7,6 +7,7 @@
 
 #include "asn1/record/registry.h"
 #include "base/color.h"
+#include "base/secrets.h"
 #include "input/input.h"
 
 namespace zr::tool {
@@ -26,7 +27,8 @@ explanation explain(const unsigned char* data, size_t size, const record_type& t
 
 // "FILE:OFFSET: PATH: what was found, what was expected (name, number)", the octets around with a caret, and a hint
 // when the input looks like something else; all to standard error. The path of the record itself is its name. Without a
-// type no record is named.
-void print_explanation(const octets_input& in, const record_type* type, const explanation& refused, color_mode color);
+// type no record is named. The octets of a record with secrets are only shown when `secrets` are.
+void print_explanation(const octets_input& in, const record_type* type, const explanation& refused, color_mode color,
+                       secret_values secrets);
 
 }  // namespace zr::tool

@@ -98,7 +98,7 @@ void write_example(output& out, const record_type& type) {
     record_holder example(type);
     json_error error;
     if (!read_json(example_json(type), type, example.get(), error)) throw output_error{error.message};
-    write_json(out, type, example.get(), json_layout::indented);
+    write_json(out, type, example.get(), json_layout::indented, secret_values::shown);
     out.put('\n');
 }
 

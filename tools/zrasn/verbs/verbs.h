@@ -8,6 +8,7 @@
 #include "asn1/record/registry.h"
 #include "base/color.h"
 #include "base/exit_code.h"
+#include "base/secrets.h"
 #include "input/text_decoder.h"
 
 namespace zr::tool {
@@ -53,6 +54,7 @@ struct decode_options {
     bool compact = false;
     unsigned version = 2;
     color_mode color = color_mode::automatic;  // of messages on standard error
+    secret_values secrets = secret_values::hidden;
 };
 int run_decode(const decode_options& options);
 
@@ -62,6 +64,7 @@ struct dump_options {
     std::string file = "-";
     input_form from = input_form::automatic;
     color_mode color = color_mode::automatic;
+    secret_values secrets = secret_values::hidden;
 };
 int run_dump(const dump_options& options);
 
@@ -72,6 +75,7 @@ struct check_options {
     input_form from = input_form::automatic;
     unsigned version = 2;
     color_mode color = color_mode::automatic;
+    secret_values secrets = secret_values::hidden;
 };
 int run_check(const check_options& options);
 
