@@ -50,6 +50,8 @@ TEST(decode_call, reports) {
     } rows[] = {
         {"fits", head + list + first + second, true, 0, 0, "", -1, 43, 0, "ok"},
         {"octets behind it", head + list + first + second + "00", false, 0, 0, "", -1, 43, 0, "ok"},
+        {"of indefinite length", head + "30 80 " + "30 80 30 80 0c 00 2c 80 04 00 00 00 00 00 00 00 00 00" + "ff ff",
+         false, zr_err_no_match, 12, "attrs[0].values", 0x2C, 0, 0, "no_match"},
         {"octets behind it, strictly", head + list + first + second + "00", true, zr_err_trailing_data, 43, "", 0, 0, 0,
          "trailing_data"},
         {"nothing", "", false, zr_err_bad_envelope, 0, "", -1, 0, 6, "truncated"},

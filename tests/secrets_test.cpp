@@ -51,6 +51,7 @@ TEST(secrets, leave_no_trace) {
         };
         for (const unsigned char identifier : octets{0x0C, 0x2C}) {
             envelope whole(element(0x30, text(identifier) + text(identifier)));
+            envelope indefinite(octets{0x30, 0x80} + text(identifier) + text(identifier) + octets{0, 0});
             envelope cut(element(0x30, text(identifier) + octets{0x0C, 0x05}));
             SCOPED_TRACE(std::to_string(tail.size()) + " octets behind it, " + std::to_string(identifier));
             const auto body = [&] {
@@ -58,8 +59,8 @@ TEST(secrets, leave_no_trace) {
                 caught_stderr printed;
                 const secret_search search({secret});
                 azn_util_password_in_s_t out{};
-                for (envelope* in : {&whole, &cut}) {
-                    const int expected = in == &whole ? 0 : static_cast<int>(zr_err_data_ends_early);
+                for (envelope* in : {&whole, &indefinite, &cut}) {
+                    const int expected = in != &cut ? 0 : static_cast<int>(zr_err_data_ends_early);
                     const zr_asn_buffer_t buffer = in->buffer();
                     for (const bool local : {false, true}) {
                         EXPECT_EQ(local ? password.decode_lcs(buffer, &out) : password.decode(buffer, &out), expected);

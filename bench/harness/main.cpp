@@ -102,7 +102,7 @@ int run(int argc, char** argv) {
     if (argc == 2 && std::strncmp(argv[1], heap_flag, sizeof heap_flag - 1) == 0)
         return write_heap_use(cases, argv[1] + sizeof heap_flag - 1);
     if (!scaling) {
-        for (auto& more : {type_code_cases(), conversion_cases()})
+        for (auto& more : {type_code_cases(), other_form_cases(), conversion_cases()})
             cases.insert(cases.end(), more.begin(), more.end());
     }
     for (timed_case& timed : cases)

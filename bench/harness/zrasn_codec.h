@@ -1,5 +1,4 @@
-// The library as a codec: its plain entry points, the forms for the local code set, strict and packed decoding, and the
-// binding classes.
+// The library as a codec: its plain entry points, strict and packed decoding, and the binding classes.
 #pragma once
 
 #include "asn1/record/binding.h"
@@ -28,19 +27,6 @@ struct zrasn_codec {
 
     static block buffer_of(octets in) {
         return {static_cast<unsigned>(in.length), const_cast<unsigned char*>(in.data)};
-    }
-};
-
-// The process's locale is "C", which is ASCII like the texts that are measured.
-template <class Workload>
-struct local_codec : zrasn_codec<Workload> {
-    using typename zrasn_codec<Workload>::value;
-    using typename zrasn_codec<Workload>::block;
-
-    static bool encode(block& out, value& record) { return zrAsnEncodeObjLCS(out, record) == 0; }
-    static bool decode(octets in, value& record) {
-        block buffer = zrasn_codec<Workload>::buffer_of(in);
-        return zrAsnDecodeObjLCS(buffer, record) == 0;
     }
 };
 
@@ -105,7 +91,6 @@ private:
 template <class Workload>
 struct zrasn_peers {
     codec_peer<zrasn_codec<Workload>> plain{Workload::name, library};
-    codec_peer<local_codec<Workload>> local{Workload::name, "LCS forms"};
     codec_peer<binding_codec<Workload>> bound{Workload::name, "bindings"};
     codec_peer<strict_codec<Workload>> strict{Workload::name, "strict"};
     codec_peer<packed_codec<Workload, false>> packed{Workload::name, "zrasn, packed"};

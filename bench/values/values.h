@@ -1,4 +1,4 @@
-// What has no peers: values that are named by type codes, and texts between code sets.
+// What has no peers: values that are named by type codes, texts between code sets, octets in other forms.
 #pragma once
 
 #include <vector>
@@ -15,5 +15,11 @@ std::vector<timed_case> type_code_cases();
 // tenth character is é, the others are ASCII. Conversions from and to the local code set are left out, with a message,
 // when the locale that the build makes for them is not there.
 std::vector<timed_case> conversion_cases();
+
+// other_form_cases gives cases called "workload/way/encode" and ".../decode" of the six workloads: the forms for the
+// local code set, where it is UTF-8, where it is ISO 8859-1 and all texts are ASCII, and where every tenth character is
+// é, with "iconv" for one pass of the C library's converter over the same texts; and the plain decode of octets in
+// other forms.
+std::vector<timed_case> other_form_cases();
 
 }  // namespace bench

@@ -8,7 +8,9 @@
 //   leaf      a record, or a field, without lists, slots and optional records, in what it embeds neither
 //   flat      a record without blocks of its own
 //   run       leaf fields that stand next to each other and are written after one look at the room
-//   quick     reading the form that the library itself writes; anything else is left to the general reader
+//   quick     reading the form that the library itself writes, with single values in other forms; anything else is left
+//             to the general reader
+//   strict    quick, and taking nothing but what an encode gives back
 //   general   reading any form of BER that the object tree reads, with its statuses
 //   level     a record that has been entered and not left, in a record that nests; kept on a work list
 //   own list  the list of itself that makes a record nest; its last field
@@ -112,6 +114,18 @@ int decode_structure(const zr_asn_buffer_t& in, S& out) {
     return record<S>::type.decode(in, &out);
 }
 
+// With texts in the local code set. A record without texts is the same in every code set.
+template <class S>
+int encode_local_structure(zr_asn_buffer_t& out, const S& in) {
+    if constexpr (has_texts<S>()) return record<S>::type.encode_lcs(out, &in);
+    return encode_structure(out, in);
+}
+template <class S>
+int decode_local_structure(const zr_asn_buffer_t& in, S& out) {
+    if constexpr (has_texts<S>()) return record<S>::type.decode_lcs(in, &out);
+    return decode_structure(in, out);
+}
+
 // A list of records at run time.
 template <class... Structures>
 struct module_records {
@@ -139,16 +153,12 @@ constexpr record_module make_module(const char* name) {
 
 #define ZR_DEFINE_TYPE(structure) const zr::record_type zr::record<structure>::type = zr::make_record_type<structure>();
 
-#define ZR_DEFINE_RECORD(structure)                                                                   \
-    ZR_DEFINE_TYPE(structure)                                                                         \
-    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); } \
-    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) {                                      \
-        return zr::record<structure>::type.encode_lcs(out, &in);                                      \
-    }                                                                                                 \
-    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_structure(in, out); } \
-    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) {                                      \
-        return zr::record<structure>::type.decode_lcs(in, &out);                                      \
-    }                                                                                                 \
+#define ZR_DEFINE_RECORD(structure)                                                                            \
+    ZR_DEFINE_TYPE(structure)                                                                                  \
+    int zrAsnEncodeObj(zr_asn_buffer_t& out, structure& in) { return zr::encode_structure(out, in); }          \
+    int zrAsnEncodeObjLCS(zr_asn_buffer_t& out, structure& in) { return zr::encode_local_structure(out, in); } \
+    int zrAsnDecodeObj(zr_asn_buffer_t& in, structure& out) { return zr::decode_structure(in, out); }          \
+    int zrAsnDecodeObjLCS(zr_asn_buffer_t& in, structure& out) { return zr::decode_local_structure(in, out); } \
     void zrAsnFreeObj(structure& s) { zr::release_record(s); }
 
 // Applies a macro to each of up to 16 arguments.

@@ -101,7 +101,12 @@ bool definite_form::write(octet_position at, octet_position end, const char* fil
     open_sequence open{0, static_cast<uint32_t>(all), false};  // what is being read: first of all, all octets
     octet_position limit = end;
     for (;;) {
-        const auto left = static_cast<size_t>(limit - at);
+        auto left = static_cast<size_t>(limit - at);
+        // Most values are primitive and short.
+        while (left > 2 && at[0] != id_sequence && at[0] != 0 && at[1] <= left - 2 && at[1] < 0x80) {
+            left -= 2 + at[1];
+            at += 2 + at[1];
+        }
         if (open.indefinite ? left >= 2 && at[0] == 0 && at[1] == 0 : left == 0) {
             if (around.empty() || !append(at)) return false;
             unsigned char* const header = copy_ + open.header;

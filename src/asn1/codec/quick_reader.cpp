@@ -107,6 +107,10 @@ private:
 
 found_integer odd_integer(octet_position at, octet_position end) {
     // A length of more octets than needed is what is odd most often.
+    octet_position stop = nullptr;
+    const octet_position contents = quick_contents<other_forms::none>(at, end, id_integer, stop);
+    const auto count = static_cast<size_t>(stop - contents);
+    if (count - 1 < 4) return {stop, short_integer(stop, count).value()};
     const found_contents found = any_contents(at, end, id_integer);
     if (found.at != nullptr) {
         int32_t value = 0;

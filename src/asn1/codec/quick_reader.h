@@ -78,8 +78,20 @@ ZR_INLINE octet_position quick_sequence(octet_position at, octet_position end, o
     return quick_contents<others>(at, end, id_sequence, stop);
 }
 
-// Reads an INTEGER of one to four contents octets. It loads the four octets that end with the contents, whatever their
-// number: before the contents of a field there are always its own header and the record's, four octets at least.
+// An INTEGER of one to four contents octets, which end at `stop`. Four octets are loaded, whatever their number: before
+// the contents of a field there are always its own header and the record's, four octets at least.
+struct short_integer {
+    ZR_INLINE short_integer(octet_position stop, size_t count)
+        : unused(32 - 8 * static_cast<unsigned int>(count)),
+          bits(static_cast<int32_t>(load_big_endian(stop - 4) << unused)) {}
+    int32_t value() const { return bits >> unused; }
+    // Whether fewer octets would do: the first nine bits are alike (X.690 8.3.2).
+    bool is_padded() const { return unused != 24 && (bits >> 23 == 0 || bits >> 23 == -1); }
+
+    unsigned int unused;
+    int32_t bits;
+};
+
 template <class... Blocks>
 ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, int32_t& value) {
     const auto left = static_cast<size_t>(end - at);
@@ -91,11 +103,9 @@ ZR_INLINE octet_position quick_integer(octet_position at, octet_position end, in
     }
     const size_t count = at[1];
     at += 2 + count;
-    const unsigned int unused = 32 - 8 * static_cast<unsigned int>(count);
-    const auto bits = static_cast<int32_t>(load_big_endian(at - 4) << unused);
-    // Fewer octets would do where the first nine bits are alike (X.690 8.3.2).
-    if (is_strict<Blocks...> && count != 1 && (bits >> 23 == 0 || bits >> 23 == -1)) return nullptr;
-    value = bits >> unused;
+    const short_integer read(at, count);
+    if (is_strict<Blocks...> && read.is_padded()) return nullptr;
+    value = read.value();
     return at;
 }
 
