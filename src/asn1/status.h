@@ -73,6 +73,7 @@ constexpr const char asnbase_file[] = "src/asn1/asnbase";
 // Prints the exception's line to standard error and gives its code: what every boundary function does with one.
 ZR_API int report_exception(const zr_asn_exception& exception);
 
+#ifdef __cpp_exceptions
 // guarded runs `body`, a callable that returns a status; a zr_asn_exception is reported and its code returned. Any
 // other exception passes through.
 template <class Body>
@@ -83,5 +84,6 @@ int guarded(Body&& body) {
         return report_exception(exception);
     }
 }
+#endif
 
 }  // namespace zr
