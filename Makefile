@@ -6,12 +6,16 @@
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
+#   make packages make the Debian packages, in build/packages; packages-test installs, uses and removes them on a Debian that
+#                 has nothing (as root), and compares them with those of a second build
+#   make abi      compare the interface of the shared libraries with tests/abi; ABI=update writes that
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 BENCH_SECONDS ?= 0.3
 COUNTS ?= check
+ABI ?= check
 
 tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
@@ -28,12 +32,15 @@ packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c 
     libssl-dev libprotobuf-dev protobuf-compiler dumpasn1 openssl locales
 packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
+packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
+    libcli11-dev nlohmann-json3-dev
+packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz bench bench-build counts tidy format $(deps)
+.PHONY: demo test fuzz bench bench-build counts packages packages-test abi tidy format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -61,6 +68,18 @@ counts: deps-counts build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn_counts || exit 1; done
 	@bench/counts.py build/release build/x86 $(COUNTS)
 
+packages: deps-packages
+	@packaging/build.sh build/packages
+
+packages-test: packages
+	@packaging/build.sh build/packages-again "$$(mktemp -d)/a/longer/way"
+	@for file in build/packages/*.deb; do cmp "$$file" "build/packages-again/$${file##*/}" || exit 1; done
+	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh /root/files
+
+abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
+	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn || exit 1; done
+	@tests/abi/run.sh build/abi build/abi-x86 $(ABI)
+
 # The build with clang++ has the command lines that clang-tidy understands.
 tidy: deps-tidy build/asan/build.ninja
 	@run-clang-tidy -quiet -j $(JOBS) -p build/asan '^$(CURDIR)/(src|base_idls|tests|fuzz|tools|examples)/'
@@ -71,6 +90,6 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,demo $(tested) fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
+$(patsubst %,build/%/build.ninja,demo $(tested) fuzz bench bench-x86 abi abi-x86): build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@
