@@ -40,7 +40,7 @@ endforeach()
 foreach(header copy_packed encoding entry_points general_reader guess local_forms local_texts transcode unfinished walk)
     list(APPEND private asn1/codec/${header}.h)
 endforeach()
-list(TRANSFORM private REPLACE "(.+)" "PATTERN;${PROJECT_SOURCE_DIR}/src/\\1;EXCLUDE")
+list(TRANSFORM private REPLACE "(.+)" "PATTERN;\\1;EXCLUDE")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN zrz/text_conversion.h EXCLUDE ${private} ${zrasn_foreign_headers})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/base_idls ${PROJECT_SOURCE_DIR}/zrasn

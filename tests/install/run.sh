@@ -123,6 +123,18 @@ tree shared 23 gcc on own
 tree static 20 clang off caller
 END
 
+# The program of docs/adding-a-record.md.
+block() {
+    awk -v wanted="$1" '/^```/ { open = !open; count += open; next } open && count == wanted' "$source/docs/adding-a-record.md"
+}
+mkdir -p "$work/page"
+cd "$work/page"
+block 3 >notes.h
+block 4 >notes.cpp
+{ echo '#include "notes.h"'; echo 'int main() {'; block 5; echo 'return type != &zr::record<note_t>::type; }'; } >main.cpp
+"$gxx" -std=c++17 -I"$prefix/include/zrasn" notes.cpp main.cpp -L"$lib" -lzrasn -Wl,-rpath,"$lib" -o program
+./program || fail "the page's record is not found"
+
 # A program with records of its own asks for the codec that it was compiled for; nothing of the static library is visible
 # outside of what it is linked into; a project around the library installs none of it, unless it is asked to.
 objdump -p "$work/package-shared-own/program" | grep -q 'ZRASN_CODEC_[0-9]' || fail "the codec has no version"
