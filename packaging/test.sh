@@ -17,7 +17,7 @@ others=$(installed | comm -13 /root/before - | grep -vE '^(libzrasn[0-9]+|libzrz
 [ -z "$others" ] || fail "installing needs other packages: $others"
 
 # The program.
-examples/tool_demo.sh zrasn examples/acl.json >/root/demo.out
+examples/tool_demo.sh /usr/bin/zrasn examples/acl.json >/root/demo.out
 cmp /root/demo.out examples/tool_demo.out
 for page in /usr/share/man/man1/zrasn.1.gz /usr/share/doc/libzrasn-doc/docs/api.md /usr/share/doc/zrasn/copyright; do
     [ -s $page ] || case $page in
@@ -44,7 +44,7 @@ if ls "$packages"/*_i386.deb >/dev/null 2>&1; then
     apt update
     apt install --no-install-recommends "$packages"/*_i386.deb
     [ "$(od -An -tu1 -j4 -N1 /usr/bin/zrasn)" -eq 1 ] || fail "the i386 program is none of 32 bits"
-    examples/tool_demo.sh zrasn examples/acl.json >/root/demo.out
+    examples/tool_demo.sh /usr/bin/zrasn examples/acl.json >/root/demo.out
     cmp /root/demo.out examples/tool_demo.out
     /root/own-shared/program
 fi
