@@ -15,6 +15,9 @@
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
 #   make docs     the reference, the pages and one page for each record as HTML: build/docs/html/index.html
 #   make wire-lock write tests/wire.lock: what the records are on the wire (docs/evolution.md)
+#   make packages make the Debian packages, in build/packages; packages-test installs, uses and removes them on a Debian that
+#                 has nothing (as root), and compares them with those of a second build
+#   make abi      compare the interface of the shared libraries with tests/abi; ABI=update writes that
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
@@ -23,6 +26,7 @@ BENCH_SECONDS ?= 0.3
 COUNTS ?= check
 ROUNDS ?= 20
 CORPORA ?=
+ABI ?= check
 
 tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
@@ -32,7 +36,8 @@ packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev
 packages_x86 := g++-multilib $(tests_need) clang uuid-dev
 packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 # What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
-packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm openssl python3 python3-jsonschema jq asn1c erlang-base erlang-asn1 \
+packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
+    python3-jsonschema jq asn1c erlang-base erlang-asn1 \
     zsh fish man-db
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
@@ -45,13 +50,16 @@ packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c 
 packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
+packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
+    libcli11-dev nlohmann-json3-dev
+packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock tidy \
-    format $(deps)
+.PHONY: demo test fuzz exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock \
+    packages packages-test abi tidy format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -130,6 +138,18 @@ wire-lock: build/release/build.ninja
 	@ZRASN_WRITE_WIRE_LOCK=1 build/release/tests/zrasn_tests --gtest_brief=1 --gtest_filter=wire_lock.holds
 	@git --no-pager diff --stat tests/wire.lock
 
+packages: deps-packages
+	@packaging/build.sh build/packages
+
+packages-test: packages
+	@packaging/build.sh build/packages-again "$$(mktemp -d)/a/longer/way"
+	@for file in build/packages/*.deb; do cmp "$$file" "build/packages-again/$${file##*/}" || exit 1; done
+	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh /root/files
+
+abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
+	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn || exit 1; done
+	@tests/abi/run.sh build/abi build/abi-x86 $(ABI)
+
 # The build with clang++ has the command lines that clang-tidy understands.
 tidy: deps-tidy build/asan/build.ninja
 	@run-clang-tidy -quiet -j $(JOBS) -p build/asan '^$(CURDIR)/(src|base_idls|tests|fuzz|tools|examples)/'
@@ -140,6 +160,7 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz bench bench-x86): build/%/build.ninja: CMakePresets.json | deps-%
+$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz bench bench-x86 abi abi-x86): \
+    build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

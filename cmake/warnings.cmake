@@ -1,4 +1,4 @@
-# zrasn_warnings: linked privately by every target whose sources are ours. The runtime classes have no virtual
+# zrasn_warnings: for every target whose sources are ours. The runtime classes have no virtual
 # destructors by design, so that warning stays off; changes of sign are part of reading octets.
 add_library(zrasn_warnings INTERFACE)
 target_compile_options(zrasn_warnings INTERFACE

@@ -5,8 +5,10 @@ set -u
 library=$1
 list=$2
 
+unversioned=$(nm -D --defined-only "$library" | grep -vE '@@(ZRASN|ZRZ)_([0-9]+\.|CODEC_)[0-9]+$|^0+ A (ZRASN|ZRZ)_')
+[ -z "$unversioned" ] || { printf 'exported without a version:\n%s\n' "$unversioned" >&2; exit 1; }
 # Function names up to the parameters; what the compiler adds to a class goes by the class's name.
-exported=$(nm -DC --defined-only "$library" | sed -E 's/^[0-9a-f]+ . //' |
+exported=$(nm -DC --defined-only "$library" | grep -vE '^0+ A ' | sed -E 's/^[0-9a-f]+ . //; s/@@.*//' |
     sed -E 's/^(vtable for|typeinfo for|typeinfo name for|VTT for|(non-)?virtual thunk to) //; s/\(.*//' | sort -u)
 [ -n "$exported" ] || { echo "$library exports nothing" >&2; exit 1; }
 own='^(zr_[A-Za-z0-9_]+|zrAsn[A-Za-z]+|zrasn[A-Za-z0-9_]*|asn_[A-Za-z0-9_]+)(<.*>)?(::[^:]+)?$'

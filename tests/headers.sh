@@ -1,19 +1,29 @@
 #!/bin/sh
-# headers.sh ROOT COMPILER [FLAG...]: every public header compiles when it is the only one included, and all of them beside
-# <uuid/uuid.h> (uuid-dev), as base_idls/zrnbase_asn.h says.
+# headers.sh BUILD WORK CMAKE COMPILER [FLAG...]: every header that BUILD installs compiles when it is the only one included,
+# without exceptions and RTTI (but for asn1/codec), and all of them, with both, beside <uuid/uuid.h> (uuid-dev), as
+# base_idls/zrnbase_asn.h says.
 set -u
-root=$1
-shift
-cd "$root" || exit 1
+build=$1
+work=$2
+cmake=$3
+shift 3
+rm -rf "$work"
+"$cmake" --install "$build" --component development --prefix "$work" >/dev/null || exit 1
+cd "$work/include/zrasn" || exit 1
 
-headers=$( (cd src && find . -name '*.h'; cd .. && find base_idls zrasn -name '*.h') | sed 's,^\./,,' | sort)
-[ -n "$headers" ] || { echo "no headers below $root" >&2; exit 1; }
+headers=$(find . -name '*.h' | sed 's,^\./,,' | sort)
+[ -n "$headers" ] || { echo "no headers below $PWD" >&2; exit 1; }
 
-compiles() { "$@" -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I src -I . -x c++ -; }
+compiles() {
+    "$@" -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Wnon-virtual-dtor -Werror -fsyntax-only -I . -x c++ -
+}
 
 status=0
 for header in $headers; do
-    echo "#include \"$header\"" | compiles "$@" || { echo "does not compile alone: $header" >&2; status=1; }
+    bare='-fno-exceptions -fno-rtti'
+    case $header in asn1/codec/*) bare= ;; esac
+    # shellcheck disable=SC2086
+    echo "#include \"$header\"" | compiles "$@" $bare || { echo "does not compile alone: $header" >&2; status=1; }
 done
 { sed -nE 's,^// +(#.*uuid.*),\1,p' base_idls/zrnbase_asn.h; cat << 'END'; } | compiles "$@" ||
 #include "zrasn/records.h"

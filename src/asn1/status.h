@@ -85,6 +85,7 @@ ZR_API void print_exception(const zr_asn_exception& exception);
 // called at any time: a call that fails at the same moment goes to the one or to the other.
 ZR_API message_sink set_message_sink(message_sink sink) noexcept;
 
+#ifdef __cpp_exceptions
 // guarded runs `body`, a callable that returns a status; a zr_asn_exception is reported and its code returned. Any
 // other exception passes through.
 template <class Body>
@@ -95,5 +96,6 @@ int guarded(Body&& body) {
         return report_exception(exception);
     }
 }
+#endif
 
 }  // namespace zr

@@ -2,4 +2,4 @@
 
 #include "asn1/codec/define_record.h"
 
-ZR_DEFINE_MODULE(shelves, note_t, shelf_t);
+ZR_DEFINE_MODULE(shelves, corner_t, note_t, shelf_t);

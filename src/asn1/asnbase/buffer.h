@@ -46,6 +46,10 @@ ZR_API void wipe(void* block, size_t octets);
 
 }  // namespace zr
 
+// No cursor is deleted by a pointer to its base: the base class has no virtual destructor, which is part of its layout.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 // zr_r_buffer_t is a read cursor over octets that it does not own. Readers move the current position and lower the
 // remaining count together; the origin never moves.
 class ZR_API zr_r_buffer_t {
@@ -218,3 +222,5 @@ ZR_API int write4d(zr_buffer_t& buffer, unsigned int value);
 
 // check_EOC answers 1 when the next two octets are the end-of-contents octets 00 00 (X.690 8.1.5), else 0.
 ZR_API int check_EOC(zr_r_buffer_t cursor);
+
+#pragma GCC diagnostic pop

@@ -98,6 +98,9 @@ namespace zr {
 // How deep composites may nest in what is decoded into an object tree.
 constexpr unsigned int max_depth = 2000;
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"  // as in asn1/asnbase/buffer.h
+
 // contents_cursor is the cursor over the contents of a constructed value, made from the cursor that stands at its first
 // octet: limited to `len` octets when the length is definite, one level deeper. open() answers 0 or 275063192; it
 // throws zr_asn_memexception beyond max_depth. close() moves `input` past the contents.
@@ -113,5 +116,7 @@ public:
 private:
     bool indefinite_;
 };
+
+#pragma GCC diagnostic pop
 
 }  // namespace zr

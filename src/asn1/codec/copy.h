@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "asn1/export.h"
+
 // For the small parts that a codec function is made of.
 #define ZR_INLINE [[gnu::always_inline]] inline
 
@@ -35,7 +37,7 @@ inline void copy_fixed(unsigned char* to, const unsigned char* from) {
 void* called_memcpy(void* to, const void* from, size_t count) asm("memcpy");
 
 // Copies more than 32 octets.
-void copy_many(unsigned char* to, const unsigned char* from, size_t count);
+ZR_CODEC_API void copy_many(unsigned char* to, const unsigned char* from, size_t count);
 
 // Copies what most texts and byte strings take without a call. The blocks do not overlap.
 ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) {

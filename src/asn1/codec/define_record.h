@@ -20,6 +20,10 @@
 //   dropped   read and checked, but not kept: the structure has no room for it
 #pragma once
 
+#ifndef __cpp_exceptions
+#error "The source of a module is compiled with exceptions: exhausted memory goes through it."
+#endif
+
 #include "asn1/codec/ascii_texts.h"
 #include "asn1/codec/decode.h"
 #include "asn1/codec/encode.h"
@@ -67,9 +71,6 @@ constexpr record_type make_record_type() {
             &make_object<typename record<S>::binding_type>,
             &codec_of<S>};
 }
-
-// Gives a copy of an envelope in a malloc block; 275062885 when memory is out, which is reported.
-[[nodiscard]] int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
 
 // A flat structure is always small: it is written on the stack first.
 template <class S>

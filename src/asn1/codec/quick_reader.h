@@ -13,6 +13,7 @@
 
 #include "asn1/ber.h"
 #include "asn1/codec/copy.h"
+#include "asn1/export.h"
 #include "asn1/record/packed_blocks.h"
 
 namespace zr {
@@ -25,13 +26,13 @@ struct found_contents {
     octet_position at;
     octet_position stop;
 };
-found_contents odd_contents(octet_position at, octet_position end, unsigned char identifier);
+ZR_CODEC_API found_contents odd_contents(octet_position at, octet_position end, unsigned char identifier);
 struct found_integer {
     octet_position behind;
     intptr_t value;
 };
-found_integer odd_integer(octet_position at, octet_position end);
-octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
+ZR_CODEC_API found_integer odd_integer(octet_position at, octet_position end);
+ZR_CODEC_API octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
 
 // Where blocks come from: malloc, unless a pointer to packed_blocks or strict_blocks goes all the way down.
 struct strict_blocks {
@@ -128,21 +129,21 @@ ZR_INLINE void* allocate(size_t octets, strict_blocks blocks) {
 // The text gets a terminating zero. It is null when memory is out, and that is no failure; where `blocks` are given it
 // is, with zr_asn_memexception.
 template <class... Blocks>
-octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
+ZR_CODEC_API octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
 
 // A text that is stored with its zero octet ends in one zero octet more; contents of fewer than two octets are the
 // empty text. Throws zr_asn_memexception ("Out of memory get_strvalue()") when memory is out.
 template <class... Blocks>
-octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
+ZR_CODEC_API octet_position quick_stored_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
 
 // An empty byte string takes no room. Throws zr_asn_memexception for `file` when memory is out.
 template <class... Blocks>
-octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                            const char* file, Blocks... blocks);
+ZR_CODEC_API octet_position quick_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
+                                         const char* file, Blocks... blocks);
 // The same of an optional one that is there; the message is "Out of memory get_obj_body()".
 template <class... Blocks>
-octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data, uint32_t& length,
-                                     Blocks... blocks);
+ZR_CODEC_API octet_position quick_optional_octets(octet_position at, octet_position end, unsigned char*& data,
+                                                  uint32_t& length, Blocks... blocks);
 
 template <uint32_t Size, class... Blocks>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {

@@ -41,4 +41,7 @@ struct record_codec {
     bool is_leaf;      // without lists, slots and optional records
 };
 
+// Gives a copy of an envelope in a malloc block; 275062885 when memory is out, which is reported.
+[[nodiscard]] ZR_CODEC_API int hand_out_copy(zr_asn_buffer_t& out, const unsigned char* envelope, size_t length);
+
 }  // namespace zr

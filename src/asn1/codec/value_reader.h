@@ -64,11 +64,11 @@ int read_octets(input& in, unsigned char*& data, uint32_t& length);
 int read_fixed_octets(input& in, unsigned char* to, uint32_t size);
 
 // How many elements the contents have, as far as their headers tell: none is looked into.
-uint32_t count_elements(const unsigned char* at, const unsigned char* end);
+ZR_CODEC_API uint32_t count_elements(const unsigned char* at, const unsigned char* end);
 
 // They keep the throw out of the readers.
-[[noreturn]] void throw_memory_error(const char* file);
-[[noreturn]] void throw_optional_memory_error(const char* file);
+[[noreturn]] ZR_CODEC_API void throw_memory_error(const char* file);
+[[noreturn]] ZR_CODEC_API void throw_optional_memory_error(const char* file);
 [[noreturn]] void throw_stored_text_memory_error();
 [[noreturn]] void throw_body_memory_error();
 

@@ -9,11 +9,11 @@
 namespace zr {
 
 // packed_blocks gives out room that is never given back piece by piece.
-class packed_blocks {
+class ZR_API packed_blocks {
 public:
     packed_blocks() = default;
     packed_blocks(packed_blocks&& other) noexcept { *this = static_cast<packed_blocks&&>(other); }
-    ZR_API packed_blocks& operator=(packed_blocks&& other) noexcept;
+    packed_blocks& operator=(packed_blocks&& other) noexcept;
     packed_blocks(const packed_blocks&) = delete;
     packed_blocks& operator=(const packed_blocks&) = delete;
     ~packed_blocks() { release(); }
@@ -33,10 +33,10 @@ public:
 
     // Takes all room back. The longest block is kept, or one of `likely` octets is made if it is shorter; memory that
     // is out shows later.
-    ZR_API void start(size_t likely);
+    void start(size_t likely);
     // Takes all room back and keeps the longest block.
     void clear() { start(0); }
-    ZR_API void release();
+    void release();
     // From now on all room is overwritten before it is taken back.
     void keep_secret() { secret_ = true; }
 
@@ -45,7 +45,7 @@ private:
         block* before;
         size_t octets;  // with this header
     };
-    ZR_API bool add_block(size_t octets);
+    bool add_block(size_t octets);
     void give_back(block* last);
     void use(block* chosen);
 

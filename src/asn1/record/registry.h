@@ -32,4 +32,7 @@ struct module_list {
 // find_record answers the record whose structure or binding class has the name; null when there is none.
 [[nodiscard]] ZR_API const record_type* find_record(std::string_view name);
 
+// The same among other modules: those of a program that describes records of its own (docs/adding-a-record.md).
+[[nodiscard]] ZR_API const record_type* find_record(module_list among, std::string_view name);
+
 }  // namespace zr

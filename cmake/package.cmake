@@ -1,0 +1,70 @@
+# What a project finds of the library: the package for find_package(zrasn), in the build tree and, installed, beside a file
+# for pkg-config, the library in both forms and the headers with the directories that their includes name (their root is
+# include/zrasn).
+#
+# Components: "runtime" the shared libraries, "development" what compiling needs, "tool" the program with its manual page,
+# "documentation" the pages.
+include(CMakePackageConfigHelpers)
+
+get_property(targets GLOBAL PROPERTY zrasn_exported)
+set(zrasn_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zrasn)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/zrasn-config.cmake.in
+    ${PROJECT_BINARY_DIR}/zrasn-config.cmake INSTALL_DESTINATION ${zrasn_package_dir})
+# While the first number is 0 a program is built for one second number, from 1 on for all that follow.
+set(compatibility SameMajorVersion)
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+    set(compatibility SameMinorVersion)
+endif()
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zrasn-config-version.cmake COMPATIBILITY ${compatibility})
+export(TARGETS ${targets} NAMESPACE zrasn:: FILE ${PROJECT_BINARY_DIR}/zrasn-targets.cmake)
+
+if(NOT ZRASN_INSTALL)
+    return()
+endif()
+
+if(TARGET zrz)
+    set(zrasn_pc_zrz -lzrz)
+    set(zrasn_foreign_headers)
+else()
+    set(zrasn_pc_zrz ${ZRASN_ZRZ_LIBRARY})
+    set(zrasn_foreign_headers PATTERN zrz EXCLUDE)
+endif()
+install(TARGETS ${targets} EXPORT zrasn_targets
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development)
+# Headers of the library's own sources, which no public one includes.
+set(private asn1/utf8.h asn1/asnbase/default_value.h)
+foreach(header chains conversion repertoire t61 text_writer words words_sse2)
+    list(APPEND private asn1/asnstrng/${header}.h)
+endforeach()
+foreach(header copy_packed encoding entry_points general_reader guess local_forms local_texts transcode unfinished walk)
+    list(APPEND private asn1/codec/${header}.h)
+endforeach()
+list(TRANSFORM private REPLACE "(.+)" "PATTERN;\\1;EXCLUDE")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development
+    FILES_MATCHING PATTERN "*.h" PATTERN zrz/text_conversion.h EXCLUDE ${private} ${zrasn_foreign_headers})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/base_idls ${PROJECT_SOURCE_DIR}/zrasn
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development FILES_MATCHING PATTERN "*.h")
+install(EXPORT zrasn_targets NAMESPACE zrasn:: FILE zrasn-targets.cmake DESTINATION ${zrasn_package_dir}
+    COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/zrasn-config.cmake ${PROJECT_BINARY_DIR}/zrasn-config-version.cmake
+    DESTINATION ${zrasn_package_dir} COMPONENT development)
+
+# The file names its own prefix relative to where it lies, so that the tree can be moved.
+file(RELATIVE_PATH zrasn_pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${PROJECT_SOURCE_DIR}/cmake/zrasn.pc.in ${PROJECT_BINARY_DIR}/zrasn.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zrasn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# The pages as they are, and as HTML where those were made. (An unpacked archive of the library alone has none.)
+foreach(page docs README.md CHANGELOG.md SECURITY.md LICENSE examples)
+    if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/${page})
+        install(DIRECTORY ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+            PATTERN CMakeLists.txt EXCLUDE PATTERN *.cmake EXCLUDE)
+    elseif(EXISTS ${PROJECT_SOURCE_DIR}/${page})
+        install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+    endif()
+endforeach()
+configure_file(${PROJECT_SOURCE_DIR}/cmake/zrasn.spdx.in ${PROJECT_BINARY_DIR}/zrasn.spdx @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zrasn.spdx DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+set(ZRASN_HTML ${PROJECT_SOURCE_DIR}/build/docs/html CACHE PATH "Where `make docs` leaves the HTML, to be installed")
+install(DIRECTORY ${ZRASN_HTML} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation OPTIONAL)
