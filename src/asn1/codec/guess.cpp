@@ -78,7 +78,9 @@ uint64_t guess_octets_of_chains(const record_type& type, const void* in) {
         // All levels are taken to be like the first. Of a list with one element the guess above has this much:
         const uint64_t guessed = 4 + list.record->codec->typical_octets;
         const uint64_t level = 4 + guess_record(*list.record, first, 0) - (place_count(list, first) == 1 ? guessed : 0);
-        octets += capped(level * (1 + list.record->codec->count_chain(first, most_octets / level))) - guessed;
+        octets +=
+            capped(level * (1 + list.record->codec->count_chain(first, static_cast<size_t>(most_octets / level)))) -
+            guessed;
     }
     return octets;
 }
