@@ -125,7 +125,7 @@ def compare(known, measured, mode):
             if mode == "table" or verdict != "as before":
                 print(f"counts: {name}: {now:,} {figure}, {before:,} in bench/counts.txt ({change:+.2%}): {verdict}")
     for at, figure in enumerate(FIGURES if rows else ()):
-        changes = [math.log1p(difference(known[name][at], measured[name][at])) for name in rows]
+        changes = [math.log(max(measured[name][at], 1) / max(known[name][at], 1)) for name in rows]
         mean = math.expm1(statistics.fmean(changes))
         print(f"counts: {figure}: {mean:+.2%} in the geometric mean of {len(rows)} rows")
     if mode != "update" and failed:

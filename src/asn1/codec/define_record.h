@@ -42,6 +42,12 @@ constexpr bool (*ascii_texts_of())(octet_position, octet_position) {
 }
 
 template <class S>
+constexpr size_t (*chain_counter_of())(const void*, size_t) {
+    if constexpr (contains_itself<S>()) return &count_chain<S>;
+    return nullptr;
+}
+
+template <class S>
 constexpr record_codec codec_of = {
     &write_outlined_record<writer, S>,
     &write_outlined_record<counter, S>,
@@ -49,6 +55,7 @@ constexpr record_codec codec_of = {
     &read_outlined_record<S, packed_blocks*>,
     &read_outlined_record<S, strict_blocks>,
     &release_outlined<members_after::cleared, S>,
+    chain_counter_of<S>(),
     ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),
     typical_octets<S>(),

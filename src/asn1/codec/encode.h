@@ -184,6 +184,24 @@ ZR_INLINE void write_levels(writer& sink, const S& root) {
     }
 }
 
+// How many levels follow a record whose lists of itself have one element each, up to `most`.
+template <class S>
+size_t count_chain(const void* in, size_t most) {
+    using own = own_list<S>;
+    const auto* node = static_cast<const S*>(in);
+    size_t levels = 0;
+    for (; levels != most && element_count<own>(*node) == 1; ++levels) {
+        const auto& where = array_of<own>(*node)[0];
+        if constexpr (is_by_pointer(own::value, own::held)) {
+            if (where == nullptr) break;
+            node = where;
+        } else {
+            node = &where;
+        }
+    }
+    return levels;
+}
+
 // Writes a record that does not contain itself, where it is used.
 template <class Sink, class S>
 ZR_INLINE bool write_inlined_record(Sink& sink, const S& in) {

@@ -71,10 +71,12 @@ block allocate_encoding(uint64_t length) {
 void write_encoding(const record_type& type, const void* in, int version, encoding_target& target) {
     const record_codec& codec = *type.codec;
     if (codec.has_secrets) return write_counted(in, codec, version, target);
-    const uint64_t likely = codec.is_leaf ? 0 : guess_octets(type, in);
+    uint64_t likely = codec.is_leaf ? 0 : guess_octets(type, in);
     if (likely < stack_octets) {
         if (write_on_stack(in, codec, version, target)) return;
-    } else if (likely <= most_guessed) {
+        likely = guess_octets_of_chains(type, in);
+    }
+    if (likely >= stack_octets && likely <= most_guessed) {
         if (write_in_block(in, codec, version, static_cast<size_t>(likely), target)) return;
     }
     write_counted(in, codec, version, target);

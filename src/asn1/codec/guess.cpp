@@ -66,4 +66,23 @@ uint64_t guess_record(const record_type& type, const void* in, unsigned int leve
 
 uint64_t guess_octets(const record_type& type, const void* in) { return guess_record(type, in, most_levels); }
 
+uint64_t guess_octets_of_chains(const record_type& type, const void* in) {
+    uint64_t octets = guess_octets(type, in);
+    const varying_field* const end = type.codec->varying + type.codec->varying_count;
+    for (const varying_field* varying = type.codec->varying; varying != end; ++varying) {
+        const field& list = *varying->what;
+        const void* const holder = &place<char>(in, varying->offset);
+        if (!varying->own_list || place_count(list, holder) != 1) continue;
+        const void* const first = value_at(list, holder, 0);
+        if (first == nullptr) continue;
+        // All levels are taken to be like the first. Of a list with one element the guess above has this much:
+        const uint64_t guessed = 4 + list.record->codec->typical_octets;
+        const uint64_t level = 4 + guess_record(*list.record, first, 0) - (place_count(list, first) == 1 ? guessed : 0);
+        octets +=
+            capped(level * (1 + list.record->codec->count_chain(first, static_cast<size_t>(most_octets / level)))) -
+            guessed;
+    }
+    return octets;
+}
+
 }  // namespace zr

@@ -29,6 +29,9 @@ struct record_codec {
     const unsigned char* (*read_strictly)(const unsigned char* at, const unsigned char* end, void* out,
                                           strict_blocks blocks);
     void (*release)(void* structure);
+    // How many levels follow, up to `most`, where each list of the record in itself has one element
+    // (asn1/codec/encode.h); null for a record that does not contain itself.
+    size_t (*count_chain)(const void* in, size_t most);
     // Whether the texts of an encoding in the library's own form are ASCII (asn1/codec/ascii_texts.h); null for a
     // record without texts.
     bool (*texts_are_ascii)(const unsigned char* at, const unsigned char* end);
