@@ -33,7 +33,7 @@ warnings='-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -W
 include="-std=c++17 -I $root/src -I $root"
 # shellcheck disable=SC2086
 {
-    "$compiler" "$@" $include $warnings -fPIC -shared "$work/plugin.cpp" -o "$work/plugin.so" -fvisibility=hidden \
+    "$compiler" "$@" $include $warnings -DZRASN_STATIC -fPIC -shared "$work/plugin.cpp" -o "$work/plugin.so" -fvisibility=hidden \
         -Wl,--exclude-libs,ALL "$static" "$zrz"
     "$compiler" "$@" $include $warnings -I "$work" "$root/tests/cookbook/program.cpp" -o "$work/program" -pthread \
         "$shared" -Wl,-rpath,"$(dirname "$shared"):$(dirname "$zrz")" -Wl,-rpath-link,"$(dirname "$zrz")" -ldl

@@ -35,7 +35,7 @@ ZR_CODEC_API found_integer odd_integer(octet_position at, octet_position end);
 ZR_CODEC_API octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
 
 // Where blocks come from: malloc, unless a pointer to packed_blocks or strict_blocks goes all the way down.
-struct strict_blocks {
+struct ZR_API strict_blocks {
     packed_blocks* packed;  // null for malloc
 };
 template <class... Blocks>
