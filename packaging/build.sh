@@ -29,7 +29,7 @@ done
 
 # Nothing of the caller's that would show in what is built.
 export LC_ALL=C.UTF-8 TZ=UTC
-unset CXXFLAGS CFLAGS CPPFLAGS LDFLAGS CXX CC
+unset CXXFLAGS CFLAGS CPPFLAGS LDFLAGS CXX CC CMAKE_CXX_COMPILER_LAUNCHER CMAKE_GENERATOR CMAKE_BUILD_TYPE
 umask 022
 chmod -R u=rwX,go=rX "$tree"
 cd "$tree"
