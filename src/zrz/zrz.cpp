@@ -79,7 +79,8 @@ public:
         // Code sets with combined characters hold the last one back until they are told that none follows. That also
         // brings the converter back to its initial state.
         step(nullptr, nullptr);
-        block_[used_] = '\0';
+        // The block is there: grow makes it or throws.
+        block_[used_] = '\0';  // NOLINT(clang-analyzer-core.NullDereference)
         return {block_, used_};
     }
     // Hands out the block.

@@ -183,7 +183,8 @@ int zr_buffer_t::append(const unsigned char* octets, unsigned int count) {
         make_room(count, count);
         if (own) octets = data_ + offset;
     }
-    memmove(current_ + remaining_, octets, count);
+    // There is room: make_room makes it or throws.
+    memmove(current_ + remaining_, octets, count);  // NOLINT(clang-analyzer-core.NonNullParamChecker)
     remaining_ += count;
     return 0;
 }

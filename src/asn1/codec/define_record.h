@@ -41,9 +41,9 @@ constexpr bool (*ascii_texts_of())(octet_position, octet_position) {
     return nullptr;
 }
 
-template <class S>
+template <class S, bool IsChain>
 constexpr size_t (*chain_counter_of())(const void*, size_t) {
-    if constexpr (contains_itself<S>()) return &count_chain<S>;
+    if constexpr (IsChain) return &count_chain<S>;
     return nullptr;
 }
 
@@ -55,7 +55,7 @@ constexpr record_codec codec_of = {
     &read_outlined_record<S, packed_blocks*>,
     &read_outlined_record<S, strict_blocks>,
     &release_outlined<members_after::cleared, S>,
-    chain_counter_of<S>(),
+    chain_counter_of<S, contains_itself<S>()>(),
     ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),
     typical_octets<S>(),
