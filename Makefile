@@ -53,6 +53,7 @@ packages_docs := $(packages_demo) doxygen python3
 packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
     libcli11-dev nlohmann-json3-dev
 packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
+packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
 packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
