@@ -16,12 +16,6 @@
 #include "support/thrown.h"
 #include "zrz/zrz.h"
 
-// The C library loses the search path that newlocale makes of LOCPATH.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\n"; }
-extern "C" const char* __lsan_default_options();
-extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
-
 namespace zr_test {
 namespace {
 
@@ -151,9 +145,10 @@ TEST(local_code_set, memory_runs_out) {
             unsigned char* out = nullptr;
             int status = 0;
             std::string what;
-            const bool failed = 0 != failing([&] {
-                what = thrown([&] { status = setting ? object.set_value(text.data()) : object.get_value(out); });
-            });
+            const bool failed =
+                0 != failing([&] {
+                    what = thrown([&] { status = setting ? object.set_value(text.data()) : object.get_value(out); });
+                });
             if (what != "nothing") status = what.rfind("memory 275062885: ", 0) == 0 ? zr_err_out_of_memory : -1;
             EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0) << what;
             EXPECT_EQ(out != nullptr, !setting && !failed);

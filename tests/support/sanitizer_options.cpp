@@ -8,3 +8,11 @@ extern "C" const char* __asan_default_options() {
 }
 
 extern "C" const char* __ubsan_default_options() { return "print_stacktrace=1"; }
+
+// The C library loses the search path that newlocale makes of LOCPATH.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_options();
+
+extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\n"; }
+
+extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
