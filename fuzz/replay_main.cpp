@@ -25,12 +25,14 @@ class replay {
 public:
     // `range` is FIRST-LAST[:STEP]; false when it is something else.
     bool before(const char* range) {
-        int ended = 0;
-        int digits = 0;
-        if (std::sscanf(range, "%*[0-9a-f]%n-%lx%n:%lx%n", &digits, &last_, &ended, &step_, &ended) < 1) return false;
-        first_ = std::strtoul(range, nullptr, 16);
-        prefix_octets_ = static_cast<size_t>(digits) / 2;
-        return range[ended] == 0 && digits % 2 == 0 && first_ <= last_ && step_ != 0;
+        char* end = nullptr;
+        first_ = std::strtoul(range, &end, 16);
+        const auto digits = static_cast<size_t>(end - range);
+        if (*end++ != '-') return false;
+        last_ = std::strtoul(end, &end, 16);
+        if (*end == ':') step_ = std::strtoul(end + 1, &end, 16);
+        prefix_octets_ = digits / 2;
+        return *end == 0 && digits != 0 && digits % 2 == 0 && first_ <= last_ && step_ != 0;
     }
 
     // Every file below a path. C functions read them: the sanitizer for memory that was never written knows these.

@@ -20,7 +20,7 @@ inline std::string change_and_compare(unsigned int seed, int steps, tree_history
     zr_asn_object& live = tree.make_complete();
     std::string history;
     const auto differs = [&history](const std::string& one, const std::string& other) {
-        if (one != other) history = one + " instead of " + other + " after" + history;
+        if (one != other) history.insert(0, one + " instead of " + other + " after");
         return one != other;
     };
     for (int step = 0; step < steps; ++step) {
@@ -28,7 +28,7 @@ inline std::string change_and_compare(unsigned int seed, int steps, tree_history
             const std::string encoding = written(tree.make_complete());
             zr_asn_object& fresh = tree.make_objects();
             if (read(live, encoding) != 0 || read(fresh, encoding) != 0)
-                return encoding + " is refused after" + history;
+                return history.insert(0, encoding + " is refused after");
             if (differs(written(tree.make_copy(live)), written(tree.make_copy(fresh)))) return history;
             history += " read";
             ++seen.reads;
