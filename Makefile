@@ -148,7 +148,7 @@ packages: deps-packages
 packages-test: packages
 	@packaging/build.sh build/packages-again "$$(mktemp -d)/a/longer/way"
 	@for file in build/packages/*.deb; do cmp "$$file" "build/packages-again/$${file##*/}" || exit 1; done
-	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh /root/files
+	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh ../files
 
 abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
 	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn || exit 1; done

@@ -35,11 +35,11 @@ TEST(envelope, saving) {
         zr_asn_octetstring text(zr_normal);
         std::string what;
         const bool failed = 0 != failing([&] {
-            what = thrown([&] {
-                text.set_value(many.data(), 2000);
-                EXPECT_EQ(zr_asnbase::saveEncoding(text, 2, out), 0);
-            });
-        });
+                                what = thrown([&] {
+                                    text.set_value(many.data(), 2000);
+                                    EXPECT_EQ(zr_asnbase::saveEncoding(text, 2, out), 0);
+                                });
+                            });
         EXPECT_EQ(what.rfind("memory ", 0) == 0, failed);
         EXPECT_EQ(out.data == &before, failed);
         if (!failed) std::free(out.data);

@@ -183,11 +183,11 @@ TEST(primitive, exhausted_memory_is_an_exception_and_loses_nothing_else) {
         zr_asn_integer number(zr_normal);
         std::string what;
         const bool failed = 0 != failing([&] {
-            what = thrown([&] {
-                EXPECT_EQ(object.asnread(cursor), 0);
-                number.set_default_value(5L);
-            });
-        });
+                                what = thrown([&] {
+                                    EXPECT_EQ(object.asnread(cursor), 0);
+                                    number.set_default_value(5L);
+                                });
+                            });
         EXPECT_EQ(what.rfind("memory 275062885: ", 0) == 0, failed) << what;
         EXPECT_TRUE(object.is_present() != 0 || cursor.remaining() == octets.size());
         EXPECT_EQ(number.is_defaultable(), failed ? 0 : 1);

@@ -234,9 +234,10 @@ TEST(zrasnapi, exhausted_memory) {
                 std::memset(&back, 0x5A, sizeof back);
                 int status = 0;
                 caught_stderr printed;
-                const bool failed = 0 != failing([&] {
-                    status = encodes ? zrasn_encode_obj(2, from, code, out) : zrasn_decode_obj(2, in, code, &back);
-                });
+                const bool failed =
+                    0 != failing([&] {
+                        status = encodes ? zrasn_encode_obj(2, from, code, out) : zrasn_decode_obj(2, in, code, &back);
+                    });
                 EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0);
                 const std::string line = printed.take();
                 EXPECT_TRUE(line.empty() || (failed && line.rfind("Exception: Out of memory", 0) == 0 &&

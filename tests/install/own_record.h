@@ -1,5 +1,5 @@
-// Records of somebody else's program: a corner without blocks, a note, and a shelf that holds values of every kind in every
-// way that records may.
+// Records of somebody else's program: a corner without blocks, a note, and a shelf that holds values of every kind in
+// every way that records may.
 #pragma once
 
 #include "asn1/record/record.h"

@@ -1,5 +1,5 @@
-// The same functions as in words.h with SSE2, which every 64-bit x86 has: a third of the instructions. Nothing stands here
-// for other machines. Only words.h includes this, behind its own.
+// The same functions as in words.h with SSE2, which every 64-bit x86 has: a third of the instructions. Nothing stands
+// here for other machines. Only words.h includes this, behind its own.
 #pragma once
 
 #include "asn1/asnstrng/words.h"

@@ -9,8 +9,8 @@ namespace zr {
 // depends on it: the middle element of each list stands for all, and texts outside of lists are not measured. A chain,
 // of lists of a record in itself with one element each, is taken to have one level.
 uint64_t guess_octets(const record_type& type, const void* in);
-// The same with all levels of a chain in the record or in what it embeds. To follow a short one takes a tenth of the time
-// of writing it, and gains nothing.
+// The same with all levels of a chain in the record or in what it embeds. To follow a short one takes a tenth of the
+// time of writing it, and gains nothing.
 uint64_t guess_octets_of_chains(const record_type& type, const void* in);
 
 }  // namespace zr
