@@ -4,24 +4,17 @@
 // The first two octets pick the record. The others are received: as they are, or behind an envelope's header where they
 // begin a SEQUENCE.
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <random>
 
 #include "asn1/framing.h"
 #include "asn1/record/decoding.h"
 #include "pick_record.h"
+#include "require.h"
 #include "support/routes.h"
 
 namespace {
 
 using namespace zr_test;
-
-void require(bool holds, const char* what) {
-    if (holds) return;
-    std::fprintf(stderr, "framing_fuzz: %s\n", what);
-    std::abort();
-}
 
 void check(const zr::record_type& type, octets& received, size_t most) {
     size_t count = 0;

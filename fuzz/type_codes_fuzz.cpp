@@ -1,22 +1,13 @@
 // Any octets for the interface that names a record by a number: it answers as the binding classes do, and what it reads
 // it writes to octets that read the same. The first octet picks the code, the second the version.
-#include <cstdio>
-#include <cstdlib>
 
 #include "asn1/zrasnapi.h"
+#include "require.h"
 #include "support/routes.h"
 
 namespace {
 
 using namespace zr_test;
-
-FILE* const printed = stderr;
-
-void require(bool holds, const char* what) {
-    if (holds) return;
-    std::fprintf(printed, "type_codes_fuzz: %s\n", what);
-    std::abort();
-}
 
 void check_record(const zr::record_type& type, unsigned int code, const octets& ber) {
     envelope in(ber);
@@ -53,9 +44,8 @@ void check_integer(int version, zr_asn_buffer_t in) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static FILE* const nowhere = std::fopen("/dev/null", "w");
-    if (size < 3 || nowhere == nullptr) return 0;
-    stderr = nowhere;
+    if (size < 3) return 0;
+    const silence kept;
     const octets ber(data + 2, data + size);
     envelope whole(ber);
     zr_asn_buffer_t in = whole.buffer();
@@ -77,6 +67,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                     "an unknown code is known");
             break;
     }
-    stderr = printed;
     return 0;
 }

@@ -57,7 +57,7 @@ bool may_cut_text(const unsigned char* at, const unsigned char* end, bool stored
 
 void find_losses(const unsigned char* data, size_t size, size_t header, const record_type& type, void* contents,
                  const std::function<void(const loss&)>& report) {
-    const size_t end = header + record_end(data + header, size - header);
+    const size_t end = header + record_end(data + header, size - header, type);
     if (may_cut_text(data + header, data + end, holds_stored_text(type)))
         find_deviations(data, end, header, type, contents, [&](const deviation& found) {
             if (found.kind == deviation_kind::cut_text) report({found.offset, found.path, found.what});

@@ -5,6 +5,7 @@
 #include "asn1/status.h"
 #include "base/envelope.h"
 #include "base/hex.h"
+#include "base/record_holder.h"
 #include "base/text.h"
 #include "ber/asn1_types.h"
 #include "ber/scanner.h"
@@ -85,14 +86,13 @@ bool find_mismatch(const unsigned char* data, size_t size, const record_type& ty
     return true;
 }
 
-size_t record_end(const unsigned char* data, size_t size) {
+size_t record_end(const unsigned char* data, size_t size, const record_type& type) {
     ber_scanner scanner(data, size);
     ber_item item;
     scanner.next(item);
     if (!item.indefinite) return item.header + item.length;
-    while (scanner.next(item))
-        if (item.kind == ber_kind::end_of_contents && item.depth == 1) return item.offset + item.header;
-    return size;
+    record_holder record(type);
+    return decode_report_of(type, data, size, record.get()).consumed - envelope_header_octets;
 }
 
 }  // namespace zr::tool

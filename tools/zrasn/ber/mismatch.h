@@ -20,7 +20,8 @@ struct mismatch {
 // nothing does.
 bool find_mismatch(const unsigned char* data, size_t size, const record_type& type, mismatch& found);
 
-// record_end answers where an encoding that decodes as a record ends.
-size_t record_end(const unsigned char* data, size_t size);
+// record_end answers where an encoding that decodes as the record ends. One of indefinite length is decoded for it: what
+// ends it is the library's to say, for its readers take more than BER.
+size_t record_end(const unsigned char* data, size_t size, const record_type& type);
 
 }  // namespace zr::tool
