@@ -45,10 +45,13 @@ void compare(const zr::record_type& type, const octets& ber) {
     zr::tool::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&any](const zr::tool::deviation& other) {
         any = any || other.kind != zr::tool::deviation_kind::not_utf8;
     });
-    structure alone(type);
-    const octets record(ber.begin(),
-                        ber.begin() + static_cast<long>(zr::tool::record_end(ber.data(), ber.size(), type)));
-    require(decode(entry_points, record, alone) == 0, "the record ends elsewhere");
+    // One of indefinite length ends where the decode says so. Where its identifiers wrap around, that may lie before an
+    // end that a definite length in it gives, and the record alone is no longer whole.
+    if (ber[1] != 0x80) {
+        const auto end = static_cast<long>(zr::tool::record_end(ber.data(), ber.size(), type));
+        structure alone(type);
+        require(decode(entry_points, octets(ber.begin(), ber.begin() + end), alone) == 0, "the record ends elsewhere");
+    }
     require(any == (encode(entry_points, decoded).ber != ber),
             "deviations where there are none, or none where there are");
 }
