@@ -3,6 +3,8 @@
 #   make demo     build the library and the command-line program, and show what that does with a record
 #   make test     build and test everything: natively, with sanitizers, as 32-bit program
 #   make fuzz     run every fuzz target for FUZZ_SECONDS
+#   make fuzz-long   every fuzz target some millions of times, and a tenth of that with the sanitizers; prints what was reached.
+#                 FUZZ_TARGETS names some of them
 #   make exhaustive  all bodies of up to three octets and all trees of up to six elements, for every record
 #   make corpora  put every file of CORPORA=DIR through every decoder and verb
 #   make sanitize all records on eight threads, ROUNDS times, and every fuzz target's seeds, under the sanitizers for threads
@@ -22,6 +24,7 @@
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?=
 BENCH_SECONDS ?= 0.3
 COUNTS ?= check
 ROUNDS ?= 20
@@ -40,6 +43,7 @@ packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-li
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
     zsh fish man-db
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
+packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
 packages_msan := $(packages_tsan)
 packages_coverage := $(packages_demo) $(tests_need) gcovr
@@ -59,7 +63,7 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock \
+.PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock \
     packages packages-test abi tidy format $(deps)
 
 demo: build/demo/build.ninja
@@ -75,6 +79,12 @@ test: deps-test $(tested:%=build/%/build.ninja)
 fuzz: build/fuzz/build.ninja
 	@cmake --build build/fuzz -j $(JOBS)
 	@fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+fuzz-long: build/fuzz-plain/build.ninja build/fuzz/build.ninja
+	@cmake --build build/fuzz-plain -j $(JOBS)
+	@fuzz/long.sh build/fuzz-plain/fuzz 1 $(FUZZ_TARGETS)
+	@cmake --build build/fuzz -j $(JOBS)
+	@fuzz/long.sh build/fuzz/fuzz 10 $(FUZZ_TARGETS)
 
 exhaustive: build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do \
@@ -164,7 +174,7 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz bench bench-x86 abi abi-x86): \
+$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz fuzz-plain bench bench-x86 abi abi-x86): \
     build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

@@ -1,7 +1,7 @@
 // Any octets as any record: the entry points and the object tree give the same status and the same structure, also with
 // texts in the local code set, which is ASCII here; what decodes encodes, on both ways to the same octets, and those
 // decode to the same structure again. Packed, strict and limited decodes differ only in what was asked for. Nothing is
-// lost.
+// lost, and no call takes more heap or stack than it may.
 //
 // The first two octets pick the record, the others are its encoding without the envelope.
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include "asn1/record/decoding.h"
 #include "asn1/record/packed_blocks.h"
 #include "asn1/utf8.h"
+#include "bounds.h"
 #include "pick_record.h"
 #include "require.h"
 #include "support/allocations.h"
@@ -19,12 +20,39 @@ namespace {
 
 using namespace zr_test;
 
+allocations& watched() {
+    static allocations watching;
+    return watching;
+}
+
+// What any call may take besides what is in proportion to its octets. The promise is 64 KiB, which inputs of this size
+// would hardly reach.
+constexpr size_t fixed_part = 0x2000;
+
+// The object tree keeps no bounds.
+bool keeps_bounds(const route& way) { return &way == &entry_points || &way == &local_entry_points; }
+
+int decode_by(const route& way, const zr::record_type& type, zr_asn_buffer_t in, void* out) {
+    if (!keeps_bounds(way)) return way.decode(type, in, out);
+    return bounded(watched(), 32 * size_t{in.length} + fixed_part, [&] { return way.decode(type, in, out); });
+}
+
+// A record has at most one open level for two octets of its encoding.
+int encode_by(const route& way, const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+    if (!keeps_bounds(way)) return way.encode(type, out, in);
+    const size_t before = watched().restart_peak();
+    const int status = bounded(watched(), SIZE_MAX, [&] { return way.encode(type, out, in); });
+    const size_t most = (&way == &entry_points ? 2 : 4) * size_t{out.length} + 48 * size_t{out.length} / 2 + fixed_part;
+    require(watched().peak() - before <= most, "more heap than the encoding allows");
+    return status;
+}
+
 // A structure that starts with octets of no meaning: a decode that is refused leaves them.
 class target {
 public:
     target(const zr::record_type& type, const route& way, zr_asn_buffer_t in) : out_(type) {
         std::memset(out_.get(), 0x5A, type.size);
-        status = way.decode(type, in, out_.get());
+        status = decode_by(way, type, in, out_.get());
         if (status == 0) return;
         const auto* octets = static_cast<const unsigned char*>(out_.get());
         const bool untouched = std::all_of(octets, octets + type.size, [](unsigned char c) { return c == 0x5A; });
@@ -59,7 +87,7 @@ void check_alike(const zr::record_type& type, const route& way, const route& by_
     require(unlike(direct, tree).empty(), "different structures");
     zr_asn_buffer_t first{};
     zr_asn_buffer_t other{};
-    require(way.encode(type, first, direct.out().get()) == 0, "what decodes does not encode");
+    require(encode_by(way, type, first, direct.out().get()) == 0, "what decodes does not encode");
     require(by_tree.encode(type, other, tree.out().get()) == 0, "what decodes does not encode as a tree");
     require(same(first, other), "different encodings");
     zr_asn_buffer_free(first);
@@ -68,7 +96,9 @@ void check_alike(const zr::record_type& type, const route& way, const route& by_
 
 void check_decode_call(const zr::record_type& type, zr_asn_buffer_t in, target& direct, zr_asn_buffer_t written) {
     const auto call = [&](structure& out, const zr::decode_options& options, zr::decode_report& report) {
-        require(type.decode(in.data, in.length, out.get(), options, report) == report.status, "two statuses");
+        const int status = bounded(watched(), 32 * size_t{in.length} + fixed_part,
+                                   [&] { return type.decode(in.data, in.length, out.get(), options, report); });
+        require(status == report.status, "two statuses");
         require((report.status == 0) == (report.consumed != 0), "consumed without success, or the reverse");
         return report.status;
     };
@@ -76,8 +106,10 @@ void check_decode_call(const zr::record_type& type, zr_asn_buffer_t in, target& 
     {
         structure packed(type);
         zr::packed_blocks blocks;
-        require(type.decode_packed(in.data, in.length, packed.get(), blocks, {}, report) == direct.status,
-                "packed has another status");
+        const int status = bounded(watched(), 32 * size_t{in.length} + fixed_part, [&] {
+            return type.decode_packed(in.data, in.length, packed.get(), blocks, {}, report);
+        });
+        require(status == direct.status, "packed has another status");
         require(difference(type, packed.get(), direct.out().get()).empty(), "packed holds something else");
         std::memset(packed.get(), 0, type.size);
     }
@@ -120,7 +152,7 @@ void check(const zr::record_type& type, zr_asn_buffer_t in) {
     zr_asn_buffer_t first{};
     zr_asn_buffer_t other{};
     if (direct.status == 0) {
-        require(entry_points.encode(type, first, direct.out().get()) == 0, "what decodes does not encode");
+        require(encode_by(entry_points, type, first, direct.out().get()) == 0, "what decodes does not encode");
         target again(type, entry_points, first);
         require(again.status == 0, "what was encoded does not decode");
         require(unlike(direct, again).empty(), "the structure changes on its way");
@@ -135,16 +167,15 @@ void check(const zr::record_type& type, zr_asn_buffer_t in) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static allocations watched;
     if (size < 2) return 0;
 
     const zr::record_type& type = pick_record(data[0] << 8u | data[1]);
-    const size_t before = watched.live();
+    const size_t before = watched().live();
     {
         const silence kept;
         envelope in(octets(data + 2, data + size));
         check(type, in.buffer());
     }
-    require(watched.live() == before, "blocks are lost");
+    require(watched().live() == before, "blocks are lost");
     return 0;
 }

@@ -29,6 +29,8 @@ public:
 
     // peak is the most octets that the counted blocks had at once, as they were asked for; both of a block that moves.
     size_t peak() const { return peak_; }
+    // restart_peak begins to look for the peak anew, and returns what the counted blocks have now.
+    size_t restart_peak() { return peak_ = held_; }
 
     // fail_allocation makes the n-th request from now (1 is the next) fail, and all behind it when `for_ever`: malloc,
     // calloc, realloc and the nothrow operators give null, the others throw std::bad_alloc. 0 calls it off.
