@@ -153,6 +153,76 @@ TEST(bounds, texts_that_are_converted) {
     }
 }
 
+// Shapes that have harmed decoders, each as the octets of a record and the status that refuses it, or 0: wide
+// integers lose their high octets, and what follows a record is left to the caller.
+TEST(bounds, shapes_of_attacks) {
+    const thread_locale in_use("latin1");
+    const octets text{0x0C, 0};
+    const octets data{0x04, 0};
+    const auto value = [&](const octets& type) { return element(0x30, type + text + data); };
+    const auto value_with = [&](const octets& last) { return element(0x30, octets{0x02, 1, 5} + text + last); };
+    const auto nested = [](size_t depth, octets head, const octets& tail) {
+        return times(depth, head) + times(tail.empty() ? 0 : depth, tail);
+    };
+    const struct {
+        const char* name;
+        octets ber;
+        int status;
+    } rows[] = {
+        {"a header that goes on behind the octets", {0x30, 0x80, 0x1F, 0xFF, 0xFF, 0xFF}, zr_err_data_ends_early},
+        {"a length of which one octet is missing", {0x30, 0x84, 0, 0, 0}, zr_err_data_ends_early},
+        {"contents behind the octets", {0x30, 10, 0x02, 1, 5}, zr_err_data_ends_early},
+        {"a length of 2^32 - 1", octets{0x30, 0x84, 0xFF, 0xFF, 0xFF, 0xFF} + value({2, 1, 5}), zr_err_data_ends_early},
+        {"a length of 2^31", octets{0x30, 0x84, 0x80, 0, 0, 0} + value({2, 1, 5}), zr_err_data_ends_early},
+        {"a length of 2^32 and 1 within", value({0x02, 0x85, 1, 0, 0, 0, 1, 5}), 0},
+        {"a length of 2^64 and 1 within", value({0x02, 0x89, 1, 0, 0, 0, 0, 0, 0, 0, 1, 5}), 0},
+        {"a text of 2^32 - 1", element(0x30, octets{2, 1, 5, 0x0C, 0x84, 0xFF, 0xFF, 0xFF, 0xFF} + data),
+         zr_err_data_ends_early},
+        {"octets of 2^32 - 6", value_with({0x04, 0x84, 0xFF, 0xFF, 0xFF, 0xFA}), zr_err_data_ends_early},
+        {"a tag that folds to that of a SEQUENCE",
+         octets{0x3F, 0x80, 0x80, 0x80, 0x80, 0x90, 0x05, 7, 2, 1, 5} + text + data, zr_err_data_ends_early},
+        {"a tag of 2^32 and 2 within", value({0x1F, 0x90, 0x80, 0x80, 0x80, 0x02, 1, 5}), zr_err_no_match},
+        {"a long tag for a small number within", value({0x1F, 0x02, 1, 5}), zr_err_no_match},
+        {"segments in segments",
+         octets{0x30, 0x80, 2, 1, 5, 0x0C, 0} + nested(20000, {0x24, 0x80}, {0, 0}) + octets{0, 0}, 0},
+        {"segments in segments without an end", octets{0x30, 0x80, 2, 1, 5, 0x0C, 0} + nested(20000, {0x24, 0x80}, {}),
+         zr_err_data_ends_early},
+        {"texts in texts", octets{0x30, 0x80, 2, 1, 5} + nested(20000, {0x2C, 0x80}, {0, 0}) + octets{4, 0, 0, 0},
+         zr_err_no_match},
+        {"empty segments", octets{0x30, 0x80, 2, 1, 5, 0x0C, 0, 0x24, 0x80} + times(20000, {4, 0}) + octets(4), 0},
+        {"a missing end", octets{0x30, 0x80, 2, 1, 5} + text + data, zr_err_bad_contents},
+        {"half an end", octets{0x30, 0x80, 2, 1, 5} + text + data + octets{0}, zr_err_bad_contents},
+        {"an end in a definite length", element(0x30, octets{2, 1, 5} + text + data + octets{0, 0}),
+         zr_err_trailing_data},
+        {"an end for a member", element(0x30, octets{2, 1, 5, 0, 0} + data), zr_err_no_match},
+        {"an end with contents", octets{0x30, 0x80, 2, 1, 5} + text + data + octets{0, 1, 0}, zr_err_bad_contents},
+        {"an end too many", octets{0x30, 0x80, 2, 1, 5} + text + data + octets(4), 0},
+        {"nothing but ends", octets(3000), zr_err_no_match},
+        {"an INTEGER of no octets", value({2, 0}), 0},
+        {"an INTEGER of four octets", value({2, 4, 0xFF, 0xFF, 0xFF, 0xFF}), 0},
+        {"an INTEGER of five octets", value({2, 5, 1, 0, 0, 0, 5}), 0},
+        {"an INTEGER of nine octets", value({2, 9, 1, 0, 0, 0, 0, 0, 0, 0, 5}), 0},
+        {"an INTEGER of 70,000 octets", value(element(2, octets(70000, 0xFF))), 0},
+        {"an INTEGER in segments", value({0x22, 3, 2, 1, 5}), zr_err_constructed_form},
+        {"a BIT STRING of no octets", value_with({0x03, 0}), zr_err_no_match},
+        {"a BIT STRING with unused bits of none", value_with({0x03, 1, 7}), zr_err_no_match},
+        {"octets behind the record", value({2, 1, 5}) + octets(3000, 0x30), 0},
+        {"a record for a member", value({0x30, 0}), zr_err_no_match},
+        {"members in a wrong order", element(0x30, data + text + octets{2, 1, 5}), zr_err_no_match},
+        {"a member too many", element(0x30, octets{2, 1, 5} + text + data + data), zr_err_trailing_data},
+    };
+    const zr::record_type& type = *zr::find_record("value_s_t");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        caught_stderr printed;
+        for (const route& way : {entry_points, object_tree, local_entry_points}) {
+            structure out(type);
+            EXPECT_EQ(decode(way, row.ber, out), row.status) << way.name;
+        }
+        check_decoding(type, row.ber, row.name);
+    }
+}
+
 TEST(bounds, encoding) {
     const thread_locale in_use("latin1");
     std::mt19937 random(61);

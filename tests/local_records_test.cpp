@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base_idls/principal_asn.h"
 #include "support/allocations.h"
@@ -156,6 +157,35 @@ TEST(local_records, the_first_fault_decides) {
         EXPECT_EQ(decode(local_entry_points, element(0x30, id(c.principal) + ids(c.count, c.first_id)), out), c.status);
         EXPECT_EQ(printed.take().empty(), c.status == 0);
     }
+}
+
+// One text that the local code set cannot hold, at every place that a record has for texts.
+TEST(local_records, an_unconvertible_text_at_every_place) {
+    const thread_locale in_use("latin1");
+    std::mt19937 random(33);
+    size_t places = 0;
+    for (const zr::record_type* type : all_records()) {
+        structure original(*type);
+        fill(*type, original.get(), random, {60, 3, true});
+        for (char** text : texts_of(*type, original.get())) {
+            char euro[] = "\xE2\x82\xAC";
+            char* const kept = std::exchange(*text, euro);
+            const octets ber = encode(entry_points, original).ber;
+            *text = kept;
+            for (const route& way : {local_entry_points, local_object_tree}) {
+                structure out(*type);
+                caught_stderr printed;
+                allocations watched;
+                const bool converts = class_of(*type) == nullptr;
+                ASSERT_EQ(decode(way, ber, out), converts ? zr_err_conversion : 0) << type->name << " " << way.name;
+                EXPECT_EQ(printed.take().empty(), !converts);
+                EXPECT_EQ(leftover_of_free(out), "");
+                EXPECT_EQ(watched.live(), 0u);
+            }
+            ++places;
+        }
+    }
+    EXPECT_GT(places, 150u);
 }
 
 // A null element stands for no value: a text before it decides first.
