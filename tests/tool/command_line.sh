@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip; do
+for verb in records schema encode decode dump check roundtrip wireshark; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"

@@ -36,6 +36,8 @@ const std::vector<verb_row>& verbs() {
          positional::file, positional::none, "zrasn check acl.ber", false, check_verb},
         {"roundtrip", on_roundtrip, "decode, encode again and compare: counts of what differs, without any value",
          positional::file, positional::none, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
+        {"wireshark", 0, "print a dissector for Wireshark and tshark, in Lua", positional::none, positional::none,
+         "zrasn wireshark > ~/.local/lib/wireshark/plugins/zrasn.lua", false, wireshark_verb},
         {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
          "zrasn completion bash > /etc/bash_completion.d/zrasn", true, completion_verb},
         {"manual", 0, "print the manual page", positional::none, positional::none, "zrasn manual | man -l -", true,

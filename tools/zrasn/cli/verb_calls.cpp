@@ -109,6 +109,7 @@ int roundtrip_verb(const settings& given) {
                           version_named(given.version_byte)});
 }
 
+int wireshark_verb(const settings&) { return run_wireshark(); }
 int completion_verb(const settings& given) { return print_completion(given.shell); }
 int manual_verb(const settings&) { return print_manual(); }
 

@@ -90,4 +90,7 @@ struct roundtrip_options {
 };
 int run_roundtrip(const roundtrip_options& options);
 
+// wireshark: a dissector in Lua for all records.
+int run_wireshark();
+
 }  // namespace zr::tool
