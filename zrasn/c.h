@@ -1,5 +1,5 @@
-// The records from C, and from any language that can call C: octets to JSON and back, what octets are, where they deviate.
-// It is the whole of what libzrasn_json exports. docs/c-interface.md shows it at work.
+// The records from C, and from any language that can call C: octets to JSON and back, what octets are, where they
+// deviate. It is the whole of what libzrasn_json exports. docs/c-interface.md shows it at work.
 //
 //     char* json;
 //     size_t length;
@@ -13,17 +13,21 @@
 //
 // For all functions here:
 // - They keep nothing between calls and may be called by any number of threads at once. None of them prints.
-// - Octets and texts that are given are read during the call only; they need no end. Null is taken for none of them where
+// - Octets and texts that are given are read during the call only; they need no end. Null is taken for none of them
+// where
 //   their size is 0.
-// - What a call makes (`json`, `octets`, `text`) is a block of the caller's, who gives it to zrasn_free. A text ends in a
+// - What a call makes (`json`, `octets`, `text`) is a block of the caller's, who gives it to zrasn_free. A text ends in
+// a
 //   zero octet, which `length` does not count. After a refusal the pointer is null and the length 0.
 // - They return 0 or a status, which the report has too: one of asn1/status.h (2750xxxxx), or ZRASN_BAD_JSON. A null
-//   pointer that has no meaning, and a `size` of options or a report that no version of this page has, is 275063196. Memory
-//   that ends, and a limit that is passed, is 275062885.
-// - Whatever the octets or the text are: time and memory grow in line with their size, no call recurses, and the limits of
+//   pointer that has no meaning, and a `size` of options or a report that no version of this page has, is 275063196.
+//   Memory that ends, and a limit that is passed, is 275062885.
+// - Whatever the octets or the text are: time and memory grow in line with their size, no call recurses, and the limits
+// of
 //   the options hold.
 // - `options` may be null: then all are 0. `report` may be null.
-// - Members marked secret are "***" in all that is made, unless `show_secrets` says otherwise; no message has their value.
+// - Members marked secret are "***" in all that is made, unless `show_secrets` says otherwise; no message has their
+// value.
 //   What holds "***" in place of a secret is refused.
 #pragma once
 
@@ -40,8 +44,8 @@
 extern "C" {
 #endif
 
-// A record: its name and the list of its fields. All are constant and live as long as the program. One of a program of its
-// own is given by zr::as_c in zrasn/json.h.
+// A record: its name and the list of its fields. All are constant and live as long as the program. One of a program of
+// its own is given by zr::as_c in zrasn/json.h.
 typedef struct zrasn_record zrasn_record;
 
 // The statuses beside those of asn1/status.h.
@@ -52,14 +56,14 @@ enum zrasn_status {
     ZRASN_BAD_JSON = 1
 };
 
-// What a call may be asked for. All 0, but for `size`, is what most callers want; members that a later version adds have
-// this meaning too. A limit of 0 is none.
+// What a call may be asked for. All 0, but for `size`, is what most callers want; members that a later version adds
+// have this meaning too. A limit of 0 is none.
 typedef struct zrasn_options {
-    size_t size;   // of this structure, as the caller was compiled
-    int strict;    // refuse all that the library would not write (zr::decode_options::strict)
-    int bare;      // octets come and go without the envelope's header: they begin with 30
-    int version;   // of the envelope: 0 stands for 2, of other numbers the low eight bits count (256 is version 0)
-    int indent;    // JSON in indented lines; else on one
+    size_t size;  // of this structure, as the caller was compiled
+    int strict;   // refuse all that the library would not write (zr::decode_options::strict)
+    int bare;     // octets come and go without the envelope's header: they begin with 30
+    int version;  // of the envelope: 0 stands for 2, of other numbers the low eight bits count (256 is version 0)
+    int indent;   // JSON in indented lines; else on one
     int show_secrets;
     int reserved;  // 0
     // Of what is read, octets or JSON; what passes one of them is refused with 275062885.
@@ -90,8 +94,10 @@ typedef struct zrasn_report {
     char path[320];      // of the member, such as "attrs[3].name"; empty for the record itself
     char message[512];   // such as "found an INTEGER (02), expected a UTF8String (0c)"; empty after a success
 } zrasn_report;
-#define ZRASN_REPORT_INIT \
-    { sizeof(zrasn_report), 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, { 0 }, { 0 } }
+#define ZRASN_REPORT_INIT                                                    \
+    {                                                                        \
+        sizeof(zrasn_report), 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, {0}, { 0 } \
+    }
 
 // The version of the library, such as "1.2.0".
 ZRASN_C_API const char* zrasn_version(void);
@@ -123,8 +129,8 @@ ZRASN_C_API int zrasn_from_json(const zrasn_record* record, const char* json, si
                                 const zrasn_options* options, unsigned char** octets, size_t* size,
                                 zrasn_report* report);
 
-// The same with the record's structure in C. A structure that is made here is released by zrasn_structure_free, with all
-// that it points to; one of the caller's is only read.
+// The same with the record's structure in C. A structure that is made here is released by zrasn_structure_free, with
+// all that it points to; one of the caller's is only read.
 ZRASN_C_API int zrasn_structure_to_json(const zrasn_record* record, const void* structure, const zrasn_options* options,
                                         char** json, size_t* length, zrasn_report* report);
 ZRASN_C_API int zrasn_json_to_structure(const zrasn_record* record, const char* json, size_t length,
@@ -135,8 +141,8 @@ ZRASN_C_API int zrasn_encode(const zrasn_record* record, const void* structure, 
                              unsigned char** octets, size_t* size, zrasn_report* report);
 ZRASN_C_API void zrasn_structure_free(const zrasn_record* record, void* structure);
 
-// Which records octets may be, with an envelope's header or without one: of the `count` records at `among`, or of all that
-// the library has when that is null.
+// Which records octets may be, with an envelope's header or without one: of the `count` records at `among`, or of all
+// that the library has when that is null.
 //
 //     {"fitting":["sec_id_t"],"nearest":[]}
 //     {"fitting":[],"nearest":[{"record":"sec_id_t","offset":9,"path":"uuid","message":"found ..., expected ..."}]}
@@ -153,16 +159,16 @@ ZRASN_C_API int zrasn_identify(const void* octets, size_t size, const zrasn_reco
 ZRASN_C_API int zrasn_check(const zrasn_record* record, const void* octets, size_t size, const zrasn_options* options,
                             char** json, size_t* length, zrasn_report* report);
 
-// The elements of any BER as a tree, damaged or not, with the names of the record's members when there is a record; never
-// refused for what the octets are. The first four octets may be an envelope's header.
+// The elements of any BER as a tree, damaged or not, with the names of the record's members when there is a record;
+// never refused for what the octets are. The first four octets may be an envelope's header.
 //
 //     {"envelope":{"offset":0,"header":4,"version":2},"elements":[{"offset":4,"header":2,"length":19,"type":"SEQUENCE",
 //      "record":"uuid_t","children":[{"offset":6,"header":2,"length":4,"type":"INTEGER","member":"time_low",
 //      "value":"1806153744"}, ...]}],"problems":0}
 //
-// `value` is text for people: a number's digits, a text in quotes, octets as digits, long ones cut. What is wrong with an
-// element stands in its `problems`; members that are not there in `missing`. Elements below the last level that is shown,
-// and from where the text gets too long, are counted in `hidden`.
+// `value` is text for people: a number's digits, a text in quotes, octets as digits, long ones cut. What is wrong with
+// an element stands in its `problems`; members that are not there in `missing`. Elements below the last level that is
+// shown, and from where the text gets too long, are counted in `hidden`.
 ZRASN_C_API int zrasn_walk(const zrasn_record* record, const void* octets, size_t size, const zrasn_options* options,
                            char** json, size_t* length, zrasn_report* report);
 
@@ -172,9 +178,9 @@ ZRASN_C_API int zrasn_describe(const zrasn_record* record, char** json, size_t* 
 ZRASN_C_API int zrasn_schema(const zrasn_record* record, char** text, size_t* length);
 ZRASN_C_API int zrasn_json_schema(const zrasn_record* record, char** json, size_t* length);
 
-// A value of the record as JSON on one line, which zrasn_from_json takes. It follows from the fields, the seed and `filled`
-// alone. Seed 0 is the smallest value, or filled the one of "zrasn records --example"; any other draws numbers, texts and
-// lists. Filled ones have something in every member.
+// A value of the record as JSON on one line, which zrasn_from_json takes. It follows from the fields, the seed and
+// `filled` alone. Seed 0 is the smallest value, or filled the one of "zrasn records --example"; any other draws
+// numbers, texts and lists. Filled ones have something in every member.
 ZRASN_C_API int zrasn_sample(const zrasn_record* record, uint64_t seed, int filled, char** json, size_t* length);
 
 #ifdef __cplusplus
