@@ -53,10 +53,9 @@ const char* limit_words(decode_limit passed) {
     return "";
 }
 
-std::string message_of(const decode_report& found, const input_octets& octets, size_t before, unsigned version) {
+std::string message_of(const decode_report& found, const input_octets& octets, size_t before) {
     if (found.passed != decode_limit::none)
         return std::string("found more ") + limit_words(found.passed) + " than the limit, expected fewer";
-    if (found.status == zr_err_bad_envelope) return explain_envelope(octets.data, octets.size, version).message;
     if (found.status == zr_err_out_of_memory && found.expected != expectation::fewer_elements)
         return status_text(found.status);
     refusal at = found;
@@ -113,10 +112,21 @@ int call::refuse(const decode_report& found, const input_octets& octets, size_t 
     report.offset = found.offset - std::min<size_t>(found.offset, before);
     report.found = found.found;
     report.missing = found.missing;
-    if (found.status != zr_err_bad_envelope && found.expected == expectation::value && found.tag != 0)
-        report.expected_tag = found.tag;
+    if (found.expected == expectation::value && found.tag != 0) report.expected_tag = found.tag;
     store(report.path, found.path);
-    store(report.message, message_of(found, octets, before, version()));
+    if (found.status != zr_err_bad_envelope) {
+        store(report.message, message_of(found, octets, before));
+        return found.status;
+    }
+    if (before == 0 && lacks_header(octets.data, octets.size)) {
+        store(report.message,
+              "found a SEQUENCE (30), expected the envelope's header before it, or to be asked for bare octets");
+        return found.status;
+    }
+    const envelope_fault fault = explain_envelope(octets.data, octets.size, version());
+    report.offset = fault.offset;
+    report.found = fault.offset < octets.size ? octets.data[fault.offset] : -1;
+    store(report.message, fault.message);
     return found.status;
 }
 
