@@ -2,7 +2,7 @@
 # for pkg-config, the library in both forms and the headers with the directories that their includes name (their root is
 # include/zrasn).
 #
-# Components: "runtime" the shared libraries, "development" what compiling needs, "tool" the program with its manual page,
+# Components: "runtime" the shared libraries (zrasn, zrz, zrasn_json), "development" what compiling needs, "tool" the program with its manual page,
 # "documentation" the pages.
 include(CMakePackageConfigHelpers)
 
@@ -42,9 +42,14 @@ foreach(header copy_packed encoding entry_points general_reader guess local_form
 endforeach()
 list(TRANSFORM private REPLACE "(.+)" "PATTERN;\\1;EXCLUDE")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development
-    FILES_MATCHING PATTERN "*.h" PATTERN zrz/text_conversion.h EXCLUDE ${private} ${zrasn_foreign_headers})
+    FILES_MATCHING PATTERN "*.h" PATTERN src/json EXCLUDE PATTERN zrz/text_conversion.h EXCLUDE ${private}
+    ${zrasn_foreign_headers})
+set(of_json)
+if(NOT TARGET zrasn_json)
+    set(of_json PATTERN zrasn/c.h EXCLUDE PATTERN zrasn/json.h EXCLUDE)
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/base_idls ${PROJECT_SOURCE_DIR}/zrasn
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development FILES_MATCHING PATTERN "*.h")
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrasn COMPONENT development FILES_MATCHING PATTERN "*.h" ${of_json})
 install(EXPORT zrasn_targets NAMESPACE zrasn:: FILE zrasn-targets.cmake DESTINATION ${zrasn_package_dir}
     COMPONENT development)
 install(FILES ${PROJECT_BINARY_DIR}/zrasn-config.cmake ${PROJECT_BINARY_DIR}/zrasn-config-version.cmake
@@ -52,8 +57,13 @@ install(FILES ${PROJECT_BINARY_DIR}/zrasn-config.cmake ${PROJECT_BINARY_DIR}/zra
 
 # The file names its own prefix relative to where it lies, so that the tree can be moved.
 file(RELATIVE_PATH zrasn_pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(${PROJECT_SOURCE_DIR}/cmake/zrasn.pc.in ${PROJECT_BINARY_DIR}/zrasn.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/zrasn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(library zrasn zrasn_json)
+    if(TARGET ${library})
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+            COMPONENT development)
+    endif()
+endforeach()
 
 # The pages as they are, and as HTML where those were made. (An unpacked archive of the library alone has none.)
 foreach(page docs README.md CHANGELOG.md SECURITY.md LICENSE examples)

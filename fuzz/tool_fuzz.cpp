@@ -5,10 +5,10 @@
 // The first two octets pick the record, the others are its encoding without the envelope.
 
 #include "asn1/status.h"
-#include "ber/deviations.h"
-#include "ber/mismatch.h"
-#include "ber/record_guide.h"
-#include "ber/scanner.h"
+#include "json/ber/deviations.h"
+#include "json/ber/mismatch.h"
+#include "json/ber/record_guide.h"
+#include "json/ber/scanner.h"
 #include "pick_record.h"
 #include "require.h"
 #include "support/routes.h"
@@ -16,12 +16,12 @@
 namespace {
 
 using namespace zr_test;
-using zr::tool::ber_item;
-using zr::tool::ber_kind;
+using zr::json::ber_item;
+using zr::json::ber_kind;
 
 void walk(const zr::record_type& type, const octets& ber) {
-    zr::tool::ber_scanner scanner(ber.data(), ber.size());
-    zr::tool::record_guide guide(&type);
+    zr::json::ber_scanner scanner(ber.data(), ber.size());
+    zr::json::record_guide guide(&type);
     size_t at = 0;
     for (ber_item item; scanner.next(item);) {
         require(item.offset == at, "the walk leaves octets out, or gives them twice");
@@ -36,19 +36,19 @@ void walk(const zr::record_type& type, const octets& ber) {
 void compare(const zr::record_type& type, const octets& ber) {
     structure decoded(type);
     const int status = decode(entry_points, ber, decoded);
-    zr::tool::mismatch found;
-    const bool refused = zr::tool::find_mismatch(ber.data(), ber.size(), type, found);
+    zr::json::mismatch found;
+    const bool refused = zr::json::find_mismatch(ber.data(), ber.size(), type, found);
     require(refused == (status != 0), "find_mismatch and decode disagree");
     require(!refused || found.status == status, "find_mismatch has another status");
     if (refused) return;
     bool any = false;
-    zr::tool::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&any](const zr::tool::deviation& other) {
-        any = any || other.kind != zr::tool::deviation_kind::not_utf8;
+    zr::json::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&any](const zr::json::deviation& other) {
+        any = any || other.kind != zr::json::deviation_kind::not_utf8;
     });
     // One of indefinite length ends where the decode says so. Where its identifiers wrap around, that may lie before an
     // end that a definite length in it gives, and the record alone is no longer whole.
     if (ber[1] != 0x80) {
-        const auto end = static_cast<long>(zr::tool::record_end(ber.data(), ber.size(), type));
+        const auto end = static_cast<long>(zr::json::record_end(ber.data(), ber.size(), type));
         structure alone(type);
         require(decode(entry_points, octets(ber.begin(), ber.begin() + end), alone) == 0, "the record ends elsewhere");
     }

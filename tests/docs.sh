@@ -16,7 +16,7 @@ for reason in $reasons; do
     grep -qE "^\|.*\`$reason\`.*\|.*\|" docs/api.md || fail "docs/api.md does not list the reason $reason"
 done
 
-keys=$(grep -ohE '"[a-z0-9]+(_[a-z0-9]+)+"' tools/zrasn/ber/deviations.cpp tools/zrasn/verbs/roundtrip.cpp | tr -d '"')
+keys=$(grep -ohE '"[a-z0-9]+(_[a-z0-9]+)+"' src/json/ber/deviations.cpp tools/zrasn/verbs/roundtrip.cpp | tr -d '"')
 [ "$(echo "$keys" | wc -l)" -ge 18 ] || fail "no keys of deviations found"
 for key in $keys; do
     grep -qF "\`$key\`" docs/tool.md || fail "docs/tool.md does not list the key $key"

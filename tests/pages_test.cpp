@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "asn1/status_text.h"
-#include "json/record_reader.h"
+#include "json/document/record_reader.h"
 #include "support/hex.h"
 #include "support/routes.h"
 #include "zrasn/decode.h"
@@ -70,8 +70,8 @@ std::string line_of(const row& row) {
         const int status = type.decode(in.data(), in.size(), made.get(), options, report);
         line += status == 0 ? " reads it" : " " + std::to_string(status);
         if (status == 0) {
-            zr::tool::json_error error;
-            EXPECT_TRUE(zr::tool::read_json(row.value, type, expected.get(), error)) << error.message;
+            zr::json::json_error error;
+            EXPECT_TRUE(zr::json::read_json(row.value, type, expected.get(), error)) << error.message;
             EXPECT_EQ(difference(type, made.get(), expected.get()), "") << row.change;
             if (!strict && *row.reads != 0) line += std::string(": ") + row.reads;
         }

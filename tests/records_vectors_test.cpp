@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <map>
 
-#include "json/record_reader.h"
+#include "json/document/record_reader.h"
 #include "support/routes.h"
 #include "support/vectors.h"
 
@@ -14,8 +14,8 @@ namespace {
 // One value, on both ways.
 void check(const zr::record_type& type, const std::string& value, const octets& ber) {
     structure original(type);
-    zr::tool::json_error error;
-    ASSERT_TRUE(zr::tool::read_json(value, type, original.get(), error)) << error.path << ": " << error.message;
+    zr::json::json_error error;
+    ASSERT_TRUE(zr::json::read_json(value, type, original.get(), error)) << error.path << ": " << error.message;
     for (const route& way : routes) {
         SCOPED_TRACE(way.name);
         EXPECT_EQ(hex(encode(way, original).ber), hex(ber));

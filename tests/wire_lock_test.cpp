@@ -7,9 +7,9 @@
 #include <fstream>
 #include <map>
 
-#include "ber/field_words.h"
-#include "json/example.h"
-#include "json/record_reader.h"
+#include "json/ber/field_words.h"
+#include "json/describe/sample.h"
+#include "json/document/record_reader.h"
 #include "support/routes.h"
 
 namespace zr_test {
@@ -18,8 +18,8 @@ namespace {
 // A digest of the octets of the record's example (FNV-1a, 64 bits).
 std::string digest_of(const zr::record_type& type) {
     structure example(type);
-    zr::tool::json_error error;
-    EXPECT_TRUE(zr::tool::read_json(zr::tool::example_json(type), type, example.get(), error)) << error.message;
+    zr::json::json_error error;
+    EXPECT_TRUE(zr::json::read_json(zr::json::sample_json(type, 0, true), type, example.get(), error)) << error.message;
     uint64_t digest = 0xCBF29CE484222325;
     for (const unsigned char octet : encode(entry_points, example).ber)
         digest = (digest ^ octet) * 0x100000001B3;
@@ -38,8 +38,8 @@ lock lock_of_the_registry() {
         made[type->name] = digest_of(*type);
         for (const zr::field& field : *type)
             made[type->name + ("." + std::string(field.name))] =
-                zr::tool::kind_in_words(field) +
-                (zr::is_list(field.held) ? ", counted by " + zr::tool::c_integer(field.count) : "") + " (" +
+                zr::json::kind_in_words(field) +
+                (zr::is_list(field.held) ? ", counted by " + zr::json::c_integer(field.count) : "") + " (" +
                 std::to_string(&field - type->begin() + 1) + ")";
     }
     return made;

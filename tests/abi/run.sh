@@ -1,5 +1,5 @@
 #!/bin/sh
-# run.sh BUILD64 BUILD32 check|update: compares the interface of both shared libraries, in both word sizes, with what is kept
+# run.sh BUILD64 BUILD32 check|update: compares the interface of the shared libraries, in both word sizes, with what is kept
 # here: functions with their parameters and versions, and the layout of every type that goes through them. Any difference
 # fails and is shown; `update` writes what is there now. docs/abi.md says what may change when.
 set -eu
@@ -11,7 +11,7 @@ status=0
 for size in 64 32; do
     build=$1
     [ $size = 64 ] || build=$2
-    for library in zrasn zrz; do
+    for library in zrasn zrz zrasn_json; do
         file=$(find "$build/src" -name "lib$library.so.*.*")
         kept=$here/lib$library-$size.abi
         abidw --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names --drop-undefined-syms \

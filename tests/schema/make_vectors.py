@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""make_vectors.py [--check]: makes tests/vectors/*.txt and the seeds of records_fuzz.
+"""make_vectors.py [--check]: makes tests/vectors/*.txt and the seeds of records_fuzz; those that a fault gave its name have no number.
 
 Values come from the rules below and the ASN.1 module zrasn.asn1, octets from Erlang's ASN.1 compiler: nothing of the
 library takes part. With --check nothing is written: the exit status tells whether the files are what would be made,
@@ -221,7 +221,7 @@ def main():
         print("Erlang's ASN.1 compiler (packages erlang-base, erlang-asn1) is not installed: nothing is compared")
         sys.exit(77)
     files = make(Schema(here / "zrasn.asn1"))
-    made = {path for directory, pattern in ((vectors, "*.txt"), (seeds, "*")) for path in directory.glob(pattern)}
+    made = {path for directory, pattern in ((vectors, "*.txt"), (seeds, "*.*")) for path in directory.glob(pattern)}
     if "--check" in sys.argv[1:]:
         wrong = [path for path, text in files.items() if not path.is_file() or path.read_bytes() != text]
         wrong += made - files.keys()

@@ -6,15 +6,16 @@
 #include <unistd.h>
 
 #include "asn1/status.h"
-#include "base/envelope.h"
-#include "base/hex.h"
-#include "base/path.h"
-#include "base/suggest.h"
-#include "base/text.h"
 #include "input/armour.h"
 #include "input/line_reader.h"
 #include "input/text_decoder.h"
+#include "json/base/envelope.h"
+#include "json/base/hex.h"
+#include "json/base/path.h"
+#include "json/base/suggest.h"
+#include "json/base/text.h"
 #include "support/hex.h"
+#include "verbs/source_line.h"
 
 namespace zr_test {
 namespace {
@@ -202,7 +203,7 @@ TEST(line_reader, gives_lines_of_any_length) {
     };
     for (const auto& row : rows) {
         std::ofstream(path) << row.text;
-        output nowhere("/dev/null");
+        file_output nowhere("/dev/null");
         line_reader lines(path, nowhere, longest.size() + 1);  // the end of the line counts
         std::string all;
         for (std::string_view line; lines.next(line);)
@@ -210,6 +211,29 @@ TEST(line_reader, gives_lines_of_any_length) {
         EXPECT_EQ(all, row.lines) << row.text.size();
     }
     unlink(path.c_str());
+}
+
+TEST(source_line, shows_the_place) {
+    const std::string many(100, 'x');
+    const struct {
+        std::string text;
+        size_t offset;
+        std::string shown;
+    } rows[] = {
+        {"", 0, "  \n  ^\n"},
+        {"abc\ndef\nghi", 5, "  def\n   ^\n"},
+        {"a\r\nb", 1, "  a\n   ^\n"},
+        {"ab\r\nb", 1, "  ab\n   ^\n"},
+        {"\tx\t\\y", 4, "  \tx\t\\y\n  \t \t ^\n"},
+        {"\u6F22\u5B57e\u0301x", 9, "  \u6F22\u5B57e\u0301x\n       ^\n"},
+        {"\x1B\xFFx", 2, "  \\u{1b}\\xffx\n            ^\n"},
+        {many + "!" + many, 100,
+         "  " + many.substr(40) + "!" + many.substr(41) + "\n  " + std::string(60, ' ') + "^\n"},
+        {"\u00FC" + many.substr(41) + "!", 61, "  \u00FC" + many.substr(41) + "!\n  " + std::string(60, ' ') + "^\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(show_place(row.text, row.offset), row.shown) << row.text;
+    EXPECT_LT(show_place(std::string(5000000, '\x80'), 70).size(), 1000u);
 }
 
 }  // namespace

@@ -12,14 +12,19 @@ zrasn encode acl_ext_s_t acl.json -o acl.ber
 zrasn encode acl_ext_s_t acl.json --hex | sed 's/020101020102/020101010102/' > broken.hex
 sed 's/"perms": \[1\]/"perm": [1]/' acl.json > typo.json
 
-above=
-for room in $(sed -nE 's/^\| `([a-z]+)\/` \|.*/\1/p' "$root/tools/zrasn/README.md"); do
-    above="$above|$room"
-    for include in $(sed -nE 's/^#include "([a-z]+)\/.*/\1/p' "$root/tools/zrasn/$room"/*.h "$root/tools/zrasn/$room"/*.cpp); do
-        [[ "$above|asn1|zrasn|" == *"|$include|"* ]] || { echo "$room/ includes $include/" >&2; exit 1; }
+# rooms DIRECTORY MAY EXPECTED: includes are written from MAY on.
+rooms() {
+    local above= room include
+    for room in $(sed -nE 's/^\| `([a-z]+)\/` \|.*/\1/p' "$1/README.md"); do
+        above="$above|$room"
+        for include in $(sed -nE "s,^#include \"$2([a-z0-9_]+)/.*,\1,p" "$1/$room"/*.h "$1/$room"/*.cpp); do
+            [[ "$above|$3|" == *"|$include|"* ]] || { echo "$room/ includes $include/" >&2; exit 1; }
+        done
     done
-done
-[ "$above" = '|base|input|ber|json|verbs|cli' ] || { echo "the rooms are $above" >&2; exit 1; }
+    [ "$above" = "$4" ] || { echo "the rooms are $above" >&2; exit 1; }
+}
+rooms "$root/tools/zrasn" '' 'asn1|zrasn|json' '|base|input|verbs|cli'
+rooms "$root/src/json" json/ '' '|base|ber|document|describe|c'
 
 awk '/^```/ { inside = !inside; if (inside) shown = 0; next } inside && /^\$ / { shown = 1 } inside && shown' \
     "$root/README.md" "$root/docs/tool.md" "$root"/docs/{wire-format,adopting,cookbook}.md > expected

@@ -14,13 +14,14 @@
 
 #include "asn1/envelope.h"
 #include "asn1/record/decoding.h"
-#include "base/envelope.h"
-#include "base/hex.h"
-#include "base/output.h"
-#include "base/record_holder.h"
-#include "ber/deviations.h"
-#include "json/record_writer.h"
-#include "json/string_writer.h"
+#include "base/file_output.h"
+#include "base/library.h"
+#include "json/base/envelope.h"
+#include "json/base/hex.h"
+#include "json/base/record_holder.h"
+#include "json/ber/deviations.h"
+#include "json/document/record_writer.h"
+#include "json/document/string_writer.h"
 
 namespace zr::tool {
 
@@ -250,7 +251,7 @@ private:
     }
 
     const record_type& type_;
-    output out_;
+    file_output out_;
     bool any_ = false;
 };
 

@@ -9,10 +9,11 @@
 #include <CLI/CLI.hpp>
 
 #include "base/exit_code.h"
-#include "base/suggest.h"
-#include "base/text.h"
+#include "base/library.h"
 #include "cli/options.h"
 #include "cli/verb_calls.h"
+#include "json/base/suggest.h"
+#include "json/base/text.h"
 
 namespace zr::tool {
 

@@ -4,9 +4,10 @@
 #include <functional>
 #include <string>
 
-#include "base/suggest.h"
+#include "base/library.h"
 #include "cli/options.h"
 #include "cli/pages.h"
+#include "json/base/suggest.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {

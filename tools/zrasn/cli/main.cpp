@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <new>
 
-#include "base/output.h"
+#include "base/file_output.h"
 #include "cli/command_line.h"
 #include "input/input.h"
 

@@ -2,9 +2,10 @@
 
 #include <string_view>
 
-#include "base/suggest.h"
-#include "base/text.h"
+#include "base/library.h"
 #include "cli/pages.h"
+#include "json/base/suggest.h"
+#include "json/base/text.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {

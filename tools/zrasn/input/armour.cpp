@@ -1,7 +1,8 @@
 #include "input/armour.h"
 
-#include "base/text.h"
+#include "base/library.h"
 #include "input/text_decoder.h"
+#include "json/base/text.h"
 
 namespace zr::tool {
 

@@ -15,11 +15,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/envelope.h"
-#include "base/hex.h"
-#include "base/text.h"
+#include "base/file_output.h"
 #include "input/armour.h"
 #include "input/text_decoder.h"
+#include "json/base/envelope.h"
+#include "json/base/hex.h"
+#include "json/base/text.h"
 
 namespace zr::tool {
 

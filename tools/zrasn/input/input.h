@@ -5,9 +5,10 @@
 #include <cstdint>
 #include <string>
 
-#include "base/envelope.h"
 #include "base/exit_code.h"
+#include "base/library.h"
 #include "input/text_decoder.h"
+#include "json/base/envelope.h"
 
 namespace zr::tool {
 

@@ -11,7 +11,7 @@
 
 namespace zr::tool {
 
-line_reader::line_reader(const std::string& file, output& answers, size_t most)
+line_reader::line_reader(const std::string& file, file_output& answers, size_t most)
     : label_(input_label(file)),
       answers_(answers),
       most_(most),

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/output.h"
+#include "base/file_output.h"
 
 namespace zr::tool {
 
@@ -18,7 +18,7 @@ public:
 
     // `answers` is flushed before the reader waits for input, so that whoever writes a line gets its answer. Of a line
     // of more than `most` octets only the end is kept.
-    line_reader(const std::string& file, output& answers, size_t most = default_most);
+    line_reader(const std::string& file, file_output& answers, size_t most = default_most);
     ~line_reader();
     line_reader(const line_reader&) = delete;
     line_reader& operator=(const line_reader&) = delete;
@@ -36,7 +36,7 @@ private:
     bool read_more();
 
     std::string label_;
-    output& answers_;
+    file_output& answers_;
     const size_t most_;
     int file_;
     std::vector<char> block_;

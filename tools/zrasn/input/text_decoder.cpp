@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "base/hex.h"
+#include "base/library.h"
+#include "json/base/hex.h"
 
 namespace zr::tool {
 

@@ -3,13 +3,14 @@
 #include <string>
 
 #include "asn1/status.h"
-#include "base/envelope.h"
-#include "base/output.h"
-#include "base/record_holder.h"
-#include "base/text.h"
-#include "ber/deviations.h"
-#include "ber/record_match.h"
+#include "base/file_output.h"
+#include "base/library.h"
 #include "input/input.h"
+#include "json/base/envelope.h"
+#include "json/base/record_holder.h"
+#include "json/base/text.h"
+#include "json/ber/deviations.h"
+#include "json/ber/record_match.h"
 #include "verbs/explanation.h"
 #include "verbs/verbs.h"
 
@@ -50,7 +51,7 @@ int check_one(const octets_input& in, const record_type& type, const check_optio
     record_holder record(type);
     const int status = decode(in, type, record, options);
     if (status != zr_ok) return refuse(in, type, status, options);
-    output out("");
+    file_output out("");
     const bool exact = report_fit(in, type, record, out, true);
     out.close();
     return exact ? exit_good : exit_refused;
@@ -82,11 +83,11 @@ int check_all(const octets_input& in, const check_options& options) {
     const int status_of_any = decode(in, any, held, options);
     if (status_of_any == zr_err_bad_envelope) return refuse_any(in, any, status_of_any, options);
     const size_t header = header_of(in);
-    const record_match match = match_records(in.data() + header, in.size() - header);
+    const record_match match = match_records(in.data() + header, in.size() - header, known_records());
     if (match.fitting.size() == 1) return check_one(in, *match.fitting.front(), options);
     if (match.is_no_sequence) return refuse_any(in, any, status_of_any, options);
     if (match.fitting.empty()) return refuse_all(in, match, options);
-    output out("");
+    file_output out("");
     bool exact = false;
     for (const record_type* type : match.fitting) {
         record_holder record(*type);

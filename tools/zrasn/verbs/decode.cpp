@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "asn1/status.h"
-#include "base/envelope.h"
-#include "base/output.h"
-#include "base/record_holder.h"
-#include "ber/losses.h"
+#include "base/file_output.h"
+#include "base/library.h"
 #include "input/input.h"
 #include "input/line_reader.h"
 #include "input/text_decoder.h"
-#include "json/record_writer.h"
+#include "json/base/envelope.h"
+#include "json/base/record_holder.h"
+#include "json/ber/losses.h"
+#include "json/document/record_writer.h"
 #include "verbs/explanation.h"
 #include "verbs/line_answers.h"
 #include "verbs/verbs.h"
@@ -80,7 +81,7 @@ private:
 
     const decode_options& options_;
     const record_type& type_;
-    output out_;
+    file_output out_;
     line_reader lines_;
     line_progress progress_;
     std::vector<unsigned char> octets_;  // of the line, as many as `count_`
@@ -101,7 +102,7 @@ int run_decode(const decode_options& options) {
                           options.secrets);
         return exit_refused;
     }
-    output out(options.output);
+    file_output out(options.output);
     write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented,
                options.secrets);
     out.put('\n');

@@ -7,12 +7,14 @@
 #include <unistd.h>
 
 #include "base/color.h"
-#include "base/output.h"
-#include "ber/asn1_types.h"
-#include "ber/record_guide.h"
-#include "ber/scanner.h"
-#include "ber/value.h"
+#include "base/file_output.h"
+#include "base/library.h"
 #include "input/input.h"
+#include "json/ber/asn1_types.h"
+#include "json/ber/element_words.h"
+#include "json/ber/record_guide.h"
+#include "json/ber/scanner.h"
+#include "json/ber/value.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
@@ -30,7 +32,7 @@ constexpr size_t look_behind = size_t{4} << 20;
 class tree_writer {
 public:
     tree_writer(const octets_input& in, const record_type* record, bool in_color, secret_values secrets)
-        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color), secrets_(secrets) {
+        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color), guard_(record, secrets) {
         for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
             ++offset_width_;
     }
@@ -90,57 +92,26 @@ private:
 
     void element(const ber_item& item) {
         const record_place place = guide_.visit(item);
+        const unsigned char* const contents = in_.data() + item.offset + item.header;
         start(item);
         label(place);
-        type(item, place);
-        if (is_hidden(item, place)) {
+        out_.write(type_words(item, place));
+        if (place.record != nullptr && place.what != role::record) {
+            out_.write(" (");
+            out_.write(place.record->name);
+            out_.put(')');
+        }
+        if (guard_.hides(item, place)) {
             if (!item.opens()) out_.write(" ***");
         } else if (!item.opens() && item.length != 0) {
             out_.put(' ');
-            const unsigned char* contents = in_.data() + item.offset + item.header;
-            write_value(out_, item, contents);
-            if (place.is_integer() && item.damage == ber_damage::none) unsigned_value(item, *place.member, contents);
+            write_element_value(out_, item, place, contents);
         }
         out_.put('\n');
-        if (place.what >= role::unexpected) unexpected(item, place);
-        if (item.damage == ber_damage::too_long) {
-            if (!item.in_cut) too_long(item);
-        } else if (item.damage != ber_damage::none) {
-            damage(item.depth + 1, item.offset, damage_text(item.damage));
-        } else if (const char* wrong = wrong_contents(item, in_.data() + item.offset + item.header)) {
+        if (const std::string misfit = misfit_words(item, place); !misfit.empty())
+            damage(item.depth + 1, item.offset, misfit);
+        if (const std::string wrong = damage_words(item, contents); !wrong.empty())
             damage(item.depth + 1, item.offset, wrong);
-        }
-    }
-
-    // A secret member, and the segments that it consists of. Where a record is not as it is to be, what is no member
-    // may be a secret too.
-    bool is_hidden(const ber_item& item, const record_place& place) {
-        if (secrets_ == secret_values::shown || record_ == nullptr) return false;
-        if (item.depth > hidden_depth_) return true;
-        const bool unknown = place.what != role::record && place.member == nullptr && has_secrets(*record_);
-        const bool hidden = unknown || (place.member != nullptr && place.member->secret);
-        hidden_depth_ = hidden ? item.depth : SIZE_MAX;
-        return hidden;
-    }
-
-    void too_long(const ber_item& item) {
-        if (item.declared == UINT64_MAX)
-            damage(item.depth + 1, item.offset, "the length is too large to tell, ", "", item.length,
-                   item.length == 1 ? " octet is there" : " octets are there");
-        else
-            damage(item.depth + 1, item.offset, "the contents run over the end by ", "", item.declared - item.length,
-                   item.declared - item.length == 1 ? " octet" : " octets");
-    }
-
-    // A uint32_t goes out as the signed number of its bits.
-    void unsigned_value(const ber_item& item, const field& member, const unsigned char* contents) {
-        if (member.integer.is_signed || member.integer.octets != 4 || item.length > 4 || *contents < 0x80) return;
-        uint32_t value = ~uint32_t{0};
-        for (size_t i = 0; i < item.length; ++i)
-            value = value << 8 | contents[i];
-        out_.write(" (");
-        write_number(out_, value);
-        out_.write(" as uint32_t)");
     }
 
     void columns(size_t offset, size_t header) {
@@ -210,38 +181,6 @@ private:
         out_.put(' ');
     }
 
-    void type(const ber_item& item, const record_place& place) {
-        const bool known = item.cls == 0 && item.damage != ber_damage::tag_too_large;
-        const char* name = known ? universal_type(item.tag).name : nullptr;
-        if (name != nullptr) {
-            out_.write(name);
-        } else {
-            out_.write(class_of(item.cls).bracket);
-            if (item.damage == ber_damage::tag_too_large)
-                out_.put('?');
-            else
-                write_number(out_, item.tag);
-            out_.put(']');
-        }
-        if (place.is_list()) out_.write(" OF");
-        if (place.record != nullptr && place.what != role::record) {
-            out_.write(" (");
-            out_.write(place.record->name);
-            out_.put(')');
-        }
-    }
-
-    void unexpected(const ber_item& item, const record_place& place) {
-        std::string what;
-        if (place.what == role::unexpected_element)
-            what = std::string("no element of ") + place.member->name;
-        else if (place.member != nullptr)
-            what = std::string("not ") + place.member->name + " (" + type_of(*place.member) + ")";
-        else
-            what = item.depth == 0 ? "not a SEQUENCE, as a record is" : "more than the record has members";
-        damage(item.depth + 1, item.offset, what);
-    }
-
     void end_of_record(size_t offset) {
         behind_ = true;
         close(0);
@@ -301,10 +240,9 @@ private:
     const octets_input& in_;
     record_guide guide_;
     const record_type* record_;
-    output out_;
+    file_output out_;
     bool in_color_;
-    secret_values secrets_;
-    size_t hidden_depth_ = SIZE_MAX;  // of the member that is hidden with what is in it
+    secret_guard guard_;
     size_t offset_width_ = 8;
     bool behind_ = false;  // the record has ended
     size_t problems_ = 0;

@@ -5,14 +5,15 @@
 #include "asn1/status.h"
 #include "asn1/status_text.h"
 #include "asn1/zrasnapi.h"
-#include "base/envelope.h"
-#include "base/output.h"
-#include "base/record_holder.h"
+#include "base/file_output.h"
+#include "base/library.h"
 #include "input/input.h"
 #include "input/line_reader.h"
-#include "json/record_reader.h"
-#include "json/source_line.h"
+#include "json/base/envelope.h"
+#include "json/base/record_holder.h"
+#include "json/document/record_reader.h"
 #include "verbs/line_answers.h"
+#include "verbs/source_line.h"
 #include "verbs/verbs.h"
 #include "zrasn/guard.h"
 
@@ -62,7 +63,7 @@ int refuse(const octets_input& in, const encode_options& options, const encoded_
 }
 
 int encode_lines(const encode_options& options) {
-    output out(options.output);
+    file_output out(options.output);
     line_reader lines(options.file, out);
     line_progress progress;
     for (std::string_view line; lines.next(line);) {
@@ -99,9 +100,9 @@ int run_encode(const encode_options& options) {
     const octets_input in = read_input(options.file, input_form::raw, wanted_input::json);
     const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
     if (!result.good) return refuse(in, options, result);
-    output out(options.output);
+    file_output out(options.output);
     if (options.base64) {
-        out.write_base64(result.octets.data(), result.octets.size());
+        write_base64(out, result.octets.data(), result.octets.size());
     } else if (options.hex || out.is_terminal()) {
         out.write_hex(result.octets.data(), result.octets.size());
         out.put('\n');

@@ -6,7 +6,8 @@
 
 #include <unistd.h>
 
-#include "json/string_writer.h"
+#include "base/library.h"
+#include "json/document/string_writer.h"
 
 namespace zr::tool {
 

@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "base/output.h"
+#include "base/library.h"
+#include "json/base/output.h"
 
 namespace zr::tool {
 

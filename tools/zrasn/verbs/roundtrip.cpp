@@ -8,14 +8,15 @@
 #include <vector>
 
 #include "asn1/status.h"
-#include "base/envelope.h"
-#include "base/output.h"
-#include "base/record_holder.h"
-#include "ber/deviations.h"
+#include "base/file_output.h"
+#include "base/library.h"
 #include "input/input.h"
 #include "input/line_reader.h"
 #include "input/text_decoder.h"
-#include "json/record_reader.h"
+#include "json/base/envelope.h"
+#include "json/base/record_holder.h"
+#include "json/ber/deviations.h"
+#include "json/document/record_reader.h"
 #include "verbs/line_answers.h"
 #include "verbs/verbs.h"
 #include "zrasn/guard.h"
@@ -208,7 +209,7 @@ const record_type* take_record(std::string_view& line) {
     return named;
 }
 
-void compare_lines(const roundtrip_options& options, comparison& all, output& out) {
+void compare_lines(const roundtrip_options& options, comparison& all, file_output& out) {
     line_reader lines(options.file, out);
     line_progress progress;
     std::vector<unsigned char> octets;
@@ -238,7 +239,7 @@ void compare_lines(const roundtrip_options& options, comparison& all, output& ou
 }  // namespace
 
 int run_roundtrip(const roundtrip_options& options) {
-    output out("");
+    file_output out("");
     comparison all(options);
     bool all_read = true;
     if (options.lines) {

@@ -8,8 +8,9 @@
 #include "asn1/record/registry.h"
 #include "base/color.h"
 #include "base/exit_code.h"
-#include "base/secrets.h"
+#include "base/library.h"
 #include "input/text_decoder.h"
+#include "json/base/secrets.h"
 
 namespace zr::tool {
 

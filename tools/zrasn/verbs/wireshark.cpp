@@ -2,8 +2,7 @@
 // the program behind it, wireshark.lua, is the same for any records.
 #include <string>
 
-#include "base/members.h"
-#include "base/output.h"
+#include "base/file_output.h"
 #include "verbs/verbs.h"
 #include "verbs/wireshark_dissector.h"
 
@@ -59,7 +58,7 @@ std::string member_table(const field& field) {
 }  // namespace
 
 int run_wireshark() {
-    output out("");
+    file_output out("");
     out.write(
         "-- A dissector for Wireshark and tshark (3.6 and later), written by \"zrasn wireshark\". It goes into the "
         "folder\n"
