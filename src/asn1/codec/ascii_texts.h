@@ -1,7 +1,8 @@
 // Whether the texts of an encoding are ASCII: then they are the same in the local code set and in UTF-8.
 //
-// It goes from header to header and steps over all that holds no text. What it finds is good only for octets in the
-// form that the library writes, which the quick readers judge.
+// It goes from header to header and steps over all that holds no text, and over whole records in which no octet is
+// above ASCII, headers and integers included. What it finds is good only for octets in the form that the library
+// writes, which the quick readers judge.
 #pragma once
 
 #include "asn1/ascii.h"
@@ -35,34 +36,34 @@ ZR_INLINE octet_position pass_any(octet_position at, octet_position end) {
     octet_position stop = nullptr;
     return at != end && quick_contents(at, end, at[0], stop) != nullptr ? stop : nullptr;
 }
-ZR_INLINE octet_position pass_ascii_text(octet_position at, octet_position end) {
+ZR_INLINE octet_position pass_ascii_text(octet_position at, octet_position end, ascii_parts& parts) {
     octet_position stop = nullptr;
     at = quick_contents(at, end, id_utf8_string, stop);
-    return at != nullptr && is_ascii(at, static_cast<size_t>(stop - at)) ? stop : nullptr;
+    return at != nullptr && parts.is_ascii(at, stop) ? stop : nullptr;
 }
 template <class S>
-octet_position pass_ascii_record(octet_position at, octet_position end);
+octet_position pass_ascii_record(octet_position at, octet_position end, ascii_parts& parts);
 
 template <class F>
-ZR_INLINE octet_position pass_ascii_value(octet_position at, octet_position end) {
-    if constexpr (F::value == value_kind::text) return pass_ascii_text(at, end);
+ZR_INLINE octet_position pass_ascii_value(octet_position at, octet_position end, ascii_parts& parts) {
+    if constexpr (F::value == value_kind::text) return pass_ascii_text(at, end, parts);
     if constexpr (F::value == value_kind::record && has_texts_in_field<F>())
-        return pass_ascii_record<typename F::value_type>(at, end);
+        return pass_ascii_record<typename F::value_type>(at, end, parts);
     return pass_any(at, end);
 }
 
 template <class F>
-ZR_INLINE octet_position pass_ascii_field(octet_position at, octet_position end) {
+ZR_INLINE octet_position pass_ascii_field(octet_position at, octet_position end, ascii_parts& parts) {
     if constexpr (F::held == holding::one) {
-        return pass_ascii_value<F>(at, end);
+        return pass_ascii_value<F>(at, end, parts);
     } else if constexpr (F::held == holding::optional) {
-        return at == end || at[0] != id_sequence ? at : pass_ascii_value<F>(at, end);
+        return at == end || at[0] != id_sequence ? at : pass_ascii_value<F>(at, end, parts);
     } else {
         octet_position stop = nullptr;
         at = quick_contents(at, end, id_sequence, stop);
         if constexpr (!has_texts_in_field<F>()) return at != nullptr ? stop : nullptr;
         while (at != nullptr && at != stop)
-            at = at[0] == id_null ? pass_any(at, stop) : pass_ascii_value<F>(at, stop);
+            at = at[0] == id_null ? pass_any(at, stop) : pass_ascii_value<F>(at, stop, parts);
         return at;
     }
 }
@@ -79,47 +80,53 @@ constexpr size_t fields_up_to_text() {
     }
 }
 template <class S, size_t... I>
-ZR_INLINE octet_position pass_ascii_fields(octet_position at, octet_position end, std::index_sequence<I...>) {
-    static_cast<void>((((at = pass_ascii_field<field_at<S, I>>(at, end)) != nullptr) && ...));
+ZR_INLINE octet_position pass_ascii_fields(octet_position at, octet_position end, ascii_parts& parts,
+                                           std::index_sequence<I...>) {
+    static_cast<void>((((at = pass_ascii_field<field_at<S, I>>(at, end, parts)) != nullptr) && ...));
     return at;
 }
 
 // The records in a record that contains itself are passed as they lie one behind the other, whatever encloses which.
 template <class S>
-[[gnu::noinline]] octet_position pass_ascii_levels(octet_position at, octet_position end) {
+[[gnu::noinline]] octet_position pass_ascii_levels(octet_position at, octet_position end, ascii_parts& parts) {
     octet_position stop = nullptr;
     octet_position inner = nullptr;
     at = quick_contents(at, end, id_sequence, stop);
+    if (at == nullptr || parts.is_ascii(at, stop)) return at != nullptr ? stop : nullptr;
     while (at != nullptr) {
-        at = pass_ascii_fields<S>(at, stop, std::make_index_sequence<own_list<S>::index>());
+        at = pass_ascii_fields<S>(at, stop, parts, std::make_index_sequence<own_list<S>::index>());
         if (at == nullptr) return nullptr;
         at = quick_contents(at, stop, id_sequence, inner);
-        if (at == stop) return stop;
-        if (at != nullptr) at = quick_contents(at, stop, id_sequence, inner);
+        for (;; at = inner) {
+            if (at == stop) return stop;
+            if (at != nullptr) at = quick_contents(at, stop, id_sequence, inner);
+            if (at == nullptr || !parts.is_ascii(at, inner)) break;
+        }
     }
     return nullptr;
 }
 template <class S>
-[[gnu::noinline]] octet_position pass_ascii_outlined(octet_position at, octet_position end) {
+[[gnu::noinline]] octet_position pass_ascii_outlined(octet_position at, octet_position end, ascii_parts& parts) {
     octet_position stop = nullptr;
     at = quick_contents(at, end, id_sequence, stop);
-    if (at == nullptr) return nullptr;
-    at = pass_ascii_fields<S>(at, stop, std::make_index_sequence<fields_up_to_text<S, field_count_of<S>>()>());
+    if (at == nullptr || parts.is_ascii(at, stop)) return at != nullptr ? stop : nullptr;
+    at = pass_ascii_fields<S>(at, stop, parts, std::make_index_sequence<fields_up_to_text<S, field_count_of<S>>()>());
     return at != nullptr ? stop : nullptr;
 }
 template <class S>
-ZR_INLINE octet_position pass_ascii_record(octet_position at, octet_position end) {
+ZR_INLINE octet_position pass_ascii_record(octet_position at, octet_position end, ascii_parts& parts) {
     if constexpr (contains_itself<S>()) {
-        return pass_ascii_levels<S>(at, end);
+        return pass_ascii_levels<S>(at, end, parts);
     } else {
-        return pass_ascii_outlined<S>(at, end);
+        return pass_ascii_outlined<S>(at, end, parts);
     }
 }
 
 // The record's function (record_codec::texts_are_ascii); null for one without texts.
 template <class S>
 bool texts_are_ascii(octet_position at, octet_position end) {
-    return pass_ascii_record<S>(at, end) != nullptr;
+    ascii_parts parts(end);
+    return pass_ascii_record<S>(at, end, parts) != nullptr;
 }
 
 }  // namespace zr
