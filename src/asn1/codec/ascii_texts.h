@@ -31,6 +31,16 @@ constexpr bool has_texts() {
     return has_texts_in_fields<S>(field_indices<S>());
 }
 
+// Whether a record holds byte strings, in which there is mostly something above ASCII
+template <class S, size_t... I>
+constexpr bool has_octets_in_fields(std::index_sequence<I...>) {
+    return ((field_at<S, I>::value == value_kind::octets || field_at<S, I>::value == value_kind::fixed_octets) || ...);
+}
+template <class S>
+ZR_INLINE bool is_ascii_record(octet_position at, octet_position stop, ascii_parts& parts) {
+    return !has_octets_in_fields<S>(field_indices<S>()) && parts.is_ascii(at, stop);
+}
+
 // Each returns where the value ends; null when a text is not ASCII, and for some other forms of octets.
 ZR_INLINE octet_position pass_any(octet_position at, octet_position end) {
     octet_position stop = nullptr;
@@ -92,7 +102,7 @@ template <class S>
     octet_position stop = nullptr;
     octet_position inner = nullptr;
     at = quick_contents(at, end, id_sequence, stop);
-    if (at == nullptr || parts.is_ascii(at, stop)) return at != nullptr ? stop : nullptr;
+    if (at == nullptr || is_ascii_record<S>(at, stop, parts)) return at != nullptr ? stop : nullptr;
     while (at != nullptr) {
         at = pass_ascii_fields<S>(at, stop, parts, std::make_index_sequence<own_list<S>::index>());
         if (at == nullptr) return nullptr;
@@ -100,23 +110,29 @@ template <class S>
         for (;; at = inner) {
             if (at == stop) return stop;
             if (at != nullptr) at = quick_contents(at, stop, id_sequence, inner);
-            if (at == nullptr || !parts.is_ascii(at, inner)) break;
+            if (at == nullptr || !is_ascii_record<S>(at, inner, parts)) break;
         }
     }
     return nullptr;
 }
 template <class S>
-[[gnu::noinline]] octet_position pass_ascii_outlined(octet_position at, octet_position end, ascii_parts& parts) {
+ZR_INLINE octet_position pass_ascii_inlined(octet_position at, octet_position end, ascii_parts& parts) {
     octet_position stop = nullptr;
     at = quick_contents(at, end, id_sequence, stop);
-    if (at == nullptr || parts.is_ascii(at, stop)) return at != nullptr ? stop : nullptr;
+    if (at == nullptr || is_ascii_record<S>(at, stop, parts)) return at != nullptr ? stop : nullptr;
     at = pass_ascii_fields<S>(at, stop, parts, std::make_index_sequence<fields_up_to_text<S, field_count_of<S>>()>());
     return at != nullptr ? stop : nullptr;
+}
+template <class S>
+[[gnu::noinline]] octet_position pass_ascii_outlined(octet_position at, octet_position end, ascii_parts& parts) {
+    return pass_ascii_inlined<S>(at, end, parts);
 }
 template <class S>
 ZR_INLINE octet_position pass_ascii_record(octet_position at, octet_position end, ascii_parts& parts) {
     if constexpr (contains_itself<S>()) {
         return pass_ascii_levels<S>(at, end, parts);
+    } else if constexpr (is_leaf<S>()) {
+        return pass_ascii_inlined<S>(at, end, parts);
     } else {
         return pass_ascii_outlined<S>(at, end, parts);
     }
