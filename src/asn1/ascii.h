@@ -17,11 +17,11 @@ inline uint64_t load_eight(const unsigned char* at) {
     return octets;
 }
 
-// The octets of a word that are not ASCII have this bit set.
-constexpr uint64_t high_bits_of_eight = 0x8080808080808080u;
+constexpr uint64_t eight_times(unsigned char octet) { return ~uint64_t{0} / 0xFF * octet; }
+constexpr uint64_t high_bits_of_eight = eight_times(0x80);
 
-// How many of eight octets come before the first one that is not ASCII; one at least must not be.
-inline size_t ascii_before(uint64_t eight) {
+// How many of eight octets come before the first one with its high bit set; one at least must have it.
+inline size_t octets_before_high(uint64_t eight) {
     const uint64_t high = eight & high_bits_of_eight;
 #if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
     return static_cast<size_t>(__builtin_clzll(high)) / 8;
@@ -46,37 +46,47 @@ inline bool is_ascii(const void* octets, size_t count) {
     return (all & 0x80) == 0;
 }
 
-// The first octet that is not ASCII; `end` when all are.
-inline const unsigned char* first_above_ascii(const unsigned char* at, const unsigned char* end) {
+// A sort of octets: of many at once it sets the high bit of each that is one.
+struct above_ascii {
+    static uint64_t marked(uint64_t eight) { return eight & high_bits_of_eight; }
 #ifdef __SSE2__
-    for (; end - at >= 16; at += 16) {
-        __m128i sixteen;
-        std::memcpy(&sixteen, at, sizeof sixteen);
-        if (const int high = _mm_movemask_epi8(sixteen)) return at + __builtin_ctz(static_cast<unsigned int>(high));
-    }
+    static __m128i marked(__m128i sixteen) { return sixteen; }
 #endif
-    for (; end - at >= 8; at += 8) {
-        const uint64_t eight = load_eight(at);
-        if ((eight & high_bits_of_eight) != 0) return at + ascii_before(eight);
-    }
-    while (at != end && *at < 0x80)
-        ++at;
-    return at;
-}
+};
 
-// Answers for parts of a text, which are asked for from the front to the back, whether they are ASCII. No octet is
-// looked at twice.
-class ascii_parts {
+// Tells of parts of a text, which are asked for from the front to the back, whether there is no octet of a sort in
+// them. No octet is looked at twice.
+template <class Sort>
+class parts_without {
 public:
-    explicit ascii_parts(const unsigned char* end) : end_(end) {}
-    bool is_ascii(const unsigned char* at, const unsigned char* stop) {
-        if (next_ < at) next_ = first_above_ascii(at, end_);
+    explicit parts_without(const unsigned char* end) : end_(end) {}
+    bool operator()(const unsigned char* at, const unsigned char* stop) {
+        if (next_ < at) next_ = first(at);
         return next_ >= stop;
     }
 
 private:
+    const unsigned char* first(const unsigned char* at) const {
+#ifdef __SSE2__
+        for (; end_ - at >= 16; at += 16) {
+            __m128i sixteen;
+            std::memcpy(&sixteen, at, sizeof sixteen);
+            if (const int found = _mm_movemask_epi8(Sort::marked(sixteen)))
+                return at + __builtin_ctz(static_cast<unsigned int>(found));
+        }
+#endif
+        for (; end_ - at >= 8; at += 8) {
+            if (const uint64_t found = Sort::marked(load_eight(at))) return at + octets_before_high(found);
+        }
+        while (at != end_ && Sort::marked(uint64_t{*at} * eight_times(1)) == 0)
+            ++at;
+        return at;
+    }
+
     const unsigned char* end_;
-    const unsigned char* next_ = nullptr;  // the first one that is not ASCII from where was asked last
+    const unsigned char* next_ = nullptr;  // the first one from where was asked last
 };
+
+using ascii_parts = parts_without<above_ascii>;
 
 }  // namespace zr

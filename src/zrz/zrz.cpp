@@ -103,11 +103,13 @@ private:
     }
 
     void convert_latin1(const const_text& text) {
-        constexpr size_t short_text = 128;  // for those the block need not grow
+        constexpr size_t spare = 256;  // so much that short texts may double
+        static_assert(spare > spare / 2 + latin1_slack);
         const size_t length = text.getLength();
-        if (length > SIZE_MAX / 2 - short_text) throw_no_memory();
-        make_room((to_utf8_ ? 2 * length : length) + short_text);
         const auto* from = reinterpret_cast<const unsigned char*>(text.getChars());
+        const size_t most = to_utf8_ && length > spare / 2 ? utf8_octets_of_latin1(from, length) : length;
+        if (most > SIZE_MAX - spare) throw_no_memory();
+        make_room(most + spare);
         auto* to = reinterpret_cast<unsigned char*>(block_);
         const unsigned char* end = to_utf8_ ? latin1_to_utf8(from, length, to) : utf8_to_latin1(from, length, to);
         if (end == nullptr) throw_unconvertible(to_utf8_);
@@ -138,6 +140,7 @@ private:
     }
 
     void grow(size_t capacity) {
+        if (used_ == 0) give_back();
         auto* grown = capacity > capacity_ ? static_cast<char*>(std::malloc(capacity)) : nullptr;
         if (grown == nullptr) throw_no_memory();
         if (used_ != 0) std::memcpy(grown, block_, used_);
@@ -149,6 +152,7 @@ private:
         if (secret_ && block_ != nullptr) explicit_bzero(block_, capacity_);
         std::free(block_);
         block_ = nullptr;
+        capacity_ = 0;
     }
 
     bool to_utf8_;

@@ -38,7 +38,7 @@ constexpr bool has_octets_in_fields(std::index_sequence<I...>) {
 }
 template <class S>
 ZR_INLINE bool is_ascii_record(octet_position at, octet_position stop, ascii_parts& parts) {
-    return !has_octets_in_fields<S>(field_indices<S>()) && parts.is_ascii(at, stop);
+    return !has_octets_in_fields<S>(field_indices<S>()) && parts(at, stop);
 }
 
 // Each returns where the value ends; null when a text is not ASCII, and for some other forms of octets.
@@ -49,7 +49,7 @@ ZR_INLINE octet_position pass_any(octet_position at, octet_position end) {
 ZR_INLINE octet_position pass_ascii_text(octet_position at, octet_position end, ascii_parts& parts) {
     octet_position stop = nullptr;
     at = quick_contents(at, end, id_utf8_string, stop);
-    return at != nullptr && parts.is_ascii(at, stop) ? stop : nullptr;
+    return at != nullptr && parts(at, stop) ? stop : nullptr;
 }
 template <class S>
 octet_position pass_ascii_record(octet_position at, octet_position end, ascii_parts& parts);

@@ -41,11 +41,7 @@ void octet_stack::push_in_parts(const void* octets, size_t count) {
 }
 
 // Seven bits to an octet. The lowest come last, and each octet says with its high bit whether more lie before it.
-void octet_stack::push_number(uint64_t number) {
-    if (number < 0x80 && last_->used < sizeof last_->octets) {
-        last_->octets[last_->used++] = static_cast<unsigned char>(number);
-        return;
-    }
+void octet_stack::push_long_number(uint64_t number) {
     unsigned char octets[10];
     unsigned char* at = octets + sizeof octets;
     do {
@@ -55,7 +51,7 @@ void octet_stack::push_number(uint64_t number) {
     push(at, static_cast<size_t>(octets + sizeof octets - at));
 }
 
-uint64_t octet_stack::pop_number() {
+uint64_t octet_stack::pop_long_number() {
     uint64_t number = 0;
     for (unsigned int shift = 0;; shift += 7) {
         while (last_->used == 0)
@@ -66,7 +62,7 @@ uint64_t octet_stack::pop_number() {
     }
 }
 
-void octet_stack::pop_to(writer& sink, size_t count) {
+void octet_stack::pop_parts_to(writer& sink, size_t count) {
     while (count != 0) {
         while (last_->used == 0)
             drop_last_chunk();
@@ -80,6 +76,21 @@ void octet_stack::pop_to(writer& sink, size_t count) {
 // Whether an identifier of one octet says a universal type in the primitive form (X.690 8.1.2). Which of them a record
 // has is for its reader to judge.
 constexpr bool is_primitive(unsigned char identifier) { return identifier < 0x1F; }
+
+// Octets that the identifier of a text may be or end with, in any form that is read (X.690 8.1.2): the tag number of
+// UTF8String in the low five bits.
+struct text_identifiers {
+    static constexpr unsigned char tag_bits = 0x1F;
+    static uint64_t marked(uint64_t eight) {
+        const uint64_t other_bits = (eight & eight_times(tag_bits)) ^ eight_times(id_utf8_string);
+        return ~(other_bits + eight_times(0x7F)) & high_bits_of_eight;
+    }
+#ifdef __SSE2__
+    static __m128i marked(__m128i sixteen) {
+        return _mm_cmpeq_epi8(_mm_and_si128(sixteen, _mm_set1_epi8(tag_bits)), _mm_set1_epi8(id_utf8_string));
+    }
+#endif
+};
 
 // Steps over primitive values with lengths of one octet that are no texts.
 static octet_position pass_short_values(octet_position at, octet_position stop) {
@@ -107,6 +118,8 @@ int64_t transcoder::convert_text(octet_position at, octet_position contents, oct
     return static_cast<int64_t>(with_header(count)) - (stop - at);
 }
 
+// A SEQUENCE is stepped over where no text or nothing but ASCII lies in it, whatever else it is: its octets stay as
+// they are, and what they are worth is judged where they are read.
 bool transcoder::convert(octet_position at, octet_position end) {
     struct level {
         octet_position at;
@@ -117,9 +130,10 @@ bool transcoder::convert(octet_position at, octet_position end) {
     };
     static_assert(sizeof(level) <= 32, "levels are cheap");
     first_ = place_ = at;
-    ascii_parts parts(end);
-    const auto stays = [&parts](octet_position contents, octet_position stop) {
-        return text_conversion::keeps_ascii && parts.is_ascii(contents, stop);
+    ascii_parts is_ascii_part(end);
+    parts_without<text_identifiers> has_no_texts(end);
+    const auto is_kept = [&](octet_position contents, octet_position stop) {
+        return text_conversion::keeps_ascii && is_ascii_part(contents, stop);
     };
     work_list<level> open;
     octet_position stop = nullptr;
@@ -137,11 +151,11 @@ bool transcoder::convert(octet_position at, octet_position end) {
             const unsigned char identifier = at[0];
             const octet_position found = quick_contents(at, inside.stop, identifier, stop);
             if (found == nullptr || (identifier != id_sequence && !is_primitive(identifier))) return false;
-            if (identifier == id_sequence && !stays(found, stop)) {
+            if (identifier == id_sequence && !has_no_texts(found, stop) && !is_kept(found, stop)) {
                 enter(found);
                 continue;
             }
-            if (identifier == id_utf8_string && found != stop && !stays(found, stop)) {
+            if (identifier == id_utf8_string && found != stop && !is_kept(found, stop)) {
                 inside.grown += convert_text(at, found, stop);
                 inside.changed = true;
             }

@@ -27,10 +27,20 @@ public:
         copy_octets(last_->octets + last_->used, octets, count);
         last_->used += static_cast<uint32_t>(count);
     }
-    void push_number(uint64_t number);
-    uint64_t pop_number();
+    void push_number(uint64_t number) {
+        if (number >= 0x80 || last_->used == sizeof last_->octets) return push_long_number(number);
+        last_->octets[last_->used++] = static_cast<unsigned char>(number);
+    }
+    uint64_t pop_number() {
+        if (last_->used == 0 || last_->octets[last_->used - 1] >= 0x80) return pop_long_number();
+        return last_->octets[--last_->used];
+    }
     // Moves the last `count` octets before what the writer has.
-    void pop_to(writer& sink, size_t count);
+    void pop_to(writer& sink, size_t count) {
+        if (count > last_->used) return pop_parts_to(sink, count);
+        last_->used -= static_cast<uint32_t>(count);
+        sink.octets(last_->octets + last_->used, count);
+    }
 
 private:
     struct chunk {
@@ -40,6 +50,9 @@ private:
     };
 
     void push_in_parts(const void* octets, size_t count);
+    void pop_parts_to(writer& sink, size_t count);
+    void push_long_number(uint64_t number);
+    uint64_t pop_long_number();
     void drop_last_chunk();
 
     const bool secret_;
@@ -54,9 +67,9 @@ class transcoder {
 public:
     transcoder(text_conversion& conversion, bool secret) : conversion_(conversion), changes_(secret) {}
 
-    // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE and primitive values
-    // of universal types with definite lengths that fit into each other; then there is nothing to write. Throws what
-    // the conversion throws, and zr_asn_memexception.
+    // Converts the texts of the first value, a SEQUENCE. False when it meets anything but SEQUENCE and primitive values
+    // of universal types with definite lengths that fit into each other; then there is nothing to write. Parts in which
+    // no text would change are not looked into. Throws what the conversion throws, and zr_asn_memexception.
     bool convert(octet_position at, octet_position end);
     // How many octets the value has.
     size_t converted() const { return static_cast<size_t>(stop_ - first_); }
