@@ -22,7 +22,7 @@ inline bool is_latin1(const char* code_set) {
 inline size_t utf8_octets_of_latin1(const unsigned char* at, size_t count) {
     size_t octets = count;
     for (; count >= 8; count -= 8, at += 8)
-        octets += ((load_eight(at) & high_bits_of_eight) >> 7) * eight_times(1) >> 56;
+        octets += static_cast<size_t>(((load_eight(at) & high_bits_of_eight) >> 7) * eight_times(1) >> 56);
     for (; count != 0; --count)
         octets += *at++ >> 7;
     return octets;
