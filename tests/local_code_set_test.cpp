@@ -1,9 +1,11 @@
 // Text fields, and their conversion between the local code set and UTF-8 with locales that the build has made.
 #include <gtest/gtest.h>
+#include <iconv.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -105,6 +107,55 @@ TEST(local_code_set, every_character_comes_back) {
         EXPECT_NE(set(object, all), to_utf8_refused);
         EXPECT_EQ(get(object), hex(all));
     }
+}
+
+// What the C library's converter makes of a text; nothing when it refuses it.
+std::optional<std::string> by_iconv(iconv_t cd, std::string text) {
+    std::string converted(2 * text.size(), '\0');
+    char *in = text.data(), *out = converted.data();
+    size_t left = text.size(), room = converted.size();
+    const bool is_whole = iconv(cd, &in, &left, &out, &room) == 0;
+    iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    if (!is_whole) return {};
+    converted.resize(converted.size() - room);
+    return converted;
+}
+template <class Converted, class Source>
+std::optional<std::string> by_libzrz(const std::string& text) {
+    const Source source(text.data(), text.size());
+    std::optional<std::string> made;
+    const std::string what = thrown([&] {
+        const Converted converted(source);
+        made.emplace(converted.getChars(), converted.getLength());
+    });
+    EXPECT_EQ(what.substr(0, 10), made.has_value() ? "nothing" : "275063211:");
+    return made;
+}
+
+// ISO 8859-1 has no converter of the C library's: every two octets, and some behind them, anywhere in a text.
+TEST(local_code_set, latin1_as_iconv_has_it) {
+    const thread_locale in_use("latin1");
+    const iconv_t to_utf8 = iconv_open("UTF-8", "ISO-8859-1"), to_latin1 = iconv_open("ISO-8859-1", "UTF-8");
+    const std::string ascii("abcdefgh\0jklmnopqrs", 19);
+    const std::string behind[] = {"", "\x7F", "\x80\x81"};
+    size_t converted = 0;
+    for (unsigned pair = 0; pair < 65536; ++pair) {
+        for (const std::string& next : behind) {
+            std::string text =
+                ascii.substr(0, pair % 19) + static_cast<char>(pair >> 8) + static_cast<char>(pair) + next;
+            text += ascii.substr(0, pair / 19 % 18);
+            const auto local = by_libzrz<ZLCString_5_1, ZUTF8ConstString_5_1>(text);
+            // Only the C library leaves tag characters out.
+            const bool has_tag =
+                text.find("\xF3\xA0\x80\x81") != text.npos || text.find("\xF3\xA0\x81\x81") != text.npos;
+            ASSERT_EQ(local, has_tag ? std::nullopt : by_iconv(to_latin1, text)) << hex({text.begin(), text.end()});
+            converted += local.has_value();
+            ASSERT_EQ((by_libzrz<ZUTF8String_5_1, ZLCConstString_5_1>(text)), by_iconv(to_utf8, text));
+        }
+    }
+    iconv_close(to_utf8);
+    iconv_close(to_latin1);
+    EXPECT_GT(converted, 2u * 128 * 128);
 }
 
 TEST(local_code_set, the_mode_at_the_time_of_the_call_counts) {

@@ -11,6 +11,7 @@
 #include <new>
 
 #include "asn1/ascii.h"
+#include "zrz/latin1.h"
 #include "zrz/text_conversion.h"
 
 namespace {
@@ -50,13 +51,14 @@ bool has_tag_characters(const zr::const_text& text) {
 
 }  // namespace
 
-// One of the C library's converters, and the block that it converts into.
+// What converts, one of the C library's converters unless the code set is ISO 8859-1, and the block that it converts
+// into.
 class zr::text_conversion::converter {
 public:
     converter(const char* local, bool to_utf8, bool secret)
-        : to_utf8_(to_utf8),
-          secret_(secret),
-          cd_(to_utf8 ? iconv_open(utf8_name, local) : iconv_open(local, utf8_name)) {
+        : to_utf8_(to_utf8), secret_(secret), is_latin1_(zr::is_latin1(local)) {
+        if (is_latin1_) return;
+        cd_ = to_utf8 ? iconv_open(utf8_name, local) : iconv_open(local, utf8_name);
         if (is_open()) return;
         if (errno == ENOMEM) throw_no_memory();
         throw_unconvertible(to_utf8_);
@@ -68,17 +70,17 @@ public:
     converter(const converter&) = delete;
     converter& operator=(const converter&) = delete;
 
+    // Whether it may leave tag characters out.
+    bool drops_tags() const { return !to_utf8_ && !is_latin1_; }
+
     // Converts all of `text`. What it gives is this object's; a zero octet follows it.
     const_text run(const const_text& text) {
         used_ = 0;
-        const size_t likely = text.getLength() + text.getLength() / 2 + 32;
-        if (capacity_ < likely) grow(likely);
-        char* next = const_cast<char*>(text.getChars());  // iconv only reads it
-        size_t left = text.getLength();
-        step(&next, &left);
-        // Code sets with combined characters hold the last one back until they are told that none follows. That also
-        // brings the converter back to its initial state.
-        step(nullptr, nullptr);
+        if (is_latin1_) {
+            convert_latin1(text);
+        } else {
+            convert_by_steps(text);
+        }
         // The block is there: grow makes it or throws.
         block_[used_] = '\0';  // NOLINT(clang-analyzer-core.NullDereference)
         return {block_, used_};
@@ -92,7 +94,37 @@ public:
     }
 
 private:
-    bool is_open() const { return reinterpret_cast<intptr_t>(cd_) != -1; }
+    static iconv_t no_descriptor() { return reinterpret_cast<iconv_t>(intptr_t{-1}); }
+    bool is_open() const { return cd_ != no_descriptor(); }
+
+    // Makes a block of at least so many octets, of which none counts yet.
+    void make_room(size_t octets) {
+        if (capacity_ < octets) grow(octets);
+    }
+
+    void convert_latin1(const const_text& text) {
+        constexpr size_t spare = 256;  // so much that short texts may double
+        static_assert(spare > spare / 2 + latin1_slack);
+        const size_t length = text.getLength();
+        const auto* from = reinterpret_cast<const unsigned char*>(text.getChars());
+        const size_t most = to_utf8_ && length > spare / 2 ? utf8_octets_of_latin1(from, length) : length;
+        if (most > SIZE_MAX - spare) throw_no_memory();
+        make_room(most + spare);
+        auto* to = reinterpret_cast<unsigned char*>(block_);
+        const unsigned char* end = to_utf8_ ? latin1_to_utf8(from, length, to) : utf8_to_latin1(from, length, to);
+        if (end == nullptr) throw_unconvertible(to_utf8_);
+        used_ = static_cast<size_t>(end - to);
+    }
+
+    void convert_by_steps(const const_text& text) {
+        make_room(text.getLength() + text.getLength() / 2 + 32);
+        char* next = const_cast<char*>(text.getChars());  // iconv only reads it
+        size_t left = text.getLength();
+        step(&next, &left);
+        // Code sets with combined characters hold the last one back until they are told that none follows. That also
+        // brings the converter back to its initial state.
+        step(nullptr, nullptr);
+    }
 
     void step(char** next, size_t* left) {
         for (;;) {
@@ -108,6 +140,7 @@ private:
     }
 
     void grow(size_t capacity) {
+        if (used_ == 0) give_back();
         auto* grown = capacity > capacity_ ? static_cast<char*>(std::malloc(capacity)) : nullptr;
         if (grown == nullptr) throw_no_memory();
         if (used_ != 0) std::memcpy(grown, block_, used_);
@@ -119,11 +152,13 @@ private:
         if (secret_ && block_ != nullptr) explicit_bzero(block_, capacity_);
         std::free(block_);
         block_ = nullptr;
+        capacity_ = 0;
     }
 
     bool to_utf8_;
     bool secret_;
-    iconv_t cd_;
+    bool is_latin1_;
+    iconv_t cd_ = no_descriptor();
     char* block_ = nullptr;
     size_t capacity_ = 0;
     size_t used_ = 0;
@@ -143,7 +178,7 @@ zr::const_text zr::text_conversion::convert(const char* chars, size_t length) {
     const bool to_utf8 = direction_ == text_direction::local_to_utf8;
     if (there_ == nullptr) there_ = make_converter(to_utf8);
     const const_text converted = there_->run(text);
-    if (!to_utf8 && has_tag_characters(text)) {
+    if (there_->drops_tags() && has_tag_characters(text)) {
         // The C library leaves these out of code sets that lack them and does not say so; the way back shows it.
         if (back_ == nullptr) back_ = make_converter(true);
         const const_text again = back_->run(converted);

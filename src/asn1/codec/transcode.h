@@ -22,11 +22,25 @@ public:
 
     bool empty() const { return last_ == &first_ && first_.used == 0; }
     // Both throw zr_asn_memexception.
-    void push(const void* octets, size_t count);
-    void push_number(uint64_t number);
-    uint64_t pop_number();
+    void push(const void* octets, size_t count) {
+        if (count > sizeof last_->octets - last_->used) return push_in_parts(octets, count);
+        copy_octets(last_->octets + last_->used, octets, count);
+        last_->used += static_cast<uint32_t>(count);
+    }
+    void push_number(uint64_t number) {
+        if (number >= 0x80 || last_->used == sizeof last_->octets) return push_long_number(number);
+        last_->octets[last_->used++] = static_cast<unsigned char>(number);
+    }
+    uint64_t pop_number() {
+        if (last_->used == 0 || last_->octets[last_->used - 1] >= 0x80) return pop_long_number();
+        return last_->octets[--last_->used];
+    }
     // Moves the last `count` octets before what the writer has.
-    void pop_to(writer& sink, size_t count);
+    void pop_to(writer& sink, size_t count) {
+        if (count > last_->used) return pop_parts_to(sink, count);
+        last_->used -= static_cast<uint32_t>(count);
+        sink.octets(last_->octets + last_->used, count);
+    }
 
 private:
     struct chunk {
@@ -35,6 +49,10 @@ private:
         unsigned char octets[1000];
     };
 
+    void push_in_parts(const void* octets, size_t count);
+    void pop_parts_to(writer& sink, size_t count);
+    void push_long_number(uint64_t number);
+    uint64_t pop_long_number();
     void drop_last_chunk();
 
     const bool secret_;
@@ -49,34 +67,28 @@ class transcoder {
 public:
     transcoder(text_conversion& conversion, bool secret) : conversion_(conversion), changes_(secret) {}
 
-    // Converts the texts of the first value, a SEQUENCE. False when there is anything but SEQUENCE and primitive values
-    // of universal types with definite lengths that fit into each other; then there is nothing to write. Throws what
-    // the conversion throws, and zr_asn_memexception.
+    // Converts the texts of the first value, a SEQUENCE. False when it meets anything but SEQUENCE and primitive values
+    // of universal types with definite lengths that fit into each other; then there is nothing to write. Parts in which
+    // no text would change are not looked into. Throws what the conversion throws, and zr_asn_memexception.
     bool convert(octet_position at, octet_position end);
     // How many octets the value has.
-    size_t converted() const { return stop_; }
+    size_t converted() const { return static_cast<size_t>(stop_ - first_); }
     // How many octets are to be written.
     uint64_t length() const { return length_; }
     // Writes them, for which the writer has room, and for the header of an envelope before them; once only.
     void write(writer& sink);
 
 private:
-    struct header {
-        unsigned char identifier;
-        uint32_t contents;  // where they begin
-        uint32_t stop;      // where they end
-    };
-    bool read_header(uint32_t at, uint32_t end, header& value) const;
-    bool convert_text(uint32_t at, const header& value, int64_t& grown);
-    void keep_place(uint32_t at, bool is_sequence);
+    int64_t convert_text(octet_position at, octet_position contents, octet_position stop);
+    void keep_place(octet_position at, bool is_sequence);
 
     text_conversion& conversion_;
-    octet_position octets_ = nullptr;
+    octet_position first_ = nullptr;
     // Of each text that changes, in order: its new octets, their number and its place; of each SEQUENCE that holds one,
     // behind all that it holds, its place. A place is the distance from the one before.
     octet_stack changes_;
-    uint32_t place_ = 0;  // the last one
-    uint32_t stop_ = 0;   // of the first value
+    octet_position place_ = nullptr;  // the last one
+    octet_position stop_ = nullptr;   // where the first value ends
     uint64_t length_ = 0;
 };
 
