@@ -1,5 +1,5 @@
-// Octets as BER and the wide code sets have them, the most significant first, whatever order the machine stores a number's
-// octets in.
+// Octets as BER and the wide code sets have them, the most significant first, whatever order the machine stores a
+// number's octets in.
 #pragma once
 
 #include <cstdint>
