@@ -6,7 +6,7 @@
 # packages_cross) is linked into DIR. Silent when all is there.
 set -eu
 dir=$1
-done=$dir/.unpacked-2
+done=$dir/.unpacked
 [ ! -e "$done" ] || exit 0
 echo "Unpacking Debian's cross compilers into $dir"
 rm -rf "$dir"

@@ -5,10 +5,13 @@
 # between code sets: the packages for cross builds have none.
 set(CMAKE_SYSTEM_NAME Linux)
 get_filename_component(zrasn_unpacked ${CMAKE_CURRENT_LIST_DIR}/../../build/cross-compilers/usr ABSOLUTE)
-find_program(ZRASN_CROSS_COMPILER NAMES ${zrasn_triplet}-g++ ${zrasn_triplet}-g++-12 HINTS ${zrasn_unpacked}/bin REQUIRED)
+find_program(ZRASN_CROSS_COMPILER NAMES ${zrasn_triplet}-g++ ${zrasn_triplet}-g++-12 HINTS ${zrasn_unpacked}/bin)
+find_program(ZRASN_QEMU qemu-${CMAKE_SYSTEM_PROCESSOR})
+if(NOT ZRASN_CROSS_COMPILER OR NOT ZRASN_QEMU)
+    message(FATAL_ERROR "${zrasn_triplet}-g++ or qemu-${CMAKE_SYSTEM_PROCESSOR} is missing: `make cross` gets both")
+endif()
 set(CMAKE_CXX_COMPILER ${ZRASN_CROSS_COMPILER})
 string(REPLACE "-g++" "-gcc" CMAKE_C_COMPILER ${ZRASN_CROSS_COMPILER})  # googletest asks for one
-find_program(ZRASN_QEMU qemu-${CMAKE_SYSTEM_PROCESSOR} REQUIRED)
 set(CMAKE_CROSSCOMPILING_EMULATOR
     ${ZRASN_QEMU};-L;/usr/${zrasn_triplet};-E;GCONV_PATH=${zrasn_unpacked}/lib/gconv-${zrasn_debian})
 set(CMAKE_FIND_ROOT_PATH /usr/${zrasn_triplet})
