@@ -52,7 +52,8 @@ packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c 
 packages_bench-x86 := g++-multilib cmake ninja-build locales
 # The compilers themselves are unpacked, see cmake/cross-compilers.sh: these packages hold what they link with.
 packages_cross := $(packages_demo) $(tests_need) python3 qemu-user \
-    binutils-aarch64-linux-gnu libstdc++-12-dev-arm64-cross binutils-s390x-linux-gnu libstdc++-12-dev-s390x-cross
+    binutils-aarch64-linux-gnu cpp-12-aarch64-linux-gnu libstdc++-12-dev-arm64-cross \
+    binutils-s390x-linux-gnu cpp-12-s390x-linux-gnu libstdc++-12-dev-s390x-cross
 packages_portable := clang libc++-dev libc++abi-dev g++-mingw-w64-x86-64-posix cmake ninja-build
 packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
