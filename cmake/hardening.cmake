@@ -1,10 +1,11 @@
 # zrasn_hardening: linked privately by everything that is installed. The compiler checks the sizes that it knows, guards
 # the stack's return addresses and marks where calls may land; the linker leaves no table of addresses writable. With a
-# sanitizer these checks would stand in the way of its own, and without optimisation the C library has none.
+# sanitizer these checks would stand in the way of its own, and without optimisation the C library has none. The
+# options are those of ELF.
 option(ZRASN_HARDENING "Build with the compiler's protection against memory faults" ON)
 add_library(zrasn_hardening INTERFACE)
 set(zrasn_quick_sources_options "")
-if(ZRASN_HARDENING AND NOT ZRASN_SANITIZE)
+if(ZRASN_HARDENING AND NOT ZRASN_SANITIZE AND NOT WIN32)
     include(CheckCXXCompilerFlag)
     target_compile_options(zrasn_hardening INTERFACE
         -fstack-protector-strong

@@ -31,9 +31,10 @@ else()
 endif()
 install(TARGETS ${targets} EXPORT zrasn_targets
     LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE COMPONENT development)
+    ARCHIVE COMPONENT development
+    RUNTIME COMPONENT runtime)
 # Headers of the library's own sources, which no public one includes.
-set(private asn1/utf8.h asn1/asnbase/default_value.h zrz/latin1.h)
+set(private asn1/platform.h asn1/utf8.h asn1/asnbase/default_value.h zrz/latin1.h)
 foreach(header chains conversion repertoire t61 text_writer words words_sse2)
     list(APPEND private asn1/asnstrng/${header}.h)
 endforeach()

@@ -1,5 +1,10 @@
-# Locales for the tests of texts in the local code set, made in the build directory. They read alike for both word sizes.
+# Locales for the tests of texts in the local code set, made in the build directory. They read alike for both word sizes,
+# but not for both orders of octets.
 find_program(ZRASN_LOCALEDEF localedef REQUIRED)
+set(zrasn_locale_order --little-endian)
+if(CMAKE_CXX_BYTE_ORDER STREQUAL "BIG_ENDIAN")
+    set(zrasn_locale_order --big-endian)
+endif()
 set(zrasn_locales_dir ${CMAKE_CURRENT_BINARY_DIR}/locales)
 set(zrasn_locales)
 foreach(locale latin1=ISO-8859-1 euc_jp=EUC-JP jisx0213=EUC-JISX0213 sjis=SHIFT_JIS gb18030=GB18030 utf8=UTF-8)
@@ -8,7 +13,7 @@ foreach(locale latin1=ISO-8859-1 euc_jp=EUC-JP jisx0213=EUC-JISX0213 sjis=SHIFT_
     list(GET locale 1 charmap)
     add_custom_command(OUTPUT ${zrasn_locales_dir}/${name}/LC_CTYPE
         COMMAND ${CMAKE_COMMAND} -E make_directory ${zrasn_locales_dir}
-        COMMAND ${ZRASN_LOCALEDEF} --no-archive --no-warnings=ascii -i C -f ${charmap} ${zrasn_locales_dir}/${name}
+        COMMAND ${ZRASN_LOCALEDEF} --no-archive --no-warnings=ascii ${zrasn_locale_order} -i C -f ${charmap} ${zrasn_locales_dir}/${name}
         COMMENT "Locale ${name}")
     list(APPEND zrasn_locales ${zrasn_locales_dir}/${name}/LC_CTYPE)
 endforeach()

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "asn1/byte_order.h"
+
 namespace zr {
 
 constexpr unsigned char id_integer = 0x02;
@@ -17,7 +19,7 @@ constexpr unsigned char id_sequence = 0x30;
 inline uint32_t load_big_endian(const unsigned char* at) {
     uint32_t octets = 0;
     std::memcpy(&octets, at, sizeof octets);
-    return __builtin_bswap32(octets);
+    return most_significant_first(octets);
 }
 
 // fold_integer gives the 32-bit value of an INTEGER's contents (X.690 8.3), and answers false where there is none: more

@@ -11,6 +11,7 @@
 #include <new>
 
 #include "asn1/ascii.h"
+#include "asn1/platform.h"
 #include "zrz/latin1.h"
 #include "zrz/text_conversion.h"
 
@@ -149,7 +150,7 @@ private:
         capacity_ = capacity;
     }
     void give_back() {
-        if (secret_ && block_ != nullptr) explicit_bzero(block_, capacity_);
+        if (secret_ && block_ != nullptr) zr::overwrite(block_, capacity_);
         std::free(block_);
         block_ = nullptr;
         capacity_ = 0;

@@ -6,11 +6,12 @@
 #include <cstdlib>
 #include <functional>
 
+#include "asn1/platform.h"
 #include "asn1/status.h"
 
 namespace zr {
 
-void wipe(void* block, size_t octets) { explicit_bzero(block, octets); }
+void wipe(void* block, size_t octets) { overwrite(block, octets); }
 
 }  // namespace zr
 

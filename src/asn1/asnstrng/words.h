@@ -7,20 +7,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include "asn1/byte_order.h"
+
 namespace zr {
 
 using word = uintptr_t;
 constexpr unsigned int word_octets = sizeof(word);
 constexpr unsigned int word_bits = 8 * word_octets;
 
-inline word most_significant_first(word value) {
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return value;
-#else
-    if constexpr (word_octets == 8) return __builtin_bswap64(value);
-    return static_cast<word>(__builtin_bswap32(static_cast<uint32_t>(value)));
-#endif
-}
 inline word load_word(const unsigned char* at) {
     word value = 0;
     std::memcpy(&value, at, sizeof value);

@@ -110,7 +110,7 @@ bool definite_form::write(octet_position at, octet_position end, const char* fil
         if (open.indefinite ? left >= 2 && at[0] == 0 && at[1] == 0 : left == 0) {
             if (around.empty() || !append(at)) return false;
             unsigned char* const header = copy_ + open.header;
-            const uint32_t length = __builtin_bswap32(static_cast<uint32_t>(to - header - definite_header));
+            const uint32_t length = most_significant_first(static_cast<uint32_t>(to - header - definite_header));
             header[0] = id_sequence;
             header[1] = length_of_four_octets;
             std::memcpy(header + 2, &length, sizeof length);

@@ -78,7 +78,7 @@ public:
         header(id_utf8_string, length);
     }
     ZR_INLINE void octet_pair(unsigned char first, unsigned char second) {
-        const auto both = static_cast<uint16_t>(first | second << 8);
+        const uint16_t both = pair_of_octets(first, second);
         std::memcpy(at_ -= 2, &both, 2);
     }
     ZR_INLINE void header(unsigned char identifier, size_t length) {
@@ -89,7 +89,7 @@ public:
     // octets of a header always do.
     ZR_INLINE void integer(int32_t value) {
         const size_t count = integer_octets(value);
-        const uint32_t stored = __builtin_bswap32(static_cast<uint32_t>(value));
+        const uint32_t stored = most_significant_first(static_cast<uint32_t>(value));
         std::memcpy(at_ - 4, &stored, 4);
         at_ -= count;
         octet_pair(id_integer, static_cast<unsigned char>(count));
@@ -117,7 +117,7 @@ private:
     // at the least, the envelope's header still come before them.
     ZR_INLINE void long_header(unsigned char identifier, uint32_t length) {
         const size_t count = length_octets(length);
-        const uint32_t stored = __builtin_bswap32(length);
+        const uint32_t stored = most_significant_first(length);
         std::memcpy(at_ - 4, &stored, 4);
         at_ -= count;
         octet_pair(identifier, static_cast<unsigned char>(0x80 | count));
