@@ -150,7 +150,7 @@ block 4 >notes.cpp
 # outside of what it is linked into; a project around the library installs none of it, unless it is asked to.
 objdump -p "$work/package-shared-own/program" | grep -q 'ZRASN_CODEC_[0-9]' || fail "the codec has no version"
 "$gxx" -shared -o "$work/all.so" -Wl,--whole-archive "$lib/libzrasn.a" "$lib/libzrz.a" "$lib/libzrasn_json.a" -Wl,--no-whole-archive
-names=$(nm -DC --defined-only "$work/all.so" | grep -vE '^[0-9a-f]+ W .*std::' || true)
+names=$(nm -DC --defined-only "$work/all.so" | grep -vE '^[0-9a-f]+ [uW] .*std::' || true)
 [ -z "$names" ] || fail "the static libraries export $names"
 rm -rf "$work"/*/installed
 "$cmake" --install "$work/part-shared-own" >/dev/null
