@@ -44,7 +44,7 @@ packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
     zsh fish man-db tshark
-packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
+packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-dev
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
 packages_msan := $(packages_tsan)
@@ -63,7 +63,7 @@ packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
 packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
     libcli11-dev nlohmann-json3-dev
-packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
+packages_abi := g++ g++-multilib cmake ninja-build nlohmann-json3-dev abigail-tools xz-utils
 packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
 packages_format := clang-format git
@@ -180,7 +180,7 @@ packages-test: packages
 	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh ../files
 
 abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
-	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn || exit 1; done
+	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn zrasn_json || exit 1; done
 	@tests/abi/run.sh build/abi build/abi-x86 $(ABI)
 
 # The build with clang++ has the command lines that clang-tidy understands.

@@ -14,7 +14,7 @@ files >$work/files-before
 apt update
 arch=$(dpkg --print-architecture)
 apt install --no-install-recommends "$packages"/*_"$arch".deb "$packages"/*_all.deb
-others=$(installed | comm -13 $work/before - | grep -vE '^(libzrasn[0-9]+|libzrz[0-9]+|libzrasn-dev|libzrasn-doc|zrasn):' || true)
+others=$(installed | comm -13 $work/before - | grep -vE '^(libzrasn[0-9]+|libzrz[0-9]+|libzrasn-json[0-9]+|libzrasn-dev|libzrasn-doc|zrasn):' || true)
 [ -z "$others" ] || fail "installing needs other packages: $others"
 
 # The program.
@@ -33,6 +33,9 @@ g++ -std=c++17 examples/uuid_roundtrip.cpp $(pkg-config --cflags --libs zrasn) -
 $work/uuid >$work/uuid.out
 cmp $work/uuid.out examples/uuid_roundtrip.out
 version=$(sed -nE 's/^project\(zrasn VERSION ([0-9]+\.[0-9]+)\..*/\1/p' CMakeLists.txt)
+awk '/^<!-- c-interface: program.c/ { wanted = 1 } /^```/ { if (open) exit; open = wanted; next } open' docs/c-interface.md >$work/program.c
+gcc -std=c11 $work/program.c $(pkg-config --cflags --libs zrasn_json) -o $work/program
+$work/program
 for form in shared static; do
     cmake -S tests/install -B $work/own-$form -DWANTED="$version" -DFORM=$form -DPROGRAM=own -DFLAGS=-std=c++17 >$work/log &&
         cmake --build $work/own-$form >>$work/log || { cat $work/log >&2; fail "own records, $form"; }

@@ -59,13 +59,13 @@ enum zrasn_status {
 // What a call may be asked for. All 0, but for `size`, is what most callers want; members that a later version adds
 // have this meaning too. A limit of 0 is none.
 typedef struct zrasn_options {
-    size_t size;  // of this structure, as the caller was compiled
-    int strict;   // refuse all that the library would not write (zr::decode_options::strict)
-    int bare;     // octets come and go without the envelope's header: they begin with 30
-    int version;  // of the envelope: 0 stands for 2, of other numbers the low eight bits count (256 is version 0)
-    int indent;   // JSON in indented lines; else on one
-    int show_secrets;
-    int reserved;  // 0
+    size_t size;       // of this structure, as the caller was compiled
+    int strict;        // refuse all that the library would not write (zr::decode_options::strict)
+    int bare;          // octets come and go without the envelope's header: they begin with 30
+    int version;       // of the envelope: 0 stands for 2, of other numbers the low eight bits count (256 is version 0)
+    int indent;        // JSON in indented lines; else on one
+    int show_secrets;  // members marked secret with their values
+    int reserved;      // 0
     // Of what is read, octets or JSON; what passes one of them is refused with 275062885.
     size_t most_octets;    // of the octets or the text
     size_t most_heap;      // octets in blocks of the record's structure
@@ -75,6 +75,7 @@ typedef struct zrasn_options {
     // are left out from there, and the text says how many (0: 64 MiB of these).
     size_t most_text;
 } zrasn_options;
+// All as at the start.
 #define ZRASN_OPTIONS_INIT \
     { sizeof(zrasn_options), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
@@ -94,6 +95,7 @@ typedef struct zrasn_report {
     char path[320];      // of the member, such as "attrs[3].name"; empty for the record itself
     char message[512];   // such as "found an INTEGER (02), expected a UTF8String (0c)"; empty after a success
 } zrasn_report;
+// Nothing is found yet.
 #define ZRASN_REPORT_INIT                                                    \
     {                                                                        \
         sizeof(zrasn_report), 0, 0, 0, NULL, NULL, 0, 0, 0, 0, 0, {0}, { 0 } \
@@ -101,8 +103,9 @@ typedef struct zrasn_report {
 
 // The version of the library, such as "1.2.0".
 ZRASN_C_API const char* zrasn_version(void);
-// Of a status: its name ("unknown" of any other number), and what it means as a sentence without a full stop.
+// The name of a status; "unknown" of any other number.
 ZRASN_C_API const char* zrasn_status_name(int status);
+// What a status means, as a sentence without a full stop.
 ZRASN_C_API const char* zrasn_status_text(int status);
 // Releases what any function here has made; null does nothing.
 ZRASN_C_API void zrasn_free(void* block);
@@ -113,10 +116,13 @@ ZRASN_C_API const zrasn_record* zrasn_record_at(size_t index);
 // The record of a structure or binding class ("acl_ext_s_t", "asn_acl_ext_t"), or with the ending _s_t or _t left out
 // ("acl_ext", "uuid"); null when there is none.
 ZRASN_C_API const zrasn_record* zrasn_record_find(const char* name);
-// Its names: of the structure, of the binding class, of the module; and the octets of the structure.
+// The name of a record's structure.
 ZRASN_C_API const char* zrasn_record_name(const zrasn_record* record);
+// The name of its binding class.
 ZRASN_C_API const char* zrasn_record_binding(const zrasn_record* record);
+// The name of its module.
 ZRASN_C_API const char* zrasn_record_module(const zrasn_record* record);
+// The octets that its structure has.
 ZRASN_C_API size_t zrasn_record_size(const zrasn_record* record);
 // Whether the record, or one that it contains, has members marked secret.
 ZRASN_C_API int zrasn_record_has_secrets(const zrasn_record* record);
@@ -162,13 +168,15 @@ ZRASN_C_API int zrasn_check(const zrasn_record* record, const void* octets, size
 // The elements of any BER as a tree, damaged or not, with the names of the record's members when there is a record;
 // never refused for what the octets are. The first four octets may be an envelope's header.
 //
-//     {"envelope":{"offset":0,"header":4,"version":2},"elements":[{"offset":4,"header":2,"length":19,"type":"SEQUENCE",
-//      "record":"uuid_t","children":[{"offset":6,"header":2,"length":4,"type":"INTEGER","member":"time_low",
-//      "value":"1806153744"}, ...]}],"problems":0}
+//     {"envelope":{"offset":0,"header":4,"version":2},"elements":[{"offset":4,"header":2,"length":31,"tag":16,
+//      "constructed":true,"type":"SEQUENCE","record":"uuid_t","children":[{"offset":6,"header":2,"length":4,"tag":2,
+//      "type":"INTEGER","member":"time_low","value":"1806153744"}, ...]}],"problems":0}
 //
-// `value` is text for people: a number's digits, a text in quotes, octets as digits, long ones cut. What is wrong with
-// an element stands in its `problems`; members that are not there in `missing`. Elements below the last level that is
-// shown, and from where the text gets too long, are counted in `hidden`.
+// Elements of lists have an `index` in place of `member`, those of other classes a `class`, and one of indefinite
+// length has `"indefinite":true` in place of its length. `value` is text for people: a number's digits, a text in
+// quotes, octets as digits, long ones cut. What is wrong with an element stands in its `problems`; members that are not
+// there in `missing`. Elements below the last level that is shown, and from where the text gets too long, are counted
+// in `hidden`.
 ZRASN_C_API int zrasn_walk(const zrasn_record* record, const void* octets, size_t size, const zrasn_options* options,
                            char** json, size_t* length, zrasn_report* report);
 

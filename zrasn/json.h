@@ -44,6 +44,7 @@ public:
     json_text& operator=(const json_text&) = delete;
     ~json_text() { zrasn_free(text_); }
 
+    // Both: the text, empty when there is none.
     std::string_view view() const { return {text_ != nullptr ? text_ : "", length_}; }
     const char* c_str() const { return text_ != nullptr ? text_ : ""; }
 
@@ -68,13 +69,14 @@ private:
     size_t length_ = 0;
 };
 
-// A structure to JSON and back. `structure` gets what zrAsnFreeObj releases; what it held before is not released.
+// A structure to JSON.
 template <class S>
 [[nodiscard]] status_of<S> to_json(const S& structure, json_text& json, const json_options& options = {}) {
     return json.fill([&](char** text, size_t* length) {
         return zrasn_structure_to_json(as_c(record<S>::type), &structure, &options, text, length, nullptr);
     });
 }
+// JSON to a structure, which gets what zrAsnFreeObj releases; what it held before is not released.
 template <class S>
 [[nodiscard]] status_of<S> from_json(std::string_view json, S& structure, const json_options& options,
                                      json_report& report) {
@@ -86,13 +88,14 @@ template <class S>
     return status;
 }
 
-// Octets to JSON and back, of a record by its type.
+// Octets to JSON, of a record by its type.
 [[nodiscard]] inline int to_json(const record_type& type, const void* octets, size_t size, json_text& json,
                                  const json_options& options, json_report& report) {
     return json.fill([&](char** text, size_t* length) {
         return zrasn_to_json(as_c(type), octets, size, &options, text, length, &report);
     });
 }
+// JSON to octets, of a record by its type.
 [[nodiscard]] inline int from_json(const record_type& type, std::string_view json, encoding& octets,
                                    const json_options& options, json_report& report) {
     unsigned char* made = nullptr;

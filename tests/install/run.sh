@@ -7,7 +7,7 @@
 #              alone; part, fetch: with the library's sources, by add_subdirectory and FetchContent
 #   form       shared, static, or static with -flto
 #   exceptions off: neither exceptions nor RTTI
-#   program    caller: of the library's records; own: one with records of its own
+#   program    caller: of the library's records; own: one with records of its own; json: one with those as JSON
 set -eu
 
 if [ "$1" = --row ]; then
@@ -25,12 +25,15 @@ END
     [ "$form" != lto ] || flags="$flags -flto"
     [ "$exceptions" = on ] || flags="$flags -fno-exceptions -fno-rtti"
     sources=$consumer/consumer.cpp
-    [ "$program" = caller ] || sources="$consumer/own_program.cpp"
+    [ "$program" != own ] || sources="$consumer/own_program.cpp"
+    [ "$program" != json ] || sources="$consumer/own_json.cpp"
+    packages=zrasn
+    [ "$program" != json ] || packages='zrasn_json zrasn'
 
     # compile LINK...: with CFLAGS, where there is no CMake.
     compile() {
         objects=
-        if [ "$program" = own ]; then
+        if [ "$program" != caller ]; then
             objects=$out/own_record.o
             # shellcheck disable=SC2086
             "$cxx" $flags $cflags -fexceptions -c "$consumer/own_record.cpp" -o "$objects"
@@ -45,11 +48,11 @@ END
                 export PKG_CONFIG_PATH="$lib/pkgconfig"
                 static=
                 [ "$form" = shared ] || static=--static
-                cflags=$(pkg-config $static --cflags zrasn)
+                cflags=$(pkg-config $static --cflags $packages)
                 if [ "$form" = shared ]; then
-                    compile $(pkg-config --libs zrasn) -Wl,-rpath,"$lib"
+                    compile $(pkg-config --libs $packages) -Wl,-rpath,"$lib"
                 else
-                    compile -static $(pkg-config --static --libs zrasn)
+                    compile -static $(pkg-config --static --libs $packages)
                 fi
                 ;;
             bare)
@@ -93,7 +96,7 @@ mkdir -p "$work"
 rm -rf "$prefix" "$work/staged"
 install() { "$cmake" --install "$build" --component "$1" --prefix "$work/staged" >/dev/null; }
 install runtime
-[ "$(find "$work/staged" -type f | grep -cvE '/lib(zrasn|zrz)\.so\.[0-9.]+$')" -eq 0 ] || fail "more in runtime than libraries"
+[ "$(find "$work/staged" -type f | grep -cvE '/lib(zrasn|zrz|zrasn_json)\.so\.[0-9.]+$')" -eq 0 ] || fail "more in runtime than libraries"
 install development
 mv "$work/staged" "$prefix"
 lib=$(dirname "$(find "$prefix" -name pkgconfig -type d)")
@@ -121,6 +124,11 @@ pkgconf static 17 clang off own
 tree lto 17 clang on own
 tree shared 23 gcc on own
 tree static 20 clang off caller
+part shared 20 clang off json
+package shared 17 gcc on json
+tree static 23 gcc off json
+pkgconf shared 17 clang on json
+pkgconf static 20 gcc on json
 END
 
 # The program of docs/adding-a-record.md.
@@ -134,12 +142,16 @@ block 4 >notes.cpp
 { echo '#include "notes.h"'; echo 'int main() {'; block 5; echo 'return type != &zr::record<note_t>::type; }'; } >main.cpp
 "$gxx" -std=c++17 -I"$prefix/include/zrasn" notes.cpp main.cpp -L"$lib" -lzrasn -Wl,-rpath,"$lib" -o program
 ./program || fail "the page's record is not found"
+{ echo '#include <cstdio>'; echo '#include "notes.h"'; echo '#include "zrasn/json.h"'; echo 'int main() {'; block 6; echo '}'; } >json.cpp
+"$gxx" -std=c++17 -I"$prefix/include/zrasn" notes.cpp json.cpp -L"$lib" -lzrasn_json -lzrasn -Wl,-rpath,"$lib" -o program
+[ "$(./program)" = '{"id":"00000000-0000-0000-0000-000000000000","text":"to be read"}' ] || fail "the page's record has other JSON"
 
 # A program with records of its own asks for the codec that it was compiled for; nothing of the static library is visible
 # outside of what it is linked into; a project around the library installs none of it, unless it is asked to.
 objdump -p "$work/package-shared-own/program" | grep -q 'ZRASN_CODEC_[0-9]' || fail "the codec has no version"
-"$gxx" -shared -o "$work/all.so" -Wl,--whole-archive "$lib/libzrasn.a" "$lib/libzrz.a" -Wl,--no-whole-archive
-[ -z "$(nm -D --defined-only "$work/all.so")" ] || fail "the static library exports names"
+"$gxx" -shared -o "$work/all.so" -Wl,--whole-archive "$lib/libzrasn.a" "$lib/libzrz.a" "$lib/libzrasn_json.a" -Wl,--no-whole-archive
+names=$(nm -DC --defined-only "$work/all.so" | grep -vE '^[0-9a-f]+ [uW] .*std::' || true)
+[ -z "$names" ] || fail "the static libraries export $names"
 rm -rf "$work"/*/installed
 "$cmake" --install "$work/part-shared-own" >/dev/null
 [ "$(cd "$work/part-shared-own/installed" && find . -type f)" = ./bin/program ] || fail "a part installs itself"
