@@ -28,10 +28,11 @@ elif [ "$(id -u)" -ne 0 ]; then
     command -v sudo >/dev/null || by_hand "Installing packages takes root or sudo, and here is neither."
     as_root=sudo
 fi
+# A package that would have others removed is left to the user.
 echo "Installing:$missing"
 export DEBIAN_FRONTEND=noninteractive
 # shellcheck disable=SC2086
 {
     $as_root apt-get -q -o DPkg::Lock::Timeout=300 update &&
-        $as_root apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends $missing
+        $as_root apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-remove --no-install-recommends $missing
 } || by_hand "Not all packages could be installed."
