@@ -34,9 +34,9 @@ CORPORA ?=
 ABI ?= check
 
 tested := release asan x86
-packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
+packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev rapidjson-dev
 # Every build with tests; uuid-dev and both compilers for the tests of the headers.
-tests_need := cmake ninja-build googletest nlohmann-json3-dev locales
+tests_need := cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales
 packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev
 packages_x86 := g++-multilib $(tests_need) clang uuid-dev
 packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
@@ -44,9 +44,9 @@ packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
     zsh fish man-db tshark
-packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-dev
+packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-dev rapidjson-dev
 packages_fuzz-plain := $(packages_fuzz)
-packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
+packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales
 packages_msan := $(packages_tsan)
 packages_coverage := $(packages_demo) $(tests_need) gcovr
 packages_valgrind := valgrind
@@ -62,8 +62,8 @@ packages_portable := clang libc++-dev libc++abi-dev g++-mingw-w64-x86-64-posix c
 packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
 packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
-    libcli11-dev nlohmann-json3-dev
-packages_abi := g++ g++-multilib cmake ninja-build nlohmann-json3-dev abigail-tools xz-utils
+    libcli11-dev nlohmann-json3-dev rapidjson-dev
+packages_abi := g++ g++-multilib cmake ninja-build nlohmann-json3-dev rapidjson-dev abigail-tools xz-utils
 packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
 packages_format := clang-format git

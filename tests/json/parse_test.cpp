@@ -45,6 +45,13 @@ TEST(parse, events_and_their_places) {
         {std::string("[]\0x", 4), "0 [; 1 ]; !2"},
         {std::string("[\0]", 3), "0 [; !1"},
         {"[1e999]", "0 [; !5"},
+        {"[0e999,1]", "0 [; 1 number 0e999; ", 2},
+        {"[12-07]", "0 [; 1 number 12-07; ", 2},
+        {"[" + std::string(400, '9') + "]", "0 [; !400"},
+        {"[\"\\udc00\"]", "0 [; !7"},
+        {"[\"plain text, then an escape: \\u00fc\\n!\"]",
+         "0 [; 1 string plain text, then an escape: \u00FC\n!; 40 ]; "},
+        {"\n                \t[\r\n         1\xFF", "18 [; 30 number 1; !31"},
         {"\"\xC0\x80\"", "!1"},
     };
     for (const auto& row : rows) {

@@ -1,6 +1,7 @@
 #include "json/base/text.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace zr::json {
 
@@ -26,10 +27,16 @@ size_t decode_utf8(std::string_view text, uint32_t& code_point) {
 }
 
 size_t utf8_size(std::string_view text) {
+    constexpr uint64_t beyond_ascii = 0x8080808080808080;
     uint32_t code_point = 0;
     size_t at = 0;
-    while (const size_t count = decode_utf8(text.substr(at), code_point))
-        at += count;
+    for (size_t count = 1; count != 0; at += count) {
+        for (uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
+            std::memcpy(&eight, text.data() + at, sizeof eight);
+            if ((eight & beyond_ascii) != 0) break;
+        }
+        count = decode_utf8(text.substr(at), code_point);
+    }
     return at;
 }
 

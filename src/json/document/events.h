@@ -52,7 +52,7 @@ struct json_fault {
     std::string message;  // empty: the receiver has stopped
 };
 
-// parse_json reads one value, and nothing behind it, whatever its depth and with no more than a bit for each level.
+// parse_json reads one value, and nothing behind it, whatever its depth and with no more than 16 octets for each level.
 // False when the text is no JSON or the receiver has stopped. Throws what the receiver throws, and std::bad_alloc.
 bool parse_json(std::string_view text, json_events& receiver, json_fault& fault);
 
