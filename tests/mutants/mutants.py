@@ -1,12 +1,14 @@
 #!/usr/bin/python3
 """Changes the sources at one point after the other, and runs the tests that reach it: do they see each change?
 
-mutants.py FOLDER...: a copy of the repository in --work is built once, at -O1, with every point of the folders' sources in
-it (points.py, point.h); which of them is changed is said when a test program starts. A first run tells which tests reach
-which points. Then --count points, chosen evenly from all files by their names (or --all, or those of --only), are changed,
-each in runs of their tests, the quickest first, within ten times what those take unchanged.
+mutants.py FOLDER...: some --count points of the folders' sources are chosen, evenly from all files by their names (or --all,
+or those of --only). A copy of the repository in --work is built once, at -O1, with all of them in it (points.py, point.h);
+which of them is changed is said when a test program starts. A first run tells which tests reach which points. Then each is
+changed in runs of its tests, the quickest first, within ten times what those take unchanged. Points that do not compile,
+and those that only the compiler evaluates, are left out.
 
-survivors.txt names the changes that no test sees, with the reason: "changes nothing, because ...", or "hole: ...". Exit
+survivors.txt names the changes that no test sees, with the reason: "changes nothing, because ...", or "hole: ..."; all tests
+run before one is known to survive, so those are run --again only when asked for. Exit
 code 1 when there is a survivor that is not listed, or when fewer than --least percent of the changes that change
 something are seen; 2 when the copy cannot be built or its tests fail.
 """
@@ -14,9 +16,11 @@ import argparse
 import hashlib
 import json
 import os
+import pickle
 import re
 import resource
 import shlex
+import shutil
 import subprocess
 import sys
 import time
@@ -116,7 +120,7 @@ def find_tests(tree, targets):
         listed = subprocess.run(["ctest", "--test-dir", tree / "build", "--show-only=json-v1", "-R", r"tool\.[a-z_]+$"],
                                 capture_output=True, text=True).stdout
         tests += [Test(test["name"], test["command"]) for test in json.loads(listed)["tests"]
-                  if any("tests/tool/" in word and word.rsplit(".")[-1] != "cpp" for word in test["command"])]
+                  if test["name"] in ("tool.command_line", "tool.inspect", "tool.pages", "tool.vectors")]
     return tests
 
 
@@ -168,10 +172,14 @@ def judge(point, tests):
         groups[key].append(test)
     for key in sorted(groups):
         group = groups[key]
-        command = group[0].command
+        # A script gets a folder of its own: the one it is given, with the number.
+        own = {word: f"{word}-{point.number}" for word in group[0].command if "/build/tests/tool/" in word}
+        command = [own.get(word, word) for word in group[0].command]
         if group[0].program:
             command = [group[0].program, "--gtest_fail_fast", "--gtest_filter=" + ":".join(t.name for t in group)]
         passed, _ = run(command, 2 + 10 * sum(t.seconds for t in group), ZR_MUTANT=str(point.number))
+        for folder in own.values() if group[0].program is None else []:
+            shutil.rmtree(folder, ignore_errors=True)
         if not passed:
             return group[0].name if len(group) == 1 else f"{group[0].name} or one of {len(group) - 1} others"
     return ""
@@ -204,11 +212,13 @@ def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("folders", nargs="+", help="src, tools/zrasn")
     arguments.add_argument("--work", type=Path, default=ROOT / "build/mutants")
-    arguments.add_argument("--count", type=int, default=640)
+    arguments.add_argument("--count", type=int, default=800)
     arguments.add_argument("--least", type=float, default=97)
     arguments.add_argument("--only", default="", help="all points whose names contain this")
     arguments.add_argument("--all", action="store_true")
     arguments.add_argument("--jobs", type=int, default=os.cpu_count())
+    arguments.add_argument("--within", type=float, default=600, help="leave tests out that take more seconds")
+    arguments.add_argument("--again", action="store_true", help="run the tests with listed survivors too")
     given = arguments.parse_args()
     work = given.work.resolve() / "-".join(given.folders).replace("/", "_")
     tree = work / "tree"
@@ -221,9 +231,11 @@ def main():
         (tree / name).chmod((ROOT / name).stat().st_mode)
     configure(tree, targets)
     commands = sorted(command_lines(tree), key=lambda c: (not c[0].startswith(given.folders[0]), c[0]))
+    print("Looking for points", flush=True)
     points, unseen = find_points(ROOT, given.folders, commands)
     print(f"{len(points)} points; not compiled: {' '.join(unseen) or 'no file'}", flush=True)
-    points = build(tree, targets, names, points, given.jobs)
+    chosen = choose(points, len(points) if given.all else given.count, given.only)
+    chosen = build(tree, targets, names, chosen, given.jobs)
     programs = [path for target in targets for path in (tree / "build").rglob(target.replace("zrasn_cli", "zrasn"))
                 if path.is_file() and os.access(path, os.X_OK)]
     made = set()
@@ -232,19 +244,24 @@ def main():
                         work / "numbers"], check=True)
         octets = (work / "numbers").read_bytes()
         made |= {int.from_bytes(octets[at:at + 4], "little") for at in range(0, len(octets), 4)}
-    ran = [p for p in points if p.number in made]
-    print(f"{len(points)} compile, of {len(ran)} the program has code", flush=True)
+    total, chosen = len(chosen), [p for p in chosen if p.number in made]
+    print(f"{total} chosen compile, of {len(chosen)} the program has code", flush=True)
 
-    tests = find_tests(tree, targets)
+    tests, kept, state = find_tests(tree, targets), work / "recorded", [path.stat().st_mtime for path in programs]
+    recorded_of, recorded = pickle.loads(kept.read_bytes()) if kept.exists() else ([], [])
     with ThreadPoolExecutor(given.jobs) as pool:
-        failed = [t.name for t, passed in zip(tests, pool.map(lambda t: record(t, work), tests)) if not passed]
+        if recorded_of == state:
+            tests = recorded
+        missing = [t for t in tests if not t.reached]
+        failed = [t.name for t, passed in zip(missing, pool.map(lambda t: record(t, work), missing)) if not passed]
         if failed or not tests:
             print(f"Tests that fail without a change: {failed}")
             return 2
+        kept.write_bytes(pickle.dumps((state, tests)))
         print(f"{len(tests)} tests take {sum(t.seconds for t in tests):.0f} s", flush=True)
-        chosen = choose(ran, len(ran) if given.all else given.count, given.only)
-        seen = pool.map(lambda p: judge(p, tests), chosen)
+        tests = [t for t in tests if t.seconds <= given.within]
         reasons, count, unlisted = read_reasons(), Counter(), []
+        seen = pool.map(lambda p: judge(p, tests) if given.again or p.name not in reasons else "", chosen)
         for point, test in zip(chosen, seen):
             text, reason = reasons.get(point.name, ("", ""))
             nothing = reason.startswith("changes nothing, because ")
@@ -258,7 +275,7 @@ def main():
                 print(f"Listed as a survivor, but seen: {point.name}")
     changed = len(chosen) - count["nothing"]
     share = 100 * count["killed"] / changed if changed else 0
-    print(f"{len(chosen)} of {len(ran)} points changed: {count['killed']} seen by a test, {count['nothing']} change nothing, "
+    print(f"{len(chosen)} of {len(points)} points changed: {count['killed']} seen by a test, {count['nothing']} change nothing, "
           f"{count['hole']} holes, {len(unlisted)} survivors not listed, or with another text: {share:.1f} % seen")
     print("\n".join(unlisted))
     return 1 if unlisted or share < given.least else 0
