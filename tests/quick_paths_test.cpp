@@ -1,5 +1,6 @@
-// Octets as the library writes them never reach the readers of other forms, on any way. The test program is linked so
-// that calls of those readers pass through here (--wrap in CMakeLists.txt, by the names that the linker knows).
+// Octets as the library writes them never reach the readers of other forms, on any way; those of indefinite length do
+// not reach the general reader of records. The test program is linked so that calls of those readers pass through here
+// (--wrap in CMakeLists.txt, by the names that the linker knows).
 #include <gtest/gtest.h>
 
 #include "asn1/codec/definite_form.h"
@@ -12,6 +13,7 @@
 namespace {
 
 size_t calls = 0;
+size_t any_form_calls = 0;  // of the general reader of records alone
 
 }  // namespace
 
@@ -25,7 +27,7 @@ size_t calls = 0;
 
 ZR_COUNTED(int, any_form, "_ZN2zr13read_any_formERKNS_11record_typeENS_5inputEPvRNS_15general_readingE",
            (const zr::record_type& type, zr::input in, void* out, zr::general_reading& reading),
-           (type, in, out, reading))
+           (type, in, out, (++any_form_calls, reading)))
 ZR_COUNTED(bool, definite_form, "_ZN2zr13definite_form5writeEPKhS2_PKc",
            (zr::definite_form * form, zr::octet_position at, zr::octet_position end, const char* file),
            (form, at, end, file))
@@ -86,6 +88,24 @@ TEST(quick_paths, octets_as_they_are_written_reach_no_other_reader) {
                 ASSERT_EQ(type->decode_packed(whole.data(), whole.size(), packed.get(), blocks, options, report), 0);
                 std::memset(packed.get(), 0, type->size);
                 ASSERT_EQ(calls, 0u) << type->name;
+            }
+        }
+    }
+}
+
+TEST(quick_paths, records_of_indefinite_length_reach_no_general_reader) {
+    std::mt19937 random(55);
+    for (const char* locale : {"utf8", "latin1"}) {
+        const thread_locale in_use(locale);
+        for (const zr::record_type* type : all_records()) {
+            for (unsigned i = 0; i < 12; ++i) {
+                structure original(*type);
+                fill(*type, original.get(), random, {i < 10 ? 400u : 30000u, 4, true});
+                const ber_value value = parse_ber(encode(entry_points, original).ber);
+                const octets ber = rewrite_ber(value, random, {false, true, false, false});
+                any_form_calls = 0;
+                calls_of_ways(*type, envelope(ber).all());
+                ASSERT_EQ(any_form_calls, 0u) << type->name << ": " << hex(ber);
             }
         }
     }
