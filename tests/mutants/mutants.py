@@ -219,6 +219,7 @@ def main():
     arguments.add_argument("--jobs", type=int, default=os.cpu_count())
     arguments.add_argument("--within", type=float, default=600, help="leave tests out that take more seconds")
     arguments.add_argument("--again", action="store_true", help="run the tests with listed survivors too")
+    arguments.add_argument("--survivors", action="store_true", help="only what survived the run before, and is not listed")
     given = arguments.parse_args()
     work = given.work.resolve() / "-".join(given.folders).replace("/", "_")
     tree = work / "tree"
@@ -260,7 +261,9 @@ def main():
         kept.write_bytes(pickle.dumps((state, tests)))
         print(f"{len(tests)} tests take {sum(t.seconds for t in tests):.0f} s", flush=True)
         tests = [t for t in tests if t.seconds <= given.within]
-        reasons, count, unlisted = read_reasons(), Counter(), []
+        reasons, count, unlisted, survived = read_reasons(), Counter(), [], work / "survived"
+        if given.survivors:
+            chosen = [p for p in chosen if p.name in survived.read_text().split()]
         seen = pool.map(lambda p: judge(p, tests) if given.again or p.name not in reasons else "", chosen)
         for point, test in zip(chosen, seen):
             text, reason = reasons.get(point.name, ("", ""))
@@ -273,6 +276,7 @@ def main():
                 unlisted.append(f"{point.name} | {point.text}")
             if test and reason:
                 print(f"Listed as a survivor, but seen: {point.name}")
+    survived.write_text("\n".join(line.split(" | ")[0] for line in unlisted))
     changed = len(chosen) - count["nothing"]
     share = 100 * count["killed"] / changed if changed else 0
     print(f"{len(chosen)} of {len(points)} points changed: {count['killed']} seen by a test, {count['nothing']} change nothing, "
