@@ -1,10 +1,14 @@
-// Octets as the library writes them never reach the readers of other forms, on any way; those of indefinite length do
-// not reach the general reader of records. The test program is linked so that calls of those readers pass through here
+// Octets as the library writes them never reach the readers of other forms, on any way, nor are they written again,
+// copied into packed blocks, or converted where texts are ASCII; those of indefinite length do not reach the general
+// reader of records. The test program is linked so that calls of what does that pass through here
 // (--wrap in CMakeLists.txt, by the names that the linker knows).
 #include <gtest/gtest.h>
 
+#include "asn1/codec/copy_packed.h"
 #include "asn1/codec/definite_form.h"
+#include "asn1/codec/encoding.h"
 #include "asn1/codec/general_reader.h"
+#include "asn1/codec/transcode.h"
 #include "support/hex.h"
 #include "support/routes.h"
 #include "support/thread_locale.h"
@@ -35,6 +39,14 @@ ZR_COUNTED(zr::found_contents, odd_contents, "_ZN2zr12odd_contentsEPKhS1_h",
            (zr::octet_position at, zr::octet_position end, unsigned char identifier), (at, end, identifier))
 ZR_COUNTED(zr::found_integer, odd_integer, "_ZN2zr11odd_integerEPKhS1_",
            (zr::octet_position at, zr::octet_position end), (at, end))
+ZR_COUNTED(void, encoding, "_ZN2zr14write_encodingERKNS_11record_typeEPKviRNS_15encoding_targetE",
+           (const zr::record_type& type, const void* in, int version, zr::encoding_target& target),
+           (type, in, version, target))
+ZR_COUNTED(void, copy_packed, "_ZN2zr11copy_packedERKNS_11record_typeEPKvPvRNS_13packed_blocksE",
+           (const zr::record_type& type, const void* from, void* to, zr::packed_blocks& blocks),
+           (type, from, to, blocks))
+ZR_COUNTED(bool, transcoder, "_ZN2zr10transcoder7convertEPKhS2_",
+           (zr::transcoder * texts, zr::octet_position at, zr::octet_position end), (texts, at, end))
 ZR_COUNTED(zr::octet_position, odd_fixed_octets, "_ZN2zr16odd_fixed_octetsEPKhS1_Phj",
            (zr::octet_position at, zr::octet_position end, unsigned char* to, uint32_t size), (at, end, to, size))
 
@@ -78,7 +90,11 @@ TEST(quick_paths, octets_as_they_are_written_reach_no_other_reader) {
                 fill(*type, original.get(), random, {size, 4, true});
                 const octets ber = encode(entry_points, original).ber;
                 const octets whole = envelope(ber).all();
-                ASSERT_EQ(calls_of_ways(*type, whole), std::vector<size_t>(6)) << type->name << ": " << hex(ber);
+                std::vector<size_t> counts = calls_of_ways(*type, whole);
+                ASSERT_LE(counts.back(), 1u);  // what may hold converted texts is copied
+                counts.back() = 0;
+                ASSERT_EQ(counts, std::vector<size_t>(6)) << type->name << ": " << hex(ber);
+                calls = 0;
                 zr::decode_options options;
                 options.strict = true;
                 zr::decode_report report;
