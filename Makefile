@@ -11,6 +11,7 @@
 #                 and for memory that was never written
 #   make valgrind the tests under valgrind
 #   make analyze  clang's analyzer and cppcheck over the library
+#   make mutants  change the sources at hundreds of places, one at a time: do the tests see it? (tests/mutants/mutants.py)
 #   make coverage lines and branches of the library that the tests reach
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
@@ -48,6 +49,7 @@ packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales
 packages_msan := $(packages_tsan)
+packages_mutants := clang libclang-rt-14-dev python3-clang-14 binutils $(packages_demo) $(tests_need)
 packages_coverage := $(packages_demo) $(tests_need) gcovr
 packages_valgrind := valgrind
 packages_analyze := clang-tidy cppcheck
@@ -70,8 +72,8 @@ packages_format := clang-format git
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts cross portable \
-    docs wire-lock \
+.PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze mutants coverage bench bench-build counts \
+    cross portable docs wire-lock \
     packages packages-test abi tidy format $(deps)
 
 demo: build/demo/build.ninja
@@ -131,6 +133,10 @@ analyze: deps-analyze build/tsan/build.ninja
 	@cppcheck --std=c++17 --language=c++ -DZR_API= --enable=warning,performance,portability --quiet --error-exitcode=1 \
 	    --suppressions-list=cmake/cppcheck.txt -j $(JOBS) -I src -I . src base_idls zrasn
 	@run-clang-tidy -quiet -j $(JOBS) -p build/tsan -checks='-*,clang-analyzer-*,-clang-analyzer-unix.Malloc,-clang-analyzer-optin.*' '^$(CURDIR)/(src|base_idls)/'
+
+mutants: deps-mutants
+	@nice tests/mutants/mutants.py src --jobs $(JOBS)
+	@nice tests/mutants/mutants.py tools/zrasn --count 80 --least 90 --jobs $(JOBS)
 
 coverage: build/coverage/build.ninja
 	@cmake --build build/coverage -j $(JOBS)

@@ -176,6 +176,7 @@ TEST(buffer, random_operations) {
                     buffer.detach(data, length);
                     ASSERT_EQ(hex(data, length), hex(expected.data(), expected.size()));
                     EXPECT_EQ(buffer.capacity(), 0u);
+                    EXPECT_EQ(buffer.length(), 0u);
                     buffer.reset();
                     EXPECT_EQ(buffer.length(), 0u);
                     if (data != nullptr) std::memset(data, 0, length);
@@ -385,7 +386,7 @@ TEST(buffer, digits) {
     }
     zr_buffer_t buffer(zr_normal);
     buffer.append(static_cast<const char*>(nullptr));
-    buffer.append_int(-2147483647L - 1);
+    EXPECT_EQ(buffer.append_int(-2147483647L - 1), 0);
     EXPECT_EQ(text_of(buffer), "-2147483648");
 }
 

@@ -328,6 +328,14 @@ TEST(charstring, get_value_C) {
     EXPECT_EQ(out.length(), 0u);
     object.hold(30, "20 ac");
     EXPECT_EQ(object.get_value_C(out, '?'), not_representable);
+    out.clear();
+    object.hold(30, "00 41 00 00");
+    EXPECT_EQ(object.get_value_C(out, 0), 0);
+    EXPECT_EQ(hex(out), "41 00");
+    object.hold(30, "00 e9 00 00");
+    out.clear();
+    EXPECT_EQ(object.get_value_C(out, '?'), 0);
+    EXPECT_EQ(hex(out), "3f 00");
 }
 
 TEST(charstring, array_forms_and_null) {

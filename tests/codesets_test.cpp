@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "asn1/asnstrng/code_sets.h"
+#include "asn1/utf8.h"
 #include "support/allocations.h"
 #include "support/ber.h"
 
@@ -399,6 +400,49 @@ TEST(codesets, long_texts_are_converted_in_linear_time) {
     EXPECT_EQ(IA52U(in, out), 0);
     EXPECT_LT(watch.made(), 60u);
     EXPECT_EQ(out.length(), text.size() * 4);
+}
+
+// The code point that octets hold has to be permitted and to need as many octets (RFC 3629).
+bool decodes(const octets& text) {
+    constexpr uint32_t least[] = {0, 0x80, 0x800, 0x10000};
+    for (size_t at = 0; at != text.size();) {
+        const size_t more = text[at] < 0x80 ? 0 : text[at] < 0xE0 ? 1 : text[at] < 0xF0 ? 2 : 3;
+        if ((text[at] >= 0x80 && text[at] < 0xC0) || text[at] >= 0xF8 || text.size() - at <= more) return false;
+        uint32_t value = more == 0 ? text[at] : text[at] & (0x3Fu >> more);
+        for (size_t i = 1; i <= more; ++i) {
+            if (text[at + i] >> 6 != 2) return false;
+            value = value << 6 | (text[at + i] & 0x3F);
+        }
+        if (value < least[more] || value > 0x10FFFF || value >> 11 == 0x1B) return false;
+        at += more + 1;
+    }
+    return true;
+}
+
+TEST(utf8, all_first_octets_and_the_limits_of_those_that_follow) {
+    const octets limits = bytes("00 41 7f 80 8f 90 9f a0 bf c0 c1 c2 e0 ed ee f0 f4 f5 ff");
+    for (unsigned first = 0; first < 256; ++first)
+        for (const unsigned char second : limits)
+            for (const unsigned char third : limits)
+                for (const unsigned char fourth : limits) {
+                    octets text{static_cast<unsigned char>(first), second, third, fourth};
+                    for (; !text.empty(); text.pop_back())
+                        ASSERT_EQ(zr::is_utf8(text.data(), text.size()), decodes(text)) << hex(text);
+                }
+}
+
+TEST(utf8, one_odd_place_in_a_text) {
+    const octets odd[] = {{0}, {0x80}, {0xC3, 0xA9}, {0xF4, 0x8F, 0xBF, 0xBF}, {}};
+    for (size_t length = 0; length < 50; ++length)
+        for (const octets& part : odd)
+            for (size_t at = 0; at + part.size() <= length; ++at) {
+                octets text(length, 0x41);
+                std::copy(part.begin(), part.end(), text.begin() + static_cast<std::ptrdiff_t>(at));
+                const bool zero = part == odd[0];
+                ASSERT_EQ(zr::is_ascii(text.data(), length), part.empty() || zero) << hex(text);
+                ASSERT_EQ(zr::is_utf8(text.data(), length), decodes(text)) << hex(text);
+                ASSERT_EQ(zr::is_text(text.data(), length), decodes(text) && !zero) << hex(text);
+            }
 }
 
 }  // namespace

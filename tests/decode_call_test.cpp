@@ -80,10 +80,11 @@ TEST(decode_call, reports) {
         {"segments", head + "30 0c 30 0a 30 08 2c 04 04 02 41 42 30 00", true, zr_err_bad_contents, 10, "attrs[0].name",
          0x2C, 0, 0, "not_canonical"},
     };
+    zr::decode_report report;  // of one call nothing is left for the next
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         structure out(zr::record<attrlist_s_t>::type);
-        zr::decode_report report;
+        report.passed = zr::decode_limit::heap;
         caught_stderr printed;
         zr::decode_options options;
         options.strict = row.strict;
@@ -92,13 +93,17 @@ TEST(decode_call, reports) {
         EXPECT_EQ(report.consumed, row.consumed);
         EXPECT_EQ(report.missing, row.missing);
         EXPECT_EQ(report.reason(), row.reason);
+        EXPECT_EQ(report.path, row.path);
+        EXPECT_EQ(report.passed, zr::decode_limit::none);
         if (row.status != 0) {
             EXPECT_EQ(report.offset, row.offset);
             EXPECT_EQ(report.found, row.found);
-            EXPECT_EQ(report.path, row.path);
         }
         EXPECT_EQ(printed.take(), "");
     }
+    structure out(zr::record<attrlist_s_t>::type);
+    EXPECT_EQ(call(bytes(head + "31 00"), out, {}, report), zr_err_no_match);
+    EXPECT_EQ(report.tag, 16);
     EXPECT_STREQ(zr::decode_report().name(), "zr_ok");
 }
 
@@ -321,6 +326,9 @@ TEST(framing, what_begins_no_envelope) {
         {"a primitive value of indefinite length", "04 02 ac dc 30 80 04 80", zr::framing::never, 0},
         {"an end with contents", "04 02 ac dc 30 80 00 01", zr::framing::never, 0},
         {"a tag of many octets", "04 02 ac dc 3f 80 80", zr::framing::incomplete, 2},
+        {"a tag without its last octet", "04 02 ac dc 3f 81", zr::framing::incomplete, 2},
+        {"a tag without a length", "04 02 ac dc 3f 81 05", zr::framing::incomplete, 1},
+        {"a tag of many octets, and nothing in it", "04 02 ac dc 3f 81 05 00", zr::framing::complete, 8},
         {"open ones inside each other", "04 02 ac dc 30 80 30 80 00 00", zr::framing::incomplete, 2},
     };
     for (const auto& row : rows) {

@@ -120,6 +120,7 @@ TEST(edit, by_the_types) {
         zr::decoded<sec_id_t> id;
         ASSERT_EQ(zr::set_text(id.edit(), &sec_id_t::name, "clerk"), 0);
         ASSERT_EQ(zr::set_text(id.edit(), &sec_id_t::name, std::string_view("a\0b", 3)), zr_err_bad_argument);
+        ASSERT_EQ(zr::set_text(id.edit(), &sec_id_t::name, std::string_view("\0", 1)), zr_err_bad_argument);
         ASSERT_STREQ(id->name, "clerk");
         ASSERT_EQ(zr::set_text(id.edit(), &sec_id_t::name, id->name + 1), 0);
         ASSERT_EQ(zr::append(identities.edit(), &sec_id_pa_t::ids, *id), 0);

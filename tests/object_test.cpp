@@ -292,6 +292,34 @@ TEST(object, changes_reach_the_root) {
     EXPECT_EQ(leaf.check_type(7, 2), 0);
 }
 
+// What the types say of themselves before they have a value.
+TEST(object, forms_and_answers) {
+    zr_asn_any any(zr_normal);
+    zr_asn_boolean boolean(zr_normal);
+    zr_asn_integer integer(zr_normal);
+    zr_asn_bitstring bits(zr_normal);
+    zr_asn_octetstring text(zr_normal);
+    zr_asn_null null(zr_normal);
+    zr_asn_sequence sequence(zr_normal);
+    zr_asn_sequence sized(4, zr_normal);
+    const struct {
+        zr_asn_object& object;
+        int primitive, constructed, indefinite;
+    } table[] = {{any, 1, 1, 0},  {boolean, 1, 0, 0}, {integer, 1, 0, 0},  {bits, 1, 1, 1},
+                 {text, 1, 1, 1}, {null, 1, 0, 0},    {sequence, 0, 1, 1}, {sized, 0, 1, 0}};
+    for (const auto& row : table) {
+        SCOPED_TRACE(&row - table);
+        EXPECT_EQ(row.object.encoding_primitive_permitted(), row.primitive);
+        EXPECT_EQ(row.object.encoding_constructed_permitted(), row.constructed);
+        EXPECT_EQ(row.object.encoding_indefinite_permitted(), row.indefinite);
+        EXPECT_EQ(row.object.is_default_value(), 0);
+        EXPECT_EQ(row.object.set_default_value(nullptr), 0);
+        EXPECT_EQ(row.object.check_valid(0), 0);
+        EXPECT_EQ(row.object.normalize(), 0);
+        EXPECT_EQ(row.object.emptyi(), 0);
+    }
+}
+
 TEST(object, consistency_equality_and_the_rest) {
     probe object, other;
     EXPECT_TRUE(object == other);  // neither can be written

@@ -123,6 +123,22 @@ TEST(packed, memory_runs_out) {
     }
 }
 
+// Room that was given back or away is not handed out again, also when memory is out; other room is aligned.
+TEST(packed, blocks) {
+    zr::packed_blocks first, second;
+    first.start(64);
+    EXPECT_NE(first.allocate<1>(3), nullptr);
+    for (const size_t octets : {1, 8, 5, 200})
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(first.allocate<8>(octets)) % 8, 0u);
+    second = std::move(first);
+    allocations watched;
+    watched.fail_allocation(1, true);
+    EXPECT_EQ(first.allocate<1>(1), nullptr);
+    EXPECT_NE(second.allocate<1>(1), nullptr);
+    second.release();
+    EXPECT_EQ(second.allocate<1>(1), nullptr);
+}
+
 TEST(packed, moves) {
     const octets whole = envelope(bytes("30 0a 30 08 30 06 0c 02 41 42 30 00")).all();
     const zr_asn_buffer_t in{static_cast<unsigned int>(whole.size()), const_cast<unsigned char*>(whole.data())};

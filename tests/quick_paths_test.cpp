@@ -1,0 +1,138 @@
+// Octets as the library writes them never reach the readers of other forms, on any way, nor are they written again,
+// copied into packed blocks, or converted where texts are ASCII; those of indefinite length do not reach the general
+// reader of records. The test program is linked so that calls of what does that pass through here
+// (--wrap in CMakeLists.txt, by the names that the linker knows).
+#include <gtest/gtest.h>
+
+#include "asn1/codec/copy_packed.h"
+#include "asn1/codec/definite_form.h"
+#include "asn1/codec/encoding.h"
+#include "asn1/codec/general_reader.h"
+#include "asn1/codec/transcode.h"
+#include "support/hex.h"
+#include "support/routes.h"
+#include "support/thread_locale.h"
+#include "zrasn/decode.h"
+
+namespace {
+
+size_t calls = 0;
+size_t any_form_calls = 0;  // of the general reader of records alone
+
+}  // namespace
+
+#define ZR_COUNTED(result, name, symbol, parameters, arguments) \
+    result real_##name parameters asm("__real_" symbol);        \
+    result wrap_##name parameters asm("__wrap_" symbol);        \
+    result wrap_##name parameters {                             \
+        ++calls;                                                \
+        return real_##name arguments;                           \
+    }
+
+ZR_COUNTED(int, any_form, "_ZN2zr13read_any_formERKNS_11record_typeENS_5inputEPvRNS_15general_readingE",
+           (const zr::record_type& type, zr::input in, void* out, zr::general_reading& reading),
+           (type, in, out, (++any_form_calls, reading)))
+ZR_COUNTED(bool, definite_form, "_ZN2zr13definite_form5writeEPKhS2_PKc",
+           (zr::definite_form * form, zr::octet_position at, zr::octet_position end, const char* file),
+           (form, at, end, file))
+ZR_COUNTED(zr::found_contents, odd_contents, "_ZN2zr12odd_contentsEPKhS1_h",
+           (zr::octet_position at, zr::octet_position end, unsigned char identifier), (at, end, identifier))
+ZR_COUNTED(zr::found_integer, odd_integer, "_ZN2zr11odd_integerEPKhS1_",
+           (zr::octet_position at, zr::octet_position end), (at, end))
+ZR_COUNTED(void, encoding, "_ZN2zr14write_encodingERKNS_11record_typeEPKviRNS_15encoding_targetE",
+           (const zr::record_type& type, const void* in, int version, zr::encoding_target& target),
+           (type, in, version, target))
+ZR_COUNTED(void, copy_packed, "_ZN2zr11copy_packedERKNS_11record_typeEPKvPvRNS_13packed_blocksE",
+           (const zr::record_type& type, const void* from, void* to, zr::packed_blocks& blocks),
+           (type, from, to, blocks))
+ZR_COUNTED(bool, transcoder, "_ZN2zr10transcoder7convertEPKhS2_",
+           (zr::transcoder * texts, zr::octet_position at, zr::octet_position end), (texts, at, end))
+ZR_COUNTED(zr::octet_position, odd_fixed_octets, "_ZN2zr16odd_fixed_octetsEPKhS1_Phj",
+           (zr::octet_position at, zr::octet_position end, unsigned char* to, uint32_t size), (at, end, to, size))
+
+namespace zr_test {
+namespace {
+
+// How often each way called one of them.
+std::vector<size_t> calls_of_ways(const zr::record_type& type, octets whole) {
+    const zr_asn_buffer_t in{static_cast<unsigned int>(whole.size()), whole.data()};
+    std::vector<size_t> counts;
+    const auto count = [&](auto&& decode) {
+        structure out(type);
+        calls = 0;
+        EXPECT_EQ(decode(out.get()), 0) << type.name << ": " << hex(whole);
+        counts.push_back(calls);
+    };
+    count([&](void* out) { return type.decode(in, out); });
+    count([&](void* out) { return type.decode_lcs(in, out); });
+    for (const bool local : {false, true}) {
+        zr::decode_options options;
+        options.local_texts = local;
+        zr::decode_report report;
+        count([&](void* out) { return type.decode(whole.data(), whole.size(), out, options, report); });
+        zr::packed_blocks blocks;
+        count([&](void* out) {
+            const int status = type.decode_packed(whole.data(), whole.size(), out, blocks, options, report);
+            std::memset(out, 0, type.size);
+            return status;
+        });
+    }
+    return counts;
+}
+
+TEST(quick_paths, octets_as_they_are_written_reach_no_other_reader) {
+    std::mt19937 random(54);
+    for (const char* locale : {"utf8", "latin1"}) {
+        const thread_locale in_use(locale);
+        for (const zr::record_type* type : all_records()) {
+            for (const size_t size : {20, 300, 300, 70000}) {
+                structure original(*type);
+                fill(*type, original.get(), random, {size, 4, true});
+                const octets ber = encode(entry_points, original).ber;
+                const octets whole = envelope(ber).all();
+                std::vector<size_t> counts = calls_of_ways(*type, whole);
+                ASSERT_LE(counts.back(), 1u);  // what may hold converted texts is copied
+                counts.back() = 0;
+                ASSERT_EQ(counts, std::vector<size_t>(6)) << type->name << ": " << hex(ber);
+                calls = 0;
+                zr::decode_options options;
+                options.strict = true;
+                zr::decode_report report;
+                structure out(*type), packed(*type);
+                zr::packed_blocks blocks;
+                ASSERT_EQ(type->decode(whole.data(), whole.size(), out.get(), options, report), 0);
+                ASSERT_EQ(type->decode_packed(whole.data(), whole.size(), packed.get(), blocks, options, report), 0);
+                std::memset(packed.get(), 0, type->size);
+                ASSERT_EQ(calls, 0u) << type->name;
+            }
+        }
+    }
+}
+
+TEST(quick_paths, records_of_indefinite_length_reach_no_general_reader) {
+    std::mt19937 random(55);
+    for (const char* locale : {"utf8", "latin1"}) {
+        const thread_locale in_use(locale);
+        for (const zr::record_type* type : all_records()) {
+            for (unsigned i = 0; i < 12; ++i) {
+                structure original(*type);
+                fill(*type, original.get(), random, {i < 10 ? 400u : 30000u, 4, true});
+                const ber_value value = parse_ber(encode(entry_points, original).ber);
+                const octets ber = rewrite_ber(value, random, {false, true, false, false});
+                any_form_calls = 0;
+                calls_of_ways(*type, envelope(ber).all());
+                ASSERT_EQ(any_form_calls, 0u) << type->name << ": " << hex(ber);
+            }
+        }
+    }
+}
+
+TEST(quick_paths, other_octets_do) {
+    const zr::record_type& type = *zr::find_record("attrlist_s_t");
+    for (const char* ber : {"30 80 30 00 00 00", "30 85 00 00 00 00 02 30 00", "30 80 30 80 00 00 00 00"})
+        for (const size_t count : calls_of_ways(type, envelope(bytes(ber)).all()))
+            EXPECT_GT(count, 0u) << ber;
+}
+
+}  // namespace
+}  // namespace zr_test
