@@ -31,9 +31,9 @@ size_t utf8_size(std::string_view text) {
     uint32_t code_point = 0;
     size_t at = 0;
     for (size_t count = 1; count != 0; at += count) {
-        for (uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
-            std::memcpy(&eight, text.data() + at, sizeof eight);
-            if ((eight & beyond_ascii) != 0) break;
+        for (uint64_t words[4]; text.size() - at >= sizeof words; at += sizeof words) {
+            std::memcpy(words, text.data() + at, sizeof words);
+            if (((words[0] | words[1] | words[2] | words[3]) & beyond_ascii) != 0) break;
         }
         count = decode_utf8(text.substr(at), code_point);
     }

@@ -31,7 +31,6 @@ namespace {
 // Memory that ends is std::bad_alloc.
 class throwing_allocator {
 public:
-    static constexpr bool kNeedFree = true;
     void* Malloc(size_t size) { return Realloc(nullptr, 0, size); }
     void* Realloc(void* block, size_t, size_t size) {
         if (size == 0) {
@@ -154,7 +153,10 @@ constexpr bool is_of_number(char c) {
 // Whether a number is too large for any type, and so refused as none. (RapidJSON tells of exponents only.)
 bool is_endless(std::string_view number) {
     constexpr size_t most_digits = 300;
-    if (number.size() < most_digits && number.find_first_of("eE") == number.npos) return false;
+    bool possible = number.size() >= most_digits;
+    for (char c : number)
+        possible = possible || c == 'e' || c == 'E';
+    if (!possible) return false;
     return !std::isfinite(std::strtod(std::string(number).c_str(), nullptr));
 }
 
