@@ -127,6 +127,18 @@ TEST(quick_paths, records_of_indefinite_length_reach_no_general_reader) {
     }
 }
 
+// A value in another form costs itself: names "AB" in lists of attributes without values.
+TEST(quick_paths, values_in_other_forms_reach_no_general_reader) {
+    for (const char* name : {"2c 04 04 02 41 42", "2c 06 04 01 41 04 01 42", "2c 80 04 02 41 42 00 00", "2c 80 00 00",
+                             "2c 00", "0c 84 00 00 00 02 41 42", "0c 81 00"}) {
+        structure out(*zr::find_record("attrlist_s_t"));
+        any_form_calls = 0;
+        EXPECT_EQ(decode(entry_points, element(0x30, element(0x30, element(0x30, bytes(name) + bytes("30 00")))), out),
+                  0);
+        EXPECT_EQ(any_form_calls, 0u) << name;
+    }
+}
+
 TEST(quick_paths, other_octets_do) {
     const zr::record_type& type = *zr::find_record("attrlist_s_t");
     for (const char* ber : {"30 80 30 00 00 00", "30 85 00 00 00 00 02 30 00", "30 80 30 80 00 00 00 00"})
