@@ -136,7 +136,6 @@ analyze: deps-analyze build/tsan/build.ninja
 
 mutants: deps-mutants
 	@nice tests/mutants/mutants.py src --jobs $(JOBS)
-	@nice tests/mutants/mutants.py tools/zrasn --count 80 --least 90 --jobs $(JOBS)
 
 coverage: build/coverage/build.ninja
 	@cmake --build build/coverage -j $(JOBS)

@@ -395,6 +395,16 @@ TEST(composite, members_that_move) {
     }
 }
 
+TEST(composite, a_member_that_cannot_be_emptied) {
+    struct : zr_asn_boolean {
+        using zr_asn_boolean::zr_asn_boolean;
+        int emptyi() override { return 5; }
+    } member{zr_normal};
+    zr_asn_sequence sequence(zr_normal);
+    sequence.register_child(&member);
+    EXPECT_EQ(sequence.emptyi(), 5);
+}
+
 // An array is as present as the list inside it: what its own flag says does not count.
 TEST(composite, members_may_answer_for_their_own) {
     zr_asn_arrayof<zr_asn_integer> array(zr_normal);

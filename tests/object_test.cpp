@@ -6,6 +6,7 @@
 
 #include <climits>
 
+#include "asn1/zrasnbase.h"
 #include "support/allocations.h"
 #include "support/ber.h"
 #include "support/thrown.h"
@@ -300,13 +301,14 @@ TEST(object, forms_and_answers) {
     zr_asn_bitstring bits(zr_normal);
     zr_asn_octetstring text(zr_normal);
     zr_asn_null null(zr_normal);
+    zrasn_octetstring stored(zr_normal);
     zr_asn_sequence sequence(zr_normal);
     zr_asn_sequence sized(4, zr_normal);
     const struct {
         zr_asn_object& object;
         int primitive, constructed, indefinite;
-    } table[] = {{any, 1, 1, 0},  {boolean, 1, 0, 0}, {integer, 1, 0, 0},  {bits, 1, 1, 1},
-                 {text, 1, 1, 1}, {null, 1, 0, 0},    {sequence, 0, 1, 1}, {sized, 0, 1, 0}};
+    } table[] = {{any, 1, 1, 0},    {boolean, 1, 0, 0}, {integer, 1, 0, 0},  {bits, 1, 1, 1}, {text, 1, 1, 1},
+                 {stored, 1, 1, 1}, {null, 1, 0, 0},    {sequence, 0, 1, 1}, {sized, 0, 1, 0}};
     for (const auto& row : table) {
         SCOPED_TRACE(&row - table);
         EXPECT_EQ(row.object.encoding_primitive_permitted(), row.primitive);
