@@ -28,7 +28,8 @@ from collections import Counter, defaultdict
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from points import find_points, with_points
+sys.dont_write_bytecode = True
+from points import find_points, with_points  # noqa: E402
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
