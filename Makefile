@@ -35,13 +35,13 @@ tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
 # Every build with tests; uuid-dev and both compilers for the tests of the headers.
 tests_need := cmake ninja-build googletest nlohmann-json3-dev locales
-packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev
+packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev python3-dev
 packages_x86 := g++-multilib $(tests_need) clang uuid-dev
-packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
+packages_asan := clang libclang-rt-14-dev libcli11-dev python3-dev $(tests_need)
 # What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
-    zsh fish man-db tshark
+    zsh fish man-db tshark python3-pytest python3-hypothesis
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
