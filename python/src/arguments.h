@@ -9,13 +9,14 @@
 namespace zr::python {
 
 // octets_argument reads any object that has octets. Those of an object that may change are copied when there is enough
-// work to let other threads run.
+// work to let other threads run, unless the caller keeps the lock.
+enum class lock { let_go, kept };
 class octets_argument {
 public:
     // Throws python_error.
-    explicit octets_argument(PyObject* object) {
+    explicit octets_argument(PyObject* object, lock lock = lock::let_go) {
         or_throw(PyObject_GetBuffer(object, &view_, PyBUF_SIMPLE));
-        if (PyBytes_CheckExact(object) || static_cast<size_t>(view_.len) < without_lock::worth_it) return;
+        if (lock == lock::kept || PyBytes_CheckExact(object) || static_cast<size_t>(view_.len) < without_lock::worth_it) return;
         copy_ = reference(PyBytes_FromStringAndSize(static_cast<const char*>(view_.buf), view_.len));
         if (!copy_) fail();
     }

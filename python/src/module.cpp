@@ -311,7 +311,7 @@ PyObject* cut(PyObject*, PyObject* const* values, Py_ssize_t count) {
     return guarded([&] {
         const arguments given("cut", values, count, nullptr);
         given.expect(4, 4);
-        const octets_argument octets(given.at(0));
+        const octets_argument octets(given.at(0), lock::kept);
         const piece_form form{static_cast<unsigned>(number(given.at(1))), truth(given.at(2)) != 0};
         const uint64_t most = number(given.at(3));
         reference pieces(or_throw(PyList_New(0)));
