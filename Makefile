@@ -19,6 +19,7 @@
 #   make wire-lock write tests/wire.lock: what the records are on the wire (docs/evolution.md)
 #   make packages make the Debian packages, in build/packages; packages-test installs, uses and removes them on a Debian that
 #                 has nothing (as root), and compares them with those of a second build
+#   make archive-test  count ARCHIVE_EVENTS audit events on a local cluster of two workers, and compare with one process
 #   make abi      compare the interface of the shared libraries with tests/abi; ABI=update writes that
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
@@ -30,6 +31,7 @@ COUNTS ?= check
 ROUNDS ?= 20
 CORPORA ?=
 ABI ?= check
+ARCHIVE_EVENTS ?= 2000000
 
 tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
@@ -41,7 +43,8 @@ packages_asan := clang libclang-rt-14-dev libcli11-dev python3-dev $(tests_need)
 # What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
-    zsh fish man-db tshark python3-pytest python3-hypothesis
+    zsh fish man-db tshark python3-pytest python3-hypothesis python3-dask \
+    python3-distributed
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
@@ -55,7 +58,8 @@ packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
 packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
-    libcli11-dev nlohmann-json3-dev
+    libcli11-dev nlohmann-json3-dev python3-dev dh-python
+packages_archive-test := $(packages_release) python3-pytest python3-dask python3-distributed
 packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
 packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
@@ -64,7 +68,7 @@ deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
 .PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock \
-    packages packages-test abi tidy format $(deps)
+    archive-test packages packages-test abi tidy format $(deps)
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -159,6 +163,11 @@ packages-test: packages
 	@packaging/build.sh build/packages-again "$$(mktemp -d)/a/longer/way"
 	@for file in build/packages/*.deb; do cmp "$$file" "build/packages-again/$${file##*/}" || exit 1; done
 	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh ../files
+
+archive-test: deps-archive-test build/release/build.ninja
+	@cmake --build build/release -j $(JOBS) --target zrasn_python
+	@COUNT=$(ARCHIVE_EVENTS) tests/python/run.sh build/release/python /usr/bin/python3 "" "pytest distributed dask.bag" \
+	    -m pytest -q -p no:cacheprovider -k cluster tests/python/test_archives.py
 
 abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
 	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn || exit 1; done

@@ -11,7 +11,7 @@ from fnmatch import fnmatch
 from pathlib import Path
 
 ROOT = Path(sys.argv[1]).resolve()
-FOLDERS = ["src", "base_idls", "zrasn", "tools", "examples"]
+FOLDERS = ["src", "base_idls", "zrasn", "tools", "examples", "python"]
 FOR_CALLERS = ["zrasn/*.h", "base_idls/*.h", "src/asn1/record/record.h", "src/asn1/record/registry.h",
                "src/asn1/record/operations.h"]
 CODEC = "src/asn1/codec/"

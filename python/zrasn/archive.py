@@ -134,8 +134,10 @@ def records(block: Block, record: str, **options: Any) -> Iterator[Any]:
     """What decode, with its options, gives of each record of a block; of JSON what the line says, without its secrets."""
     if block.form == "json":
         fields = {one["name"]: one["fields"] for one in describe()}
-        for _, line in pieces(block):
+        for at, line in pieces(block):
             value = json.loads(line)
+            if isinstance(value, dict) and set(value) == {"error"}:
+                raise refusal(f"found what was refused before: {value['error']}", at, "bad_json")
             yield value if options.get("show_secrets") else _without_secrets(value, _name(record), fields)
         return
     for _, octets in pieces(block):

@@ -13,6 +13,8 @@ class Error(ValueError):
     missing: the octets end early: at least so many more are needed; else 0
     """
 
+    __module__ = "zrasn"  # its name for callers
+
     def __init__(self, message: str, status: int, name: str, reason: str, offset: Optional[int] = None,
                  path: str = "", missing: int = 0) -> None:
         super().__init__(message, status, name, reason, offset, path, missing)

@@ -8,6 +8,7 @@ class Secret(str):
     """
 
     __slots__ = ()
+    __module__ = "zrasn"  # its name for callers
 
     def __repr__(self) -> str:
         return "'***'"

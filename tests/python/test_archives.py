@@ -66,6 +66,9 @@ def test_secrets_on_lines(tmp_path):
     block, = archive.index(path)
     assert list(archive.records(block, "azn_util_password_in")) == [{"str_a": "***"}] * 2
     assert next(archive.records(block, "azn_util_password_in", show_secrets=True)) == {"str_a": "tresor"}
+    path.write_text('{"error": {"reason": "truncated"}}\n')
+    with pytest.raises(zrasn.Error, match="truncated"):
+        list(archive.records(archive.index(path)[0], "azn_util_password_in"))
 
 
 def test_cluster_counts_as_one_process_does(tmp_path):

@@ -52,7 +52,7 @@ def member(field, record, depth):
 
 
 def test_every_record_goes_round_as_its_json_does():
-    @settings(max_examples=25, deadline=None, database=None, suppress_health_check=list(HealthCheck))
+    @settings(max_examples=12, deadline=None, database=None, suppress_health_check=list(HealthCheck))
     @given(st.data())
     def goes_round(record, data):
         given_value = data.draw(value(record))
