@@ -16,7 +16,8 @@ public:
     // Throws python_error.
     explicit octets_argument(PyObject* object, lock lock = lock::let_go) {
         or_throw(PyObject_GetBuffer(object, &view_, PyBUF_SIMPLE));
-        if (lock == lock::kept || PyBytes_CheckExact(object) || static_cast<size_t>(view_.len) < without_lock::worth_it) return;
+        if (lock == lock::kept || PyBytes_CheckExact(object) || static_cast<size_t>(view_.len) < without_lock::worth_it)
+            return;
         copy_ = reference(PyBytes_FromStringAndSize(static_cast<const char*>(view_.buf), view_.len));
         if (!copy_) fail();
     }

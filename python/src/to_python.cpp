@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "json/base/members.h"
-#include "json/base/text.h"
 #include "json/document/uuid_text.h"
 
 namespace zr::python {
@@ -39,10 +38,10 @@ reference as_secret(reference text, PyObject* type) {
 
 // Text in UTF-8, or {"hex": "..."} where it is none. A null `secret` type leaves it a plain one.
 reference text_of(std::string_view text, PyObject* secret) {
-    if (json::is_utf8(text)) {
-        const auto size = static_cast<Py_ssize_t>(text.size());
-        return as_secret(reference(or_throw(PyUnicode_DecodeUTF8(text.data(), size, nullptr))), secret);
-    }
+    reference decoded(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr));
+    if (decoded) return as_secret(std::move(decoded), secret);
+    if (PyErr_ExceptionMatches(PyExc_UnicodeDecodeError) == 0) throw python_error();
+    PyErr_Clear();
     const reference digits = as_secret(hex_of(text.data(), text.size()), secret);
     reference made(or_throw(PyDict_New()));
     or_throw(PyDict_SetItemString(made.get(), "hex", digits.get()));
