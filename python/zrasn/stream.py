@@ -30,9 +30,9 @@ def recognise(front: bytes) -> str:
 def pieces(source: BinaryIO, form: Optional[str] = None, most_octets: int = 0) -> Iterator[Tuple[int, bytes]]:
     """Each envelope with its offset. As much is held in memory as the longest one has, or a chunk."""
     held, before = b"", 0  # what is read and not given; octets before it
-    wanted = 1
     while True:
-        more = source.read(max(CHUNK, wanted, len(held)))
+        # A length may lie: what is read doubles, however many octets it wants.
+        more = source.read(max(CHUNK, len(held)))
         held += more
         if form is None and held:
             form = recognise(held)
@@ -51,7 +51,6 @@ def pieces(source: BinaryIO, form: Optional[str] = None, most_octets: int = 0) -
                 raise refusal(f"found the end of the data, expected {missing} more octets or more", before, "truncated",
                               missing)
             return
-        wanted = missing
 
 
 def opened(source: Source) -> BinaryIO:
