@@ -4,6 +4,7 @@ import functools
 import io
 import json
 import pickle
+import random
 import struct
 import sys
 import threading
@@ -71,6 +72,27 @@ def test_every_record_goes_round_as_its_json_does():
     assert len(zrasn.records()) >= 65 and set(zrasn.records()) == set(FIELDS)
     for record in zrasn.records():
         goes_round(record)
+
+
+def outcome(call):
+    try:
+        return call()
+    except zrasn.Error as error:
+        return error.args
+
+
+def test_damaged_octets_are_what_their_json_is():
+    draw = random.Random(1)
+    for record in zrasn.records():
+        whole = zrasn.encode(record, zrasn.sample(record, seed=2, filled=True))
+        for _ in range(60):
+            octets = bytearray(whole)
+            for _ in range(draw.randint(1, 4)):
+                octets[draw.randrange(4, len(octets))] = draw.choice([0, 1, 0x30, 0x80, 0xFF, draw.randrange(256)])
+            for options in ({}, {"strict": True}, {"show_secrets": True, "most_elements": 3}):
+                text = outcome(lambda: zrasn.to_json(record, octets, **options))
+                decoded = outcome(lambda: zrasn.decode(record, octets, **options))
+                assert decoded == (json.loads(text) if isinstance(text, str) else text)
 
 
 def deep(levels):
