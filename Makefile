@@ -24,6 +24,7 @@
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
+ARCHIVE_EVENTS ?= 2000000
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?=
 BENCH_SECONDS ?= 0.3
@@ -31,20 +32,18 @@ COUNTS ?= check
 ROUNDS ?= 20
 CORPORA ?=
 ABI ?= check
-ARCHIVE_EVENTS ?= 2000000
 
 tested := release asan x86
 packages_demo := g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
 # Every build with tests; uuid-dev and both compilers for the tests of the headers.
 tests_need := cmake ninja-build googletest nlohmann-json3-dev locales
-packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev python3-dev
+packages_release := $(packages_demo) $(tests_need) pkg-config clang uuid-dev
 packages_x86 := g++-multilib $(tests_need) clang uuid-dev
-packages_asan := clang libclang-rt-14-dev libcli11-dev python3-dev $(tests_need)
+packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 # What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
-    zsh fish man-db tshark python3-pytest python3-hypothesis python3-dask \
-    python3-distributed
+    zsh fish man-db tshark
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev locales
@@ -58,17 +57,25 @@ packages_bench-x86 := g++-multilib cmake ninja-build locales
 packages_counts := valgrind python3
 packages_docs := $(packages_demo) doxygen python3
 packages_packages := g++ g++-multilib binutils-i686-linux-gnu cmake ninja-build debhelper dpkg-dev lintian git \
-    libcli11-dev nlohmann-json3-dev python3-dev dh-python
-packages_archive-test := $(packages_release) python3-pytest python3-dask python3-distributed
+    libcli11-dev nlohmann-json3-dev
 packages_abi := g++ g++-multilib cmake ninja-build abigail-tools xz-utils
 packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
 packages_format := clang-format git
+# The package for Python: for its builds, its Debian package and its tests.
+packages_release += python3-dev
+packages_asan += python3-dev
+packages_packages += python3-dev dh-python
+packages_python-tests := python3-dev python3-pytest python3-hypothesis python3-dask python3-distributed
+packages_test += $(packages_python-tests)
+packages_archive-test := $(packages_release) $(packages_python-tests)
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
 .PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze coverage bench bench-build counts docs wire-lock \
-    archive-test packages packages-test abi tidy format $(deps)
+    packages packages-test abi tidy format $(deps)
+
+.PHONY: archive-test
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
