@@ -22,10 +22,12 @@
 #   make wire-lock write tests/wire.lock: what the records are on the wire (docs/evolution.md)
 #   make packages make the Debian packages, in build/packages; packages-test installs, uses and removes them on a Debian that
 #                 has nothing (as root), and compares them with those of a second build
+#   make archive-test  count ARCHIVE_EVENTS audit events on a local cluster of two workers, and compare with one process
 #   make abi      compare the interface of the shared libraries with tests/abi; ABI=update writes that
 #   make tidy     clang-tidy over all sources        make format   clang-format over all sources
 
 JOBS ?= $(shell nproc)
+ARCHIVE_EVENTS ?= 2000000
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?=
 BENCH_SECONDS ?= 0.3
@@ -69,12 +71,21 @@ packages_abi := g++ g++-multilib cmake ninja-build nlohmann-json3-dev rapidjson-
 packages_abi-x86 := $(packages_abi)
 packages_tidy := clang-tidy
 packages_format := clang-format git
+# The package for Python: for its builds, its Debian package and its tests.
+packages_release += python3-dev
+packages_asan += python3-dev
+packages_packages += python3-dev dh-python
+packages_python-tests := python3-dev python3-pytest python3-hypothesis python3-dask python3-distributed
+packages_test += $(packages_python-tests)
+packages_archive-test := $(packages_release) $(packages_python-tests)
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
 .PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze mutants coverage bench bench-build counts \
     cross portable docs wire-lock \
     packages packages-test abi tidy format $(deps)
+
+.PHONY: archive-test
 
 demo: build/demo/build.ninja
 	@cmake --build build/demo --target zrasn_to_install
@@ -183,6 +194,11 @@ packages-test: packages
 	@packaging/build.sh build/packages-again "$$(mktemp -d)/a/longer/way"
 	@for file in build/packages/*.deb; do cmp "$$file" "build/packages-again/$${file##*/}" || exit 1; done
 	@BARE_DEBIAN_FILES=build/packages .ci/bare-debian packaging/test.sh ../files
+
+archive-test: deps-archive-test build/release/build.ninja
+	@cmake --build build/release -j $(JOBS) --target zrasn_python
+	@COUNT=$(ARCHIVE_EVENTS) tests/python/run.sh build/release/python /usr/bin/python3 "" "pytest distributed dask.bag" \
+	    -m pytest -q -p no:cacheprovider -k cluster tests/python/test_archives.py
 
 abi: deps-abi build/abi/build.ninja build/abi-x86/build.ninja
 	@for preset in abi abi-x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn zrasn_json || exit 1; done

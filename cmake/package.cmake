@@ -3,7 +3,7 @@
 # include/zrasn).
 #
 # Components: "runtime" the shared libraries (zrasn, zrz, zrasn_json), "development" what compiling needs, "tool" the program with its manual page,
-# "documentation" the pages.
+# "python" the package for Python, "documentation" the pages.
 include(CMakePackageConfigHelpers)
 
 get_property(targets GLOBAL PROPERTY zrasn_exported)

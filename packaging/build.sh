@@ -39,7 +39,7 @@ build() {
 build -b
 mv "$work"/*.deb "$out"
 if [ "$(dpkg --print-architecture)" = amd64 ]; then
-    build -B -ai386
+    build -B -ai386 -Pnopython
     mv "$work"/*.deb "$out"
 fi
 rm -f "$out"/*-dbgsym_*.deb

@@ -13,7 +13,8 @@ installed >$work/before
 files >$work/files-before
 apt update
 arch=$(dpkg --print-architecture)
-apt install --no-install-recommends "$packages"/*_"$arch".deb "$packages"/*_all.deb
+python=$(ls "$packages"/python3-zrasn_*_"$arch".deb)
+apt install --no-install-recommends $(ls "$packages"/*_"$arch".deb "$packages"/*_all.deb | grep -vF "$python")
 others=$(installed | comm -13 $work/before - | grep -vE '^(libzrasn[0-9]+|libzrz[0-9]+|libzrasn-json[0-9]+|libzrasn-dev|libzrasn-doc|zrasn):' || true)
 [ -z "$others" ] || fail "installing needs other packages: $others"
 
@@ -41,6 +42,11 @@ for form in shared static; do
         cmake --build $work/own-$form >>$work/log || { cat $work/log >&2; fail "own records, $form"; }
     $work/own-$form/program
 done
+
+# The module for Python, which needs Python alone.
+apt install --no-install-recommends "$python"
+/usr/bin/python3 -c 'import zrasn; print(zrasn.decode("sec_id", zrasn.encode("sec_id", {"name": "ada"}))["name"])' >$work/python.out
+[ "$(cat $work/python.out)" = ada ] || fail "the module for Python"
 
 # The other word size beside this one.
 if ls "$packages"/*_i386.deb >/dev/null 2>&1; then
