@@ -12,23 +12,20 @@
 //     zrasn_free(json);
 //
 // For all functions here:
-// - They keep nothing between calls and may be called by any number of threads at once. None of them prints.
+// - They keep nothing between calls and may be called by any number of threads at once. None of them prints, but the
+//   line of an encode whose memory ends, which goes where zr::set_message_sink says.
 // - Octets and texts that are given are read during the call only; they need no end. Null is taken for none of them
-// where
-//   their size is 0.
-// - What a call makes (`json`, `octets`, `text`) is a block of the caller's, who gives it to zrasn_free. A text ends in
-// a
-//   zero octet, which `length` does not count. After a refusal the pointer is null and the length 0.
+//   where their size is 0.
+// - What a call makes (`json`, `octets`, `text`) is a block of the caller's, who gives it to zrasn_free. A text ends
+//   in a zero octet, which `length` does not count. After a refusal the pointer is null and the length 0.
 // - They return 0 or a status, which the report has too: one of asn1/status.h (2750xxxxx), or ZRASN_BAD_JSON. A null
 //   pointer that has no meaning, and a `size` of options or a report that no version of this page has, is 275063196.
 //   Memory that ends, and a limit that is passed, is 275062885.
-// - Whatever the octets or the text are: time and memory grow in line with their size, no call recurses, and the limits
-// of
-//   the options hold.
+// - Whatever the octets or the text are: time and memory grow in line with their size, no call recurses, and the
+//   limits of the options hold.
 // - `options` may be null: then all are 0. `report` may be null.
 // - Members marked secret are "***" in all that is made, unless `show_secrets` says otherwise; no message has their
-// value.
-//   What holds "***" in place of a secret is refused.
+//   value. What holds "***" in place of a secret is refused.
 #pragma once
 
 #include <stddef.h>  // not <cstddef>: this header is for C too
