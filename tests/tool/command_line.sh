@@ -101,8 +101,8 @@ usage 'there is an argument too many: "b"' records uuid_t b
 usage '--example needs a RECORD' records --example
 "$program" records --example acl_ext > example
 "$program" encode acl_ext example --hex | "$program" decode acl_ext | cmp - example || fail 'an example comes back otherwise'
-usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from
-usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from=
+usage '--from needs a value: auto|raw|hex|base64|dump' decode uuid_t --from
+usage '--from needs a value: auto|raw|hex|base64|dump' decode uuid_t --from=
 usage '--output needs a value: FILE' encode uuid_t -o
 usage '--record needs a value: RECORD' check --record
 usage 'SHELL: "tcsh" is none of bash|zsh|fish' completion tcsh
@@ -110,7 +110,7 @@ usage "there is no record \"$(printf 'x%.0s' {1..40})...\" (\"zrasn records\" li
 usage "there is no verb \"$(printf '\\x80%.0s' {1..37})...\"" "$(head -c 999 /dev/zero | tr '\0' '\200')"
 check 3 '' '...xxx' dump "$(head -c 99999 /dev/zero | tr '\0' x)"
 [ "$(wc -c < err)" -lt 400 ] || fail 'a file name is written whole'
-check 2 '' 'is none of auto|raw|hex|base64' decode uuid_t --from octal
+check 2 '' 'is none of auto|raw|hex|base64|dump' decode uuid_t --from octal
 check 2 '' 'from 0 to 255' encode uuid_t --version-byte 256
 check 2 '' 'exclude' encode uuid_t --hex --base64
 check 2 '' 'there is no record "nothing"' dump --record nothing
@@ -185,6 +185,60 @@ printf '%s' "$hex" > in
 check 0 "\"$id\"" '' decode uuid_t --from hex
 check 1 '' '275063204' decode uuid_t --from raw
 check 1 '' '275063190' decode uuid_t --from base64
+
+# What xxd, hexdump and od print of many octet strings, some of lines that repeat themselves.
+# shown FILE COMMAND...: the octets that `dump` finds in what the command prints are those of the file.
+shown() {
+    local file=$1
+    shift
+    command "$@" "$file" > in
+    "$program" dump --from raw - < "$file" > want 2> err
+    "$program" dump - < in > out 2> err
+    cmp -s want out || fail "$* of $(xxd "$file"): $(cat in err)"
+}
+{ awk '/^(#|$)/ { next } { n++ } n % 33 == 3 { print $1 }' "$root"/tests/vectors/*.txt
+    echo 04; echo 0402ac; echo 0402acdc300a0c080000000000000000
+    printf '0402acdc3082010b0404820107%0526d\n0402acdc305104%02x%0158d\n' 0 79 0; } > strings
+[ "$(wc -l < strings)" -ge 24 ] || fail 'too few octet strings'
+while read -r string; do
+    printf "$(echo "$string" | sed 's/../\\x&/g')" > octets
+    for form in xxd 'xxd -u -g1 -c32' hexdump 'hexdump -C' 'hexdump -v' 'od -Ax -tx1' od 'od -b' 'od -Ax -tx1z -w8' 'od -tx4'; do
+        command -v ${form%% *} > missing && [[ -x $(tail -1 missing) || $form = xxd* ]] && shown octets $form
+    done
+done < strings
+# as_octets WANTED: the dump in `in` is of these octets.
+as_octets() {
+    printf "$(echo "$1" | sed 's/../\\x&/g')" > octets
+    "$program" dump --from raw octets > want 2> err
+    "$program" dump - < in > out 2> err
+    cmp -s want out || fail "written out: $(cat in err)"
+}
+short=0402acdc300a0c080000000000000000
+for rows in '00000000: 0402 acdc 300a 0c08 0000 0000 0000 0000  ....0...........' \
+    '00000000  04 02 ac dc 30 0a 0c 08  00 00 00 00 00 00 00 00  |....0...........|@00000010' \
+    '0000000 0204 dcac 0a30 080c 0000 0000 0000 0000@0000010' '0000000 0402 acdc 300a 0c08 0000 0000 0000 0000@0000010' \
+    '000000 04 02 ac dc 30 0a 0c 08@000008 00 00 00 00@*@000010' '0000000 001004 156254 005060 004014 000000@0000012@' \
+    '0000100 001004 156254 005060 004014@0000110 000000 000000@*@0000120' '0000000 004 002 254 334 060 012 014 010 000@0000011'; do
+    echo "$rows" | tr @ '\n' > in
+    case $rows in *0012@) as_octets ${short:0:20} ;; *0011) as_octets ${short:0:18} ;; *) as_octets $short ;; esac
+done
+# wrong MESSAGE ROWS [OPTION...]
+wrong() {
+    echo "$2" | tr @ '\n' > in
+    check 1 '' "$1" decode uuid_t "${@:3}"
+}
+wrong 'in:26: an offset that does not go on' '00000000: 0402 acdc  ....@00000006: 300a@' --from dump in
+wrong 'not hexadecimal digits' '00000000: 0402 acdc@00000004: 30a' --from dump
+wrong 'a star with no line' '*' --from dump
+wrong 'a star with no offset behind it' '000000 04 02 ac dc@000004 04 02 ac dc@*'
+wrong 'repeated lines of more than 16777216 octets' '000000 04 02 ac dc@000004 04 02 ac dc@*@f000000'
+
+# JSON where octets are wanted; and a wait at a terminal is announced.
+echo '{"type": 1}' > in
+check 1 '[APPLICATION 27]' 'hint: this looks like JSON: "zrasn encode RECORD" turns it into octets' dump
+if command -v script > /dev/null; then
+    script -qec "'$program' decode uuid_t" /dev/null < /dev/null 2> err | grep -q 'waiting for input' || fail 'no word of waiting'
+fi
 
 # What an input has beside the first record is told, and the exit code is 1; that record is printed all the same.
 block=$(base64 -w20 raw)

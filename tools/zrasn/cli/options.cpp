@@ -53,7 +53,7 @@ const std::vector<option_row>& options() {
          &settings::example, nullptr},
         {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be",
          on_dump | on_check | on_roundtrip, nullptr, &settings::record},
-        {"--from", nullptr, "FORM", "auto|raw|hex|base64", "form of the input, instead of recognising it",
+        {"--from", nullptr, "FORM", "auto|raw|hex|base64|dump", "form of the input, instead of recognising it",
          on_decode | on_dump | on_check | on_roundtrip, nullptr, &settings::from},
         {"--hex", nullptr, nullptr, nullptr, "write hexadecimal digits (as on a terminal)", on_encode, &settings::hex,
          nullptr},

@@ -30,6 +30,7 @@ const record_module* module_named(std::string_view name) {
 input_form form_named(const std::string& name) {
     if (name == "raw") return input_form::raw;
     if (name == "hex") return input_form::hex;
+    if (name == "dump") return input_form::dump;
     return name == "base64" ? input_form::base64 : input_form::automatic;
 }
 
@@ -50,6 +51,13 @@ unsigned version_named(const std::string& digits) {
 
 secret_values secrets_of(const settings& given) {
     return given.show_secrets ? secret_values::shown : secret_values::hidden;
+}
+
+// A line is hexadecimal digits or base64.
+void refuse_lines_from(const settings& given) {
+    if (!given.lines) return;
+    if (given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
+    if (given.from == "dump") throw usage_error{"--lines reads a record a line: it excludes --from dump"};
 }
 
 }  // namespace
@@ -88,7 +96,7 @@ int encode_verb(const settings& given) {
 }
 
 int decode_verb(const settings& given) {
-    if (given.lines && given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
+    refuse_lines_from(given);
     return run_decode({record_named(given.record), given.file, given.output, form_named(given.from), given.lines,
                        given.compact, version_named(given.version_byte), color_named(given.color), secrets_of(given)});
 }
@@ -104,7 +112,7 @@ int check_verb(const settings& given) {
 }
 
 int roundtrip_verb(const settings& given) {
-    if (given.lines && given.from == "raw") throw usage_error{"--lines reads text: it excludes --from raw"};
+    refuse_lines_from(given);
     if (!given.lines && given.record.empty()) throw usage_error{"roundtrip needs --record RECORD, or --lines"};
     return run_roundtrip({record_named(given.record), given.file, form_named(given.from), given.lines, given.json,
                           version_named(given.version_byte)});

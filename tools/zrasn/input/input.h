@@ -33,7 +33,7 @@ public:
     size_t size() const { return size_; }
     // As messages show it: the file's name, fit for a terminal, or "standard input".
     const std::string& label() const { return label_; }
-    // The form that was found or forced, as a word for messages: "raw", "hex", "base64" or "armour".
+    // The form that was found or forced, as a word for messages: "raw", "hex", "base64", "armour" or "dump".
     const char* form() const { return form_; }
     // Octets of the envelope header 04, version, AC, DC at the front (4), or 0 when there is none. Offsets in messages
     // count from data(), header included.
@@ -69,6 +69,9 @@ enum class wanted_input { anything, record, json };
 // `version` is the one that a record's envelope header must have.
 octets_input read_input(const std::string& file, input_form form, wanted_input wanted,
                         unsigned version = envelope_version);
+
+// Says on standard error that standard input is waited for, where both are terminals.
+void announce_wait(const std::string& file);
 
 // The label of a file in messages: its name, fit for a terminal; "standard input" for "-".
 std::string input_label(const std::string& file);
