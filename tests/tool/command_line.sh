@@ -95,8 +95,8 @@ usage 'decode has no option --json' decode uuid_t --json
 usage 'decode has no option -O; did you mean "-o"?' decode uuid_t -O
 usage 'decode has no option --form; did you mean "--from"?' decode uuid_t --form hex
 usage 'a verb is missing' -- decode
-usage 'RECORD is missing' decode
-usage 'there is an argument too many: "b"' decode uuid_t a b
+usage 'RECORD is missing' encode
+usage '--lines needs a RECORD' decode --lines
 usage 'there is an argument too many: "b"' records uuid_t b
 usage '--example needs a RECORD' records --example
 "$program" records --example acl_ext > example
@@ -250,8 +250,8 @@ more() {
     [ "$(wc -l < out)" -eq 1 ] && [ "$(wc -l < err)" -eq 1 ] || fail "$what: $(cat out err)"
 }
 cat raw raw > in
-more 'standard input:37: 37 octets behind the record, as of another one: not decoded'
-check 1 'standard input:37: 37 octets after the record' '' check
+more 'standard input:37: 37 octets behind the record, as of another one: not decoded' --framing one
+check 4 'standard input:37: 37 octets after the record' '' check --framing one
 echo "$hex 00" > in
 more 'in:37: 1 octet behind the record: not decoded' in
 tail -c +7 raw | od -An -v -tx1 | sed '1s/^/ 3080/; $s/$/ 0000 0404/' > in
@@ -271,6 +271,48 @@ echo "-----BEGIN UUID-----" > in
 check 1 '' 'no -----END line' decode uuid_t
 echo "$hex $hex" > in
 check 1 "\"$id\"" 'standard input: line 1:37: 37 octets behind the record, as of another one' decode uuid_t --lines
+
+# Several files and streams: envelopes one behind the other, or behind their lengths, which is found out.
+value=0402acdc30090201010c0161040101
+stream() { printf "$(echo "$1" | sed 's/../\\x&/g')" > in; }
+for lengths in ': :concatenated' '0025:000f:2' '2500:0f00:2le' '00000025:0000000f:4' '25000000:0f000000:4le'; do
+    IFS=: read -r first second form <<< "$lengths"
+    stream "${first# }$hex${second# }$value"
+    for framing in auto "$form"; do
+        check 1 "\"$id\"" 'standard input: envelope 2 (octet ' decode uuid_t --framing $framing
+        check 0 '{"type":1,"str":"a","data":"01"}' 'standard input: envelope 1 (octet' decode --compact --framing $framing
+        [ "$(wc -l < out)" -eq 2 ] && grep -q 'envelope 2 (octet .*): taken for value_s_t' err || fail "$form: $(cat out err)"
+        check 0 'all: 2 records, 2 fit, 0 with deviations, 0 do not fit' '' check --framing $framing
+        check 0 'all: 2 records, 2 fit' '' check --framing $framing --quiet
+        [ "$(wc -l < out)" -eq 1 ] || fail "check --quiet: $(cat out)"
+        check 0 'all: 2 records, 2 the same' 'taken for' roundtrip --framing $framing
+    done
+done
+stream "$hex${hex:0:60}"
+check 1 "\"$id\"" 'envelope 2 (octet 37):' decode uuid_t --framing concatenated
+stream "0025${hex}0025"
+check 1 "\"$id\"" 'standard input:39: a length of 37 octets, more than there are: 2 octets not read' decode uuid_t
+stream "$hex${hex}00${hex}"
+check 1 "\"$id\"" 'standard input:74: no envelope begins here: 38 octets not read' decode uuid_t
+stream "$hex"
+echo $hex > ./uuid
+check 0 "\"$id\"" '' decode uuid_t in ./uuid -
+[ "$(grep -c $id out)" -eq 3 ] || fail "several files: $(cat out)"
+check 0 "\"$id\"" '' decode uuid uuid
+check 0 "\"$id\"" './uuid: taken for uuid_t' decode ./uuid
+check 0 "\"$id\"" '' decode --record uuid uuid
+check 0 'node OCTET' '' dump uuid uuid
+check 3 "\"$id\"" 'none: No such file' decode uuid_t ./none in
+check 0 'uuid: fits uuid_t, as' '' check uuid_t uuid in
+grep -q '^all: 2 records, 2 fit' out || fail "check of two files: $(cat out)"
+echo 0402acdc30040c003000 > in
+check 1 '' 'fits several records, of which one has to be named: attr_s_t, yvprincipal_chain_s_t' decode
+printf '%s\n' "$hex" "uuid_t ${hex:8}" 'value_s_t 308108020200050c000400' zz "${hex:0:60}" > in
+check 1 'all: 5 records, 2 fit, 1 with deviations, 2 do not fit' 'standard input: line 4: not a hexadecimal digit' check --lines
+grep -q '^standard input: line 3:5: type: the octets 0005, read as 5' out || fail "check --lines: $(cat out)"
+grep -q '^standard input: line 5:' err || fail "check --lines: $(cat err)"
+head -3 in > some
+check 4 'all: 3 records, 2 fit, 1 with deviations, 0 do not fit' '' check --lines --quiet some
 
 # So is a text that a zero octet ends.
 for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2c 80 04 06 61646d696e00 0402 2d62 0000'; do
@@ -353,7 +395,6 @@ grep -qx '    refused bad_json                       1' out && grep -qx '    ref
 check 1 'no record: 2 records' '' roundtrip --lines
 check 1 '"kind": "deviation", "key": "longer_length", "member": "", "count": 1}' '' roundtrip --lines --json
 python3 -m json.tool out > /dev/null 2>&1 || [ $? -eq 127 ] || fail "roundtrip --json: $(cat out)"
-usage 'roundtrip needs --record RECORD, or --lines' roundtrip
 usage '--lines reads text: it excludes --from raw' roundtrip --lines --from raw
 printf 'uuid_t %s\n' $hex $hex > in
 check 0 'all: 2 records, 2 the same, 0 deviating, 0 refused' '' roundtrip --lines
@@ -416,7 +457,7 @@ done
         _zrasn
         echo "${COMPREPLY[*]}"
     }
-    [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fr)" = --from ] &&
+    [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fro)" = --from ] &&
         [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
 check 0 '.TH ZRASN 1' '' manual

@@ -197,7 +197,7 @@ echo 0402acdc 30 07 02 01 05 0c 00 04 00 > in
 same 0 check --record value_s_t <<< 'standard input: fits value_s_t, as the library writes it'
 same 0 check <<< 'standard input: fits value_s_t, as the library writes it'
 echo 30 81 08 02 02 00 05 0c 00 04 00 07 > in
-same 1 check << 'END'
+same 4 check << 'END'
 standard input:1: a length of 2 octets, 1 would do
 standard input:5: type: the octets 0005, read as 5 and written as 05
 standard input:11: 1 octet after the record

@@ -26,16 +26,16 @@ const std::vector<verb_row>& verbs() {
          positional::optional_record, positional::none, "zrasn records acl_ext_s_t", false, records_verb},
         {"schema", on_schema, "print ASN.1 modules that other ASN.1 compilers accept", positional::names,
          positional::none, "zrasn schema aclidl_asn > Aclidl-asn.asn1", false, schema_verb},
-        {"encode", on_encode, "turn JSON into the octets of an envelope", positional::record, positional::file,
+        {"encode", on_encode, "turn JSON into the octets of envelopes", positional::record, positional::files,
          "zrasn encode acl_ext_s_t acl.json -o acl.ber", false, encode_verb},
-        {"decode", on_decode, "turn the octets of an envelope into JSON", positional::record, positional::file,
+        {"decode", on_decode, "turn the octets of envelopes into JSON", positional::optional_record, positional::files,
          "zrasn decode acl_ext_s_t acl.ber", false, decode_verb},
-        {"dump", on_dump, "show any BER as a tree", positional::file, positional::none,
+        {"dump", on_dump, "show any BER as a tree", positional::optional_record, positional::files,
          "zrasn dump --record acl_ext_s_t acl.ber", false, dump_verb},
         {"check", on_check, "say whether an encoding fits a record and where it deviates from what the library writes",
-         positional::file, positional::none, "zrasn check acl.ber", false, check_verb},
+         positional::optional_record, positional::files, "zrasn check acl.ber", false, check_verb},
         {"roundtrip", on_roundtrip, "decode, encode again and compare: counts of what differs, without any value",
-         positional::file, positional::none, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
+         positional::optional_record, positional::files, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
         {"wireshark", 0, "print a dissector for Wireshark and tshark, in Lua", positional::none, positional::none,
          "zrasn wireshark > ~/.local/lib/wireshark/plugins/zrasn.lua", false, wireshark_verb},
         {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
@@ -46,13 +46,15 @@ const std::vector<verb_row>& verbs() {
     return rows;
 }
 
+const char framing_forms[] = "auto|one|concatenated|2|4|2le|4le";
+
 const std::vector<option_row>& options() {
     static const std::vector<option_row> rows = {
         {"--json", nullptr, nullptr, nullptr, "as JSON", on_records | on_roundtrip, &settings::json, nullptr},
         {"--example", nullptr, nullptr, nullptr, "an example of the record, as JSON that encode takes", on_records,
          &settings::example, nullptr},
-        {"--record", nullptr, "RECORD", nullptr, "the record type that the octets are to be",
-         on_dump | on_check | on_roundtrip, nullptr, &settings::record},
+        {"--record", nullptr, "RECORD", nullptr, "the record type: then all arguments are files",
+         on_encode | on_decode | on_dump | on_check | on_roundtrip, nullptr, &settings::record},
         {"--from", nullptr, "FORM", "auto|raw|hex|base64|dump", "form of the input, instead of recognising it",
          on_decode | on_dump | on_check | on_roundtrip, nullptr, &settings::from},
         {"--hex", nullptr, nullptr, nullptr, "write hexadecimal digits (as on a terminal)", on_encode, &settings::hex,
@@ -62,7 +64,13 @@ const std::vector<option_row>& options() {
          "version in the envelope header, 0 to 255, to write or expect; all encodings but those by type codes have 2",
          on_encode | on_decode | on_check | on_roundtrip, nullptr, &settings::version_byte},
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
-         on_encode | on_decode | on_roundtrip, &settings::lines, nullptr},
+         on_encode | on_decode | on_check | on_roundtrip, &settings::lines, nullptr},
+        {"--framing", nullptr, "FORM", framing_forms,
+         "how envelopes follow each other: one behind the other, or each behind its length of 2 or 4 octets (le: the "
+         "low octet first)",
+         on_decode | on_check | on_roundtrip, nullptr, &settings::framing},
+        {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
+         nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode, &settings::compact, nullptr},
         {"--show-secrets", nullptr, nullptr, nullptr, "show the values of members marked secret, not \"***\"",
          on_decode | on_dump | on_check, &settings::show_secrets, nullptr},
@@ -90,8 +98,8 @@ const char* positional_name(positional argument) {
             return "[RECORD]";
         case positional::names:
             return "[RECORD|MODULE ...]";
-        case positional::file:
-            return "[FILE]";
+        case positional::files:
+            return "[FILE ...]";
         case positional::shell:
             return "bash|zsh|fish";
         case positional::none:

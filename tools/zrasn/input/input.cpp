@@ -19,6 +19,7 @@
 #include "base/file_output.h"
 #include "input/armour.h"
 #include "input/dump_lines.h"
+#include "input/envelopes.h"
 #include "input/text_decoder.h"
 #include "json/base/envelope.h"
 #include "json/base/hex.h"
@@ -76,6 +77,21 @@ void octets_input::forget(size_t offset) const {
     madvise(mapping_, offset / page * page, MADV_DONTNEED);  // they come back from the file
 }
 
+octets_input octets_input::view(const unsigned char* data, size_t size, std::string label) {
+    octets_input some;
+    some.data_ = data;
+    some.size_ = size;
+    some.label_ = std::move(label);
+    if (has_header(data, size)) some.header_size_ = envelope_header_octets;
+    return some;
+}
+
+octets_input octets_input::part(size_t offset, size_t size, const std::string& name) const {
+    octets_input some = view(data_ + offset, size, label_ + ": " + name);
+    some.form_ = form_;
+    return some;
+}
+
 namespace {
 
 // A mapped file that is shortened, or cannot be read, shows as a signal when its octets are looked at.
@@ -102,6 +118,13 @@ void watch_mapping(const void* mapping, size_t size, const std::string& label) {
     action.sa_sigaction = on_bus_error;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGBUS, &action, nullptr);
+}
+
+// Whether a length may stand before an envelope here.
+bool may_be_prefixed(const unsigned char* octets, size_t count) {
+    for (size_t length_octets : {size_t{2}, size_t{4}})
+        if (count > length_octets && has_header(octets + length_octets, count - length_octets)) return true;
+    return false;
 }
 
 // Whether JSON may begin so.
@@ -205,7 +228,8 @@ private:
             const std::string_view text(reinterpret_cast<const char*>(octets), count);
             hopeless_ = text.find('\0') != text.npos || (made_.size_ == 0 && !may_be_json(text));
         } else if (wanted_ == wanted_input::record) {
-            if (made_.size_ == 0 && count != 0) hopeless_ = !may_be_record(octets, count, version_);
+            if (made_.size_ == 0 && count != 0)
+                hopeless_ = !may_be_record(octets, count, version_) && !may_be_prefixed(octets, count);
             check_size(made_.size_ + count);
         }
     }
@@ -232,9 +256,16 @@ private:
         if (count < chunk || fstat(file_.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
         const off_t end = lseek(file_.get(), 0, SEEK_CUR);
         if (end != static_cast<off_t>(count) || status.st_size <= static_cast<off_t>(in_memory)) return false;
-        check_size(static_cast<uint64_t>(status.st_size));
+        if (static_cast<uint64_t>(status.st_size) > SIZE_MAX) {
+            check_size(static_cast<uint64_t>(status.st_size));
+            return false;
+        }
         made_.size_ = static_cast<size_t>(status.st_size);
-        return map(file_.get());
+        const bool mapped = map(file_.get());
+        // Of envelopes there may be more.
+        if (mapped && recognise_framing(made_.data_, made_.size_).how == framing_form::kind::one)
+            check_size(made_.size_);
+        return mapped;
     }
 
     bool map(int file) {

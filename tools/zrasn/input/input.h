@@ -46,6 +46,11 @@ public:
     // nothing.
     const std::string& remark() const { return remark_; }
 
+    // Octets that somebody else holds, and some of these, as inputs of their own: they must not outlive the octets. The
+    // part's `name` goes behind the label.
+    static octets_input view(const unsigned char* data, size_t size, std::string label);
+    octets_input part(size_t offset, size_t size, const std::string& name) const;
+
 private:
     friend class input_builder;
 
@@ -60,8 +65,9 @@ private:
     std::string remark_;
 };
 
-// What the octets are to be. Of what can be no record, or no JSON, as its front tells, only the front is read: whoever
-// wants it refuses it. More octets than a record's encoding can have are refused while they are read.
+// What the octets are to be: anything, a record or several, or JSON. Of what can be no record, or no JSON, as its front
+// tells, only the front is read: whoever wants it refuses it. More octets than a record's encoding can have are refused
+// while they are read.
 enum class wanted_input { anything, record, json };
 
 // read_input reads all of `file` ("-" is standard input). Throws input_error. A file that is shortened, or gets

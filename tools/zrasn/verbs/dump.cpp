@@ -15,6 +15,7 @@
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
 #include "json/ber/value.h"
+#include "verbs/each_input.h"
 #include "verbs/explanation.h"
 #include "verbs/verbs.h"
 
@@ -253,14 +254,19 @@ private:
 }  // namespace
 
 int run_dump(const dump_options& options) {
-    const octets_input in = read_input(options.file, options.from, wanted_input::anything);
-    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO), options.secrets).run();
-    if (code != exit_good)
-        if (const std::string hint = input_hint(in, options.record); !hint.empty())
-            std::fprintf(stderr, "hint: %s\n", hint.c_str());
-    if (in.remark().empty()) return code;
-    std::fprintf(stderr, "%s\n", in.remark().c_str());
-    return exit_refused;
+    return for_each_file(options.files, [&](const std::string& file) {
+        const octets_input in = read_input(file, options.from, wanted_input::anything);
+        if (options.files.size() > 1) std::printf("%s:\n", in.label().c_str());
+        std::fflush(stdout);
+        const int code =
+            tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO), options.secrets).run();
+        if (code != exit_good)
+            if (const std::string hint = input_hint(in, options.record); !hint.empty())
+                std::fprintf(stderr, "hint: %s\n", hint.c_str());
+        if (in.remark().empty()) return code;
+        std::fprintf(stderr, "%s\n", in.remark().c_str());
+        return static_cast<int>(exit_refused);
+    });
 }
 
 }  // namespace zr::tool

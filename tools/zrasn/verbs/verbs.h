@@ -9,13 +9,14 @@
 #include "base/color.h"
 #include "base/exit_code.h"
 #include "base/library.h"
+#include "input/envelopes.h"
 #include "input/text_decoder.h"
 #include "json/base/secrets.h"
 
 namespace zr::tool {
 
-// Records and modules are looked up before the verb runs: a pointer is null only where the name was left out. A file
-// named "-" is the standard input.
+// Records and modules are looked up before the verb runs: a pointer is null only where the name was left out. There is
+// at least one file; one named "-" is the standard input.
 
 // records [RECORD]: all record types, or one of them.
 struct records_options {
@@ -33,10 +34,10 @@ struct schema_options {
 };
 int run_schema(const schema_options& options);
 
-// encode RECORD [FILE]: JSON to an envelope.
+// encode RECORD [FILE ...]: JSON to envelopes, one behind the other.
 struct encode_options {
     const record_type* record = nullptr;
-    std::string file = "-";
+    std::vector<std::string> files = {"-"};
     std::string output;  // -o; empty is the standard output
     bool hex = false;
     bool base64 = false;
@@ -45,12 +46,13 @@ struct encode_options {
 };
 int run_encode(const encode_options& options);
 
-// decode RECORD [FILE]: an envelope, or the bare BER element, to JSON.
+// decode [RECORD] [FILE ...]: envelopes, or the bare BER element, to JSON; `lines` needs a record.
 struct decode_options {
     const record_type* record = nullptr;
-    std::string file = "-";
+    std::vector<std::string> files = {"-"};
     std::string output;  // -o; empty is the standard output
     input_form from = input_form::automatic;
+    framing_form framing;
     bool lines = false;  // one line of hex a record in, one line of JSON out
     bool compact = false;
     unsigned version = 2;
@@ -59,32 +61,37 @@ struct decode_options {
 };
 int run_decode(const decode_options& options);
 
-// dump [--record RECORD] [FILE]: any BER as an indented tree.
+// dump [RECORD] [FILE ...]: any BER as an indented tree.
 struct dump_options {
     const record_type* record = nullptr;
-    std::string file = "-";
+    std::vector<std::string> files = {"-"};
     input_form from = input_form::automatic;
     color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;
 };
 int run_dump(const dump_options& options);
 
-// check [--record RECORD] [FILE]: does it fit, and where does it deviate from what the library writes.
+// check [RECORD] [FILE ...]: does it fit, and where does it deviate from what the library writes.
 struct check_options {
     const record_type* record = nullptr;
-    std::string file = "-";
+    std::vector<std::string> files = {"-"};
     input_form from = input_form::automatic;
+    framing_form framing;
+    bool lines = false;  // one record a line: hex or JSON, its name before it or not
+    bool quiet =
+        false;  // of what fits nothing is said, and no place of a deviation; counts only where there are several
     unsigned version = 2;
     color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;
 };
 int run_check(const check_options& options);
 
-// roundtrip [--record RECORD] [FILE]: decode, encode, compare; counts of what differs.
+// roundtrip [RECORD] [FILE ...]: decode, encode, compare; counts of what differs.
 struct roundtrip_options {
-    const record_type* record = nullptr;  // not null without `lines`; there each line may name its own
-    std::string file = "-";
+    const record_type* record = nullptr;  // with `lines` each line may name its own
+    std::vector<std::string> files = {"-"};
     input_form from = input_form::automatic;
+    framing_form framing;
     bool lines = false;  // one record a line: hex or JSON
     bool json = false;   // the counts
     unsigned version = 2;
