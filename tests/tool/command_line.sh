@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip wireshark; do
+for verb in records schema encode decode dump check roundtrip find wireshark; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -313,6 +313,29 @@ grep -q '^standard input: line 3:5: type: the octets 0005, read as 5' out || fai
 grep -q '^standard input: line 5:' err || fail "check --lines: $(cat err)"
 head -3 in > some
 check 4 'all: 3 records, 2 fit, 1 with deviations, 0 do not fit' '' check --lines --quiet some
+
+# Envelopes in any file, as they are and as text; what only begins as one is counted.
+stream "0402acdc${hex}00$(printf "log: $hex, " > in; xxd in)0402acdc30800404${value}0402acdc3100"
+{ base64 -w20 raw; echo; echo "$hex" | tr a-f A-F; printf '\4\2\254\334\060\204'; } >> in
+check 0 'octets' 'standard input: 2 headers of an envelope with no whole envelope behind' find
+diff - out << 'END' || fail 'find'
+standard input:4: 37 octets: uuid_t
+standard input:47: 37 octets as hex: uuid_t
+standard input:131: 15 octets: value_s_t
+standard input:152: 37 octets as base64: uuid_t
+standard input:208: 37 octets as hex: uuid_t
+END
+check 0 '"offset": 131, "length": 15, "form": "raw", "records": ["value_s_t"]' '2 headers' find --json --extract found in
+python3 -m json.tool out > /dev/null 2>&1 || [ $? -eq 127 ] || fail "find --json: $(cat out)"
+for at in 4 47 152 208; do cmp -s raw found/$at.ber || fail "find --extract: $at"; done
+[ "$(ls found | wc -l)" -eq 5 ] || fail "find --extract: $(ls found)"
+stream 0402acdc30020500
+check 0 'no record' '' find
+: > in
+check 1 '' '' find
+# Cost: octets that begin envelopes without end, one inside the other.
+printf '0402acdc3080%.0s' {1..50000} > in
+check 1 '' '50000 headers' find
 
 # So is a text that a zero octet ends.
 for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2c 80 04 06 61646d696e00 0402 2d62 0000'; do

@@ -15,7 +15,8 @@ enum verb_bit : unsigned {
     on_decode = 8,
     on_dump = 16,
     on_check = 32,
-    on_roundtrip = 64
+    on_roundtrip = 64,
+    on_find = 128,
 };
 
 }  // namespace
@@ -36,6 +37,8 @@ const std::vector<verb_row>& verbs() {
          positional::optional_record, positional::files, "zrasn check acl.ber", false, check_verb},
         {"roundtrip", on_roundtrip, "decode, encode again and compare: counts of what differs, without any value",
          positional::optional_record, positional::files, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
+        {"find", on_find, "find the envelopes in any file: a capture, a core, a log, a disk", positional::none,
+         positional::files, "zrasn find --extract found core", false, find_verb},
         {"wireshark", 0, "print a dissector for Wireshark and tshark, in Lua", positional::none, positional::none,
          "zrasn wireshark > ~/.local/lib/wireshark/plugins/zrasn.lua", false, wireshark_verb},
         {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
@@ -50,7 +53,7 @@ const char framing_forms[] = "auto|one|concatenated|2|4|2le|4le";
 
 const std::vector<option_row>& options() {
     static const std::vector<option_row> rows = {
-        {"--json", nullptr, nullptr, nullptr, "as JSON", on_records | on_roundtrip, &settings::json, nullptr},
+        {"--json", nullptr, nullptr, nullptr, "as JSON", on_records | on_roundtrip | on_find, &settings::json, nullptr},
         {"--example", nullptr, nullptr, nullptr, "an example of the record, as JSON that encode takes", on_records,
          &settings::example, nullptr},
         {"--record", nullptr, "RECORD", nullptr, "the record type: then all arguments are files",
@@ -62,7 +65,9 @@ const std::vector<option_row>& options() {
         {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode, &settings::base64, nullptr},
         {"--version-byte", nullptr, "N", nullptr,
          "version in the envelope header, 0 to 255, to write or expect; all encodings but those by type codes have 2",
-         on_encode | on_decode | on_check | on_roundtrip, nullptr, &settings::version_byte},
+         on_encode | on_decode | on_check | on_roundtrip | on_find, nullptr, &settings::version_byte},
+        {"--extract", nullptr, "DIRECTORY", nullptr, "write those that fit a record into the directory, as OFFSET.ber",
+         on_find, nullptr, &settings::extract},
         {"--lines", nullptr, nullptr, nullptr, "one record a line: JSON on one side, hexadecimal digits on the other",
          on_encode | on_decode | on_check | on_roundtrip, &settings::lines, nullptr},
         {"--framing", nullptr, "FORM", framing_forms,

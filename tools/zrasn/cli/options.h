@@ -15,6 +15,7 @@ struct settings {
     std::string color = "auto";
     std::string version_byte = "2";
     std::string framing = "auto";
+    std::string extract;
     bool json = false;
     bool example = false;
     bool hex = false;

@@ -160,6 +160,11 @@ int roundtrip_verb(const settings& given) {
                           given.lines, given.json, version_named(given.version_byte)});
 }
 
+int find_verb(const settings& given) {
+    return run_find({given.words.empty() ? std::vector<std::string>{"-"} : given.words, given.extract, given.json,
+                     version_named(given.version_byte)});
+}
+
 int wireshark_verb(const settings&) { return run_wireshark(); }
 int completion_verb(const settings& given) { return print_completion(given.record); }
 int manual_verb(const settings&) { return print_manual(); }

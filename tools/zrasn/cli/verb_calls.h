@@ -21,6 +21,7 @@ int decode_verb(const settings& given);
 int dump_verb(const settings& given);
 int check_verb(const settings& given);
 int roundtrip_verb(const settings& given);
+int find_verb(const settings& given);
 int wireshark_verb(const settings& given);
 int completion_verb(const settings& given);
 int manual_verb(const settings& given);

@@ -98,6 +98,15 @@ struct roundtrip_options {
 };
 int run_roundtrip(const roundtrip_options& options);
 
+// find FILE ...: the envelopes in any files.
+struct find_options {
+    std::vector<std::string> files;
+    std::string extract;  // the directory into which those that fit a record are written; empty for none
+    bool json = false;
+    unsigned version = 2;
+};
+int run_find(const find_options& options);
+
 // wireshark: a dissector in Lua for all records.
 int run_wireshark();
 
