@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip find wireshark; do
+for verb in records schema encode decode dump check roundtrip find canon sample wireshark; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -336,6 +336,32 @@ check 1 '' '' find
 # Cost: octets that begin envelopes without end, one inside the other.
 printf '0402acdc3080%.0s' {1..50000} > in
 check 1 '' '50000 headers' find
+
+# The library's own form of whatever is accepted; samples of every record, as JSON that the schema's records take.
+stream 308108020200050c000400
+check 0 0402acdc30070201050c000400 '' canon value_s_t --hex
+stream "0402acdc308108020200050c000400$value"
+check 0 "$value" 'taken for value_s_t' canon --hex
+[ "$(cat out)" = "$(printf '0402acdc30070201050c000400\n%s' $value)" ] || fail "canon of a stream: $(cat out)"
+check 0 '' '' canon value_s_t in -o out.raw
+check 0 'all: 2 records, 2 fit, 0 with' '' check out.raw
+stream "${hex}00"
+check 1 "$hex" 'standard input:37: 1 octet behind the record' canon uuid --hex --framing one
+check 1 '' 'zr_err_no_match' canon value_s_t
+usage '--hex and --base64 exclude each other' canon --hex --base64
+for record in $("$program" records | cut -d' ' -f1); do
+    for seed in 0 7; do
+        for filled in '' --filled; do
+            "$program" sample $record --seed $seed $filled | "$program" encode $record > in &&
+                "$program" sample $record --seed $seed $filled --octets | cmp - in &&
+                "$program" canon $record in | cmp - in || fail "sample $record $seed $filled"
+        done
+    done
+done
+usage 'RECORD is missing' sample
+usage '--seed is a number of up to 18 digits, not "x"' sample uuid --seed x
+check 0 '"$schema"' '' schema --json uuid
+grep -qF '"title"' out || grep -qF 'uuid_t' out || fail "schema --json: $(cat out)"
 
 # So is a text that a zero octet ends.
 for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2c 80 04 06 61646d696e00 0402 2d62 0000'; do

@@ -89,6 +89,7 @@ void add_positionals(CLI::App& app, const verb_row& verb, settings& given) {
         return;
     }
     switch (verb.first) {
+        case positional::record:
         case positional::optional_record:
             app.add_option("RECORD", given.record, "record type");
             return;
@@ -98,7 +99,6 @@ void add_positionals(CLI::App& app, const verb_row& verb, settings& given) {
         case positional::shell:
             app.add_option("SHELL", given.record, "bash, zsh or fish")->required()->check(one_of("bash|zsh|fish"));
             return;
-        case positional::record:
         case positional::files:
         case positional::none:
             return;

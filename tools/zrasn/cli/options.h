@@ -16,6 +16,7 @@ struct settings {
     std::string version_byte = "2";
     std::string framing = "auto";
     std::string extract;
+    std::string seed = "0";
     bool json = false;
     bool example = false;
     bool hex = false;
@@ -23,6 +24,8 @@ struct settings {
     bool lines = false;
     bool compact = false;
     bool quiet = false;
+    bool octets = false;
+    bool filled = false;
     bool show_secrets = false;
 };
 

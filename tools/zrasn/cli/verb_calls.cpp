@@ -120,6 +120,7 @@ int schema_verb(const settings& given) {
         }
         asked.records.push_back(type);
     }
+    asked.json = given.json;
     return run_schema(asked);
 }
 
@@ -158,6 +159,32 @@ int roundtrip_verb(const settings& given) {
     const record_and_files inputs = inputs_of(given, false);
     return run_roundtrip({inputs.record, inputs.files, form_named(given.from), framing_named(given.framing),
                           given.lines, given.json, version_named(given.version_byte)});
+}
+
+int sample_verb(const settings& given) {
+    if (given.record.empty()) throw usage_error{"RECORD is missing"};
+    if (given.hex + given.base64 + given.octets > 1)
+        throw usage_error{"--octets, --hex and --base64 exclude each other"};
+    using form = sample_options::form;
+    uint64_t seed = 0;
+    for (char c : given.seed) {
+        if (c < '0' || c > '9' || given.seed.size() > 18)
+            throw usage_error{"--seed is a number of up to 18 digits, not " + in_quotes(given.seed)};
+        seed = 10 * seed + static_cast<unsigned>(c - '0');
+    }
+    return run_sample({record_named(given.record), given.output, seed, given.filled, given.compact,
+                       given.octets   ? form::octets
+                       : given.hex    ? form::hex
+                       : given.base64 ? form::base64
+                                      : form::json,
+                       version_named(given.version_byte)});
+}
+
+int canon_verb(const settings& given) {
+    if (given.hex && given.base64) throw usage_error{"--hex and --base64 exclude each other"};
+    const record_and_files inputs = inputs_of(given, true);
+    return run_canon({inputs.record, inputs.files, given.output, form_named(given.from), framing_named(given.framing),
+                      given.hex, given.base64, version_named(given.version_byte), color_named(given.color)});
 }
 
 int find_verb(const settings& given) {

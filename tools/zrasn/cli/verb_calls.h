@@ -21,6 +21,8 @@ int decode_verb(const settings& given);
 int dump_verb(const settings& given);
 int check_verb(const settings& given);
 int roundtrip_verb(const settings& given);
+int sample_verb(const settings& given);
+int canon_verb(const settings& given);
 int find_verb(const settings& given);
 int wireshark_verb(const settings& given);
 int completion_verb(const settings& given);

@@ -25,12 +25,6 @@ namespace zr::tool {
 
 namespace {
 
-// What a record that was decoded has and its JSON has not.
-void print_loss(const std::string& label, const loss& lost) {
-    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
-                 lost.path.empty() ? "" : ": ", lost.what.c_str());
-}
-
 // Records that stand one on a line, each decoded on its own.
 class line_decoder {
 public:

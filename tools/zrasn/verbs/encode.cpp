@@ -15,6 +15,7 @@
 #include "json/document/record_reader.h"
 #include "verbs/each_input.h"
 #include "verbs/line_answers.h"
+#include "verbs/octets_output.h"
 #include "verbs/source_line.h"
 #include "verbs/verbs.h"
 #include "zrasn/guard.h"
@@ -98,14 +99,7 @@ int encode_document(const encode_options& options, const std::string& file, std:
     const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
     if (!result.good) return refuse(in, options, result);
     if (!out) out.emplace(options.output);
-    if (options.base64) {
-        write_base64(*out, result.octets.data(), result.octets.size());
-    } else if (options.hex || out->is_terminal()) {
-        out->write_hex(result.octets.data(), result.octets.size());
-        out->put('\n');
-    } else {
-        out->write(result.octets.data(), result.octets.size());
-    }
+    write_octets(*out, result.octets, options.hex, options.base64);
     return exit_good;
 }
 

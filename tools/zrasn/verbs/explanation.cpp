@@ -100,4 +100,9 @@ void print_explanation(const octets_input& in, const record_type* type, const ex
     if (!meant.empty()) std::fprintf(stderr, "hint: %s\n", meant.c_str());
 }
 
+void print_loss(const std::string& label, const loss& lost) {
+    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
+                 lost.path.empty() ? "" : ": ", lost.what.c_str());
+}
+
 }  // namespace zr::tool

@@ -8,6 +8,7 @@
 #include "input/input.h"
 #include "json/base/secrets.h"
 #include "json/ber/explanation.h"
+#include "json/ber/losses.h"
 
 namespace zr::tool {
 
@@ -16,6 +17,9 @@ namespace zr::tool {
 // type no record is named. The octets of a record with secrets are only shown when `secrets` are.
 void print_explanation(const octets_input& in, const record_type* type, const explanation& refused, color_mode color,
                        secret_values secrets);
+
+// What a record that was decoded has, and what is made of it has not.
+void print_loss(const std::string& label, const loss& lost);
 
 // What the input looks like instead of octets, with what to do about it; empty when it looks like nothing else.
 std::string input_hint(const octets_input& in, const record_type* type);

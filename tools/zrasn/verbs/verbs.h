@@ -31,6 +31,7 @@ int run_records(const records_options& options);
 struct schema_options {
     std::vector<const record_type*> records;
     std::vector<const record_module*> modules;
+    bool json = false;  // JSON Schema of the JSON that encode takes, instead
 };
 int run_schema(const schema_options& options);
 
@@ -97,6 +98,32 @@ struct roundtrip_options {
     unsigned version = 2;
 };
 int run_roundtrip(const roundtrip_options& options);
+
+// sample RECORD: a value of the record that nobody had to write.
+struct sample_options {
+    const record_type* record = nullptr;
+    std::string output;  // -o; empty is the standard output
+    uint64_t seed = 0;
+    bool filled = false;
+    bool compact = false;
+    enum class form { json, octets, hex, base64 } as = form::json;
+    unsigned version = 2;
+};
+int run_sample(const sample_options& options);
+
+// canon [RECORD] [FILE ...]: what is accepted, in the library's own form.
+struct canon_options {
+    const record_type* record = nullptr;
+    std::vector<std::string> files = {"-"};
+    std::string output;  // -o; empty is the standard output
+    input_form from = input_form::automatic;
+    framing_form framing;
+    bool hex = false;
+    bool base64 = false;
+    unsigned version = 2;
+    color_mode color = color_mode::automatic;
+};
+int run_canon(const canon_options& options);
 
 // find FILE ...: the envelopes in any files.
 struct find_options {
