@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip find canon sample wireshark; do
+for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -313,6 +313,31 @@ grep -q '^standard input: line 3:5: type: the octets 0005, read as 5' out || fai
 grep -q '^standard input: line 5:' err || fail "check --lines: $(cat err)"
 head -3 in > some
 check 4 'all: 3 records, 2 fit, 1 with deviations, 0 do not fit' '' check --lines --quiet some
+
+# What differs, by member; as octets, JSON and both. The exit codes are those of diff.
+"$program" encode acl_ext "$root/examples/acl.json" -o a.ber
+sed 's/"payroll-clerks"/"clerks"/; s/\[1, 2, 4\]/[1, 3]/; s/"str": "B.*"/"str": {"hex": "ff"}/' "$root/examples/acl.json" > b.json
+for sides in 'a.ber b.json' "$root/examples/acl.json b.json" 'acl_ext a.ber b.json' 'acl_ext b.json a.ber' ; do
+    set -- $sides
+    [ $1 != acl_ext ] && [ $1 != a.ber ] && set -- acl_ext "$@"
+    check 1 'perms[1]: 2' "$([ $1 = a.ber ] && echo 'a.ber: taken for acl_ext_s_t')" diff "$@"
+    for line in 'entries[0].permset.perms[1]: 3' 'entries[0].permset.perms[2]: 4' 'entries[0].id.name: "clerks"' \
+        'ext.attrs[0].values[0].str: an object'; do grep -q "^[<>] ${line//[/\\[}$" out || fail "diff $*: lacks $line: $(cat out)"; done
+    [ "$(wc -l < out)" -eq 7 ] || fail "diff $*: $(cat out)"
+done
+check 0 '' '' diff acl_ext a.ber "$root/examples/acl.json"
+check 2 '' 'JSON does not tell its record' diff b.json b.json
+check 2 '' 'a.ber: No such' diff uuid none/a.ber b.json
+check 2 '' 'b.json:1:1: uuid_t: found' diff uuid b.json b.json
+check 2 '' 'diff compares two files' diff uuid b.json
+echo "$whole" > c.hex
+echo '{"str_a": "user", "str_b": "Sesame"}' > in
+check 1 '> str_b: "***"' '' diff $password c.hex -
+grep -qi sesame out && fail "diff shows a secret: $(cat out)"
+check 1 '< str_b: "sesame"' '' diff $password c.hex - --show-secrets
+echo 308108020200050c000400 > in
+echo 0402acdc30070201050c000400 > c.hex
+check 0 '' 'the values are the same, the octets are not' diff value_s_t in c.hex
 
 # Envelopes in any file, as they are and as text; what only begins as one is counted.
 stream "0402acdc${hex}00$(printf "log: $hex, " > in; xxd in)0402acdc30800404${value}0402acdc3100"

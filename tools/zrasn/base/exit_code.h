@@ -12,6 +12,9 @@ enum exit_code : int {
     exit_deviates = 4,  // check: what was read fits, but is not as the library writes it
 };
 
+// Those of the verb "diff", which are the program diff's.
+enum diff_code : int { diff_same = 0, diff_differ = 1, diff_trouble = 2 };
+
 // The code of two inputs together: the graver one.
 inline int graver(int a, int b) {
     for (int code : {exit_io, exit_usage, exit_refused, exit_deviates})

@@ -19,6 +19,7 @@ enum verb_bit : unsigned {
     on_find = 128,
     on_sample = 256,
     on_canon = 512,
+    on_diff = 1024,
 };
 
 }  // namespace
@@ -43,6 +44,8 @@ const std::vector<verb_row>& verbs() {
          positional::files, "zrasn canon acl_ext_s_t acl.ber -o canonical.ber", false, canon_verb},
         {"sample", on_sample, "make a value of a record, as JSON or octets", positional::record, positional::none,
          "zrasn sample acl_ext_s_t --filled --seed 7", false, sample_verb},
+        {"diff", on_diff, "compare two values of a record, each as octets or JSON, member by member",
+         positional::optional_record, positional::files, "zrasn diff acl_ext_s_t old.ber new.json", false, diff_verb},
         {"find", on_find, "find the envelopes in any file: a capture, a core, a log, a disk", positional::none,
          positional::files, "zrasn find --extract found core", false, find_verb},
         {"wireshark", 0, "print a dissector for Wireshark and tshark, in Lua", positional::none, positional::none,
@@ -69,16 +72,16 @@ const std::vector<option_row>& options() {
         {"--seed", nullptr, "N", nullptr, "another value for each number; 0 is the smallest", on_sample, nullptr,
          &settings::seed},
         {"--record", nullptr, "RECORD", nullptr, "the record type: then all arguments are files",
-         on_encode | on_decode | on_dump | on_check | on_roundtrip | on_canon, nullptr, &settings::record},
+         on_encode | on_decode | on_dump | on_check | on_roundtrip | on_canon | on_diff, nullptr, &settings::record},
         {"--from", nullptr, "FORM", "auto|raw|hex|base64|dump", "form of the input, instead of recognising it",
-         on_decode | on_dump | on_check | on_roundtrip | on_canon, nullptr, &settings::from},
+         on_decode | on_dump | on_check | on_roundtrip | on_canon | on_diff, nullptr, &settings::from},
         {"--hex", nullptr, nullptr, nullptr, "write hexadecimal digits (as on a terminal)",
          on_encode | on_sample | on_canon, &settings::hex, nullptr},
         {"--base64", nullptr, nullptr, nullptr, "write base64", on_encode | on_sample | on_canon, &settings::base64,
          nullptr},
         {"--version-byte", nullptr, "N", nullptr,
          "version in the envelope header, 0 to 255, to write or expect; all encodings but those by type codes have 2",
-         on_encode | on_decode | on_check | on_roundtrip | on_find | on_sample | on_canon, nullptr,
+         on_encode | on_decode | on_check | on_roundtrip | on_find | on_sample | on_canon | on_diff, nullptr,
          &settings::version_byte},
         {"--extract", nullptr, "DIRECTORY", nullptr, "write those that fit a record into the directory, as OFFSET.ber",
          on_find, nullptr, &settings::extract},
@@ -88,17 +91,18 @@ const std::vector<option_row>& options() {
          "how envelopes follow each other: one behind the other, or each behind its length of 2 or 4 octets (le: the "
          "low octet first)",
          on_decode | on_check | on_roundtrip | on_canon, nullptr, &settings::framing},
+        {"--all", nullptr, nullptr, nullptr, "show more than 1,000 differences", on_diff, &settings::all, nullptr},
         {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
          nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode | on_sample, &settings::compact,
          nullptr},
         {"--show-secrets", nullptr, nullptr, nullptr, "show the values of members marked secret, not \"***\"",
-         on_decode | on_dump | on_check, &settings::show_secrets, nullptr},
+         on_decode | on_dump | on_check | on_diff, &settings::show_secrets, nullptr},
         {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output",
          on_encode | on_decode | on_sample | on_canon, nullptr, &settings::output},
         {"--color", nullptr, "WHEN", "auto|always|never",
          "colours; auto means on a terminal, unless NO_COLOR is set or TERM is dumb",
-         on_decode | on_dump | on_check | on_canon, nullptr, &settings::color},
+         on_decode | on_dump | on_check | on_canon | on_diff, nullptr, &settings::color},
     };
     return rows;
 }

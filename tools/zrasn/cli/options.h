@@ -24,6 +24,7 @@ struct settings {
     bool lines = false;
     bool compact = false;
     bool quiet = false;
+    bool all = false;
     bool octets = false;
     bool filled = false;
     bool show_secrets = false;

@@ -187,6 +187,13 @@ int canon_verb(const settings& given) {
                       given.hex, given.base64, version_named(given.version_byte), color_named(given.color)});
 }
 
+int diff_verb(const settings& given) {
+    const record_and_files inputs = inputs_of(given, false);
+    if (inputs.files.size() != 2) throw usage_error{"diff compares two files"};
+    return run_diff({inputs.record, inputs.files[0], inputs.files[1], form_named(given.from), given.all,
+                     version_named(given.version_byte), color_named(given.color), secrets_of(given)});
+}
+
 int find_verb(const settings& given) {
     return run_find({given.words.empty() ? std::vector<std::string>{"-"} : given.words, given.extract, given.json,
                      version_named(given.version_byte)});

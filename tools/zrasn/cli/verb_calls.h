@@ -23,6 +23,7 @@ int check_verb(const settings& given);
 int roundtrip_verb(const settings& given);
 int sample_verb(const settings& given);
 int canon_verb(const settings& given);
+int diff_verb(const settings& given);
 int find_verb(const settings& given);
 int wireshark_verb(const settings& given);
 int completion_verb(const settings& given);

@@ -125,6 +125,18 @@ struct canon_options {
 };
 int run_canon(const canon_options& options);
 
+// diff [RECORD] A B: two values, as octets or JSON, by their members. Gives a diff_code.
+struct diff_options {
+    const record_type* record = nullptr;
+    std::string a, b;
+    input_form from = input_form::automatic;
+    bool all = false;  // differences beyond the first 1,000 too
+    unsigned version = 2;
+    color_mode color = color_mode::automatic;
+    secret_values secrets = secret_values::hidden;
+};
+int run_diff(const diff_options& options);
+
 // find FILE ...: the envelopes in any files.
 struct find_options {
     std::vector<std::string> files;
