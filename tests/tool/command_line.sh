@@ -339,6 +339,26 @@ echo 308108020200050c000400 > in
 echo 0402acdc30070201050c000400 > c.hex
 check 0 '' 'the values are the same, the octets are not' diff value_s_t in c.hex
 
+# The records against those of another version.
+"$program" records --json > now.json
+# against CODE VERDICT SED: the records as they were before are those of today with a change.
+against() {
+    sed -E "$3" now.json > before.json
+    [ -z "$3" ] || ! cmp -s now.json before.json || fail "nothing changed: $3"
+    check "$1" "$2" '' schema --against before.json
+}
+against 0 'compatible both ways' ''
+against 0 'value_s_t: compatible both ways: member 2 was "text", is "str": only JSON' '/value_s_t", "mod/,/]/s/"str"/"text"/'
+against 4 'acl_entry_s_t: new reads old: member 2 "int_a": type was "int16_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"int16_t"/'
+against 1 'acl_entry_s_t: breaking: member 2 "int_a": type was "uint32_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"uint32_t"/'
+against 1 'sec_id_t: breaking: member 1 was "name", is "uuid": another order' '/"sec_id_t", "mod/,/]/{s/"uuid"/"x"/; s/"name", "k/"uuid", "k/; s/"x"/"name"/}'
+against 1 'breaking: member 3 is gone: "more"' '/"sec_id_t", "mod/,/]/s/\]\}/,{"name": "more", "kind": "text"}]}/'
+against 1 '"other_t": breaking: the record is gone' 's/"name": "uuid_t"/"name": "other_t"/'
+check 0 'compatible both ways' '' schema --against before.json sec_id
+check 3 '' 'not what "zrasn records --json" writes' schema --against a.ber
+check 3 '' 'not what "zrasn records --json" writes' schema --against b.json
+usage '--json and --against exclude each other' schema --json --against b.json
+
 # Envelopes in any file, as they are and as text; what only begins as one is counted.
 stream "0402acdc${hex}00$(printf "log: $hex, " > in; xxd in)0402acdc30800404${value}0402acdc3100"
 { base64 -w20 raw; echo; echo "$hex" | tr a-f A-F; printf '\4\2\254\334\060\204'; } >> in

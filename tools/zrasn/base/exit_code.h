@@ -9,7 +9,7 @@ enum exit_code : int {
     exit_refused = 1,   // the data was refused, or has more, or other, than the answer shows
     exit_usage = 2,     // the command line makes no sense
     exit_io = 3,        // input could not be read or output not written
-    exit_deviates = 4,  // check: what was read fits, but is not as the library writes it
+    exit_deviates = 4,  // check: all fits, but is not as the library writes it; schema --against: new reads old
 };
 
 // Those of the verb "diff", which are the program diff's.

@@ -83,9 +83,10 @@ int print_manual() {
         "characters. When JSON is read, members may stand in any order and be missing: then they are empty, 0 or "
         "absent.");
     std::printf(".SH EXIT STATUS\n");
-    for (const char* row : {"0\tgood", "1\tthe data was refused, or has more, or other, than the answer shows",
-                            "2\tthe command line makes no sense", "3\tinput could not be read or output not written",
-                            "4\tcheck: what was read fits, with deviations from what the library writes"})
+    for (const char* row :
+         {"0\tgood", "1\tthe data was refused, or has more, or other, than the answer shows",
+          "2\tthe command line makes no sense", "3\tinput could not be read or output not written",
+          "4\tcheck: all fits, with deviations from what the library writes; schema \\-\\-against: new reads old"})
         std::printf(".TP\n%c\n%s\n", row[0], row + 2);
     std::printf(".SH DIAGNOSTICS\nOctets that are refused are reported with the library's status:\n");
     for (const status_row& row : statuses()) {

@@ -92,6 +92,10 @@ const std::vector<option_row>& options() {
          "low octet first)",
          on_decode | on_check | on_roundtrip | on_canon, nullptr, &settings::framing},
         {"--all", nullptr, nullptr, nullptr, "show more than 1,000 differences", on_diff, &settings::all, nullptr},
+        {"--against", nullptr, "FILE", nullptr,
+         "compare with what \"zrasn records --json\" wrote of another version: compatible both ways (0), new reads old "
+         "(4), breaking (1)",
+         on_schema, nullptr, &settings::against},
         {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
          nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode | on_sample, &settings::compact,

@@ -16,6 +16,7 @@ struct settings {
     std::string version_byte = "2";
     std::string framing = "auto";
     std::string extract;
+    std::string against;
     std::string seed = "0";
     bool json = false;
     bool example = false;

@@ -121,6 +121,8 @@ int schema_verb(const settings& given) {
         asked.records.push_back(type);
     }
     asked.json = given.json;
+    asked.against = given.against;
+    if (asked.json && !asked.against.empty()) throw usage_error{"--json and --against exclude each other"};
     return run_schema(asked);
 }
 

@@ -8,6 +8,7 @@
 namespace zr::tool {
 
 int run_schema(const schema_options& options) {
+    if (!options.against.empty()) return compare_schemas(options);
     file_output out("");
     if (options.json) {
         std::vector<const record_type*> records = options.records;

@@ -31,8 +31,10 @@ int run_records(const records_options& options);
 struct schema_options {
     std::vector<const record_type*> records;
     std::vector<const record_module*> modules;
-    bool json = false;  // JSON Schema of the JSON that encode takes, instead
+    bool json = false;    // JSON Schema of the JSON that encode takes, instead
+    std::string against;  // a file with what "records --json" wrote of another version, to be compared instead
 };
+int compare_schemas(const schema_options& options);
 int run_schema(const schema_options& options);
 
 // encode RECORD [FILE ...]: JSON to envelopes, one behind the other.
