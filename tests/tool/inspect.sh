@@ -173,6 +173,21 @@ for row in 0102ffff:'one octet' 0200:'at least one octet' 0300:'at least one oct
     grep -qF -- "${row#*:}" <(grep '!' out || echo) || fail "dump of ${row%%:*}: $(cat out)"
 done
 
+# From an octet on, so many levels, and as JSON.
+echo 0402acdc 0500 0402acdc 30 07 30 05 020105 02ff > in
+same 1 dump --offset 6 --depth 2 << 'END'
+  offset  hdr     length  class    tag  form
+       6    4                                envelope, version 2
+      10    2          7  univ     16  cons  SEQUENCE
+      12    2          5  univ     16  cons    SEQUENCE
+      17                                         ! the length octet ff means nothing: 2 octets not read
+END
+sed -i 's/02ff/0500/' in
+same 0 dump --offset 10 --depth 1 --json <<< \
+    '{"elements":[{"offset":0,"header":2,"length":7,"tag":16,"constructed":true,"type":"SEQUENCE","children":[],"hidden":3}],"problems":0}'
+"$program" dump --offset 99 in > out && fail 'dump behind the end'
+grep -qx '      19                                     ! no element' out || fail "dump behind the end: $(cat out)"
+
 # Colours, and nothing but printable characters.
 echo '0c021b07 0101' > in
 "$program" dump --color always < in 2> err | grep -q $'\e\[31m! ' || fail 'damage has no colour'

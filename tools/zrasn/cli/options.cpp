@@ -63,7 +63,7 @@ const char framing_forms[] = "auto|one|concatenated|2|4|2le|4le";
 const std::vector<option_row>& options() {
     static const std::vector<option_row> rows = {
         {"--json", nullptr, nullptr, nullptr, "as JSON (schema: JSON Schema of what encode takes)",
-         on_records | on_schema | on_roundtrip | on_find, &settings::json, nullptr},
+         on_records | on_schema | on_dump | on_roundtrip | on_find, &settings::json, nullptr},
         {"--example", nullptr, nullptr, nullptr, "an example of the record, as JSON that encode takes", on_records,
          &settings::example, nullptr},
         {"--octets", nullptr, nullptr, nullptr, "write an envelope instead of JSON", on_sample, &settings::octets,
@@ -96,6 +96,9 @@ const std::vector<option_row>& options() {
          "compare with what \"zrasn records --json\" wrote of another version: compatible both ways (0), new reads old "
          "(4), breaking (1)",
          on_schema, nullptr, &settings::against},
+        {"--depth", nullptr, "N", nullptr, "show so many levels: problems below them too, but no elements", on_dump,
+         nullptr, &settings::depth},
+        {"--offset", nullptr, "N", nullptr, "begin at this octet of the input", on_dump, nullptr, &settings::offset},
         {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
          nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode | on_sample, &settings::compact,

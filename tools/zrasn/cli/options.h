@@ -17,6 +17,8 @@ struct settings {
     std::string framing = "auto";
     std::string extract;
     std::string against;
+    std::string depth;
+    std::string offset = "0";
     std::string seed = "0";
     bool json = false;
     bool example = false;

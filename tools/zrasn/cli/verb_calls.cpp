@@ -85,6 +85,16 @@ unsigned version_named(const std::string& digits) {
     return version;
 }
 
+uint64_t number_of(const char* option, const std::string& digits) {
+    uint64_t number = 0;
+    for (char c : digits) {
+        if (c < '0' || c > '9' || digits.size() > 18)
+            throw usage_error{std::string(option) + " is a number of up to 18 digits, not " + in_quotes(digits)};
+        number = 10 * number + static_cast<unsigned>(c - '0');
+    }
+    return number;
+}
+
 secret_values secrets_of(const settings& given) {
     return given.show_secrets ? secret_values::shown : secret_values::hidden;
 }
@@ -146,7 +156,12 @@ int decode_verb(const settings& given) {
 
 int dump_verb(const settings& given) {
     const record_and_files inputs = inputs_of(given, false);
-    return run_dump({inputs.record, inputs.files, form_named(given.from), color_named(given.color), secrets_of(given)});
+    // JSON is to be read by programs, some of which recurse: 64 levels, unless more are asked for.
+    const uint64_t all = given.json ? 64 : SIZE_MAX;
+    const uint64_t depth = given.depth.empty() ? all : number_of("--depth", given.depth);
+    return run_dump({inputs.record, inputs.files, form_named(given.from), color_named(given.color), secrets_of(given),
+                     static_cast<size_t>(depth < SIZE_MAX ? depth : SIZE_MAX), number_of("--offset", given.offset),
+                     given.json});
 }
 
 int check_verb(const settings& given) {
@@ -168,12 +183,7 @@ int sample_verb(const settings& given) {
     if (given.hex + given.base64 + given.octets > 1)
         throw usage_error{"--octets, --hex and --base64 exclude each other"};
     using form = sample_options::form;
-    uint64_t seed = 0;
-    for (char c : given.seed) {
-        if (c < '0' || c > '9' || given.seed.size() > 18)
-            throw usage_error{"--seed is a number of up to 18 digits, not " + in_quotes(given.seed)};
-        seed = 10 * seed + static_cast<unsigned>(c - '0');
-    }
+    const uint64_t seed = number_of("--seed", given.seed);
     return run_sample({record_named(given.record), given.output, seed, given.filled, given.compact,
                        given.octets   ? form::octets
                        : given.hex    ? form::hex

@@ -71,6 +71,9 @@ struct dump_options {
     input_form from = input_form::automatic;
     color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;
+    size_t depth = SIZE_MAX;  // levels that are shown
+    uint64_t offset = 0;      // of the octet to begin at
+    bool json = false;
 };
 int run_dump(const dump_options& options);
 
