@@ -38,7 +38,7 @@ class tree_writer {
 public:
     tree_writer(const octets_input& in, const dump_options& options)
         : in_(in),
-          begin_(std::min<uint64_t>(options.offset, in.size())),
+          begin_(static_cast<size_t>(std::min<uint64_t>(options.offset, in.size()))),
           most_levels_(options.depth),
           guide_(options.record),
           record_(options.record),
