@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip wireshark; do
+for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -95,14 +95,14 @@ usage 'decode has no option --json' decode uuid_t --json
 usage 'decode has no option -O; did you mean "-o"?' decode uuid_t -O
 usage 'decode has no option --form; did you mean "--from"?' decode uuid_t --form hex
 usage 'a verb is missing' -- decode
-usage 'RECORD is missing' decode
-usage 'there is an argument too many: "b"' decode uuid_t a b
+usage 'RECORD is missing' encode
+usage '--lines needs a RECORD' decode --lines
 usage 'there is an argument too many: "b"' records uuid_t b
 usage '--example needs a RECORD' records --example
 "$program" records --example acl_ext > example
 "$program" encode acl_ext example --hex | "$program" decode acl_ext | cmp - example || fail 'an example comes back otherwise'
-usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from
-usage '--from needs a value: auto|raw|hex|base64' decode uuid_t --from=
+usage '--from needs a value: auto|raw|hex|base64|dump' decode uuid_t --from
+usage '--from needs a value: auto|raw|hex|base64|dump' decode uuid_t --from=
 usage '--output needs a value: FILE' encode uuid_t -o
 usage '--record needs a value: RECORD' check --record
 usage 'SHELL: "tcsh" is none of bash|zsh|fish' completion tcsh
@@ -110,7 +110,7 @@ usage "there is no record \"$(printf 'x%.0s' {1..40})...\" (\"zrasn records\" li
 usage "there is no verb \"$(printf '\\x80%.0s' {1..37})...\"" "$(head -c 999 /dev/zero | tr '\0' '\200')"
 check 3 '' '...xxx' dump "$(head -c 99999 /dev/zero | tr '\0' x)"
 [ "$(wc -c < err)" -lt 400 ] || fail 'a file name is written whole'
-check 2 '' 'is none of auto|raw|hex|base64' decode uuid_t --from octal
+check 2 '' 'is none of auto|raw|hex|base64|dump' decode uuid_t --from octal
 check 2 '' 'from 0 to 255' encode uuid_t --version-byte 256
 check 2 '' 'exclude' encode uuid_t --hex --base64
 check 2 '' 'there is no record "nothing"' dump --record nothing
@@ -186,6 +186,60 @@ check 0 "\"$id\"" '' decode uuid_t --from hex
 check 1 '' '275063204' decode uuid_t --from raw
 check 1 '' '275063190' decode uuid_t --from base64
 
+# What xxd, hexdump and od print of many octet strings, some of lines that repeat themselves.
+# shown FILE COMMAND...: the octets that `dump` finds in what the command prints are those of the file.
+shown() {
+    local file=$1
+    shift
+    command "$@" "$file" > in
+    "$program" dump --from raw - < "$file" > want 2> err
+    "$program" dump - < in > out 2> err
+    cmp -s want out || fail "$* of $(xxd "$file"): $(cat in err)"
+}
+{ awk '/^(#|$)/ { next } { n++ } n % 33 == 3 { print $1 }' "$root"/tests/vectors/*.txt
+    echo 04; echo 0402ac; echo 0402acdc300a0c080000000000000000
+    printf '0402acdc3082010b0404820107%0526d\n0402acdc305104%02x%0158d\n' 0 79 0; } > strings
+[ "$(wc -l < strings)" -ge 24 ] || fail 'too few octet strings'
+while read -r string; do
+    printf "$(echo "$string" | sed 's/../\\x&/g')" > octets
+    for form in xxd 'xxd -u -g1 -c32' hexdump 'hexdump -C' 'hexdump -v' 'od -Ax -tx1' od 'od -b' 'od -Ax -tx1z -w8' 'od -tx4'; do
+        command -v ${form%% *} > missing && [[ -x $(tail -1 missing) || $form = xxd* ]] && shown octets $form
+    done
+done < strings
+# as_octets WANTED: the dump in `in` is of these octets.
+as_octets() {
+    printf "$(echo "$1" | sed 's/../\\x&/g')" > octets
+    "$program" dump --from raw octets > want 2> err
+    "$program" dump - < in > out 2> err
+    cmp -s want out || fail "written out: $(cat in err)"
+}
+short=0402acdc300a0c080000000000000000
+for rows in '00000000: 0402 acdc 300a 0c08 0000 0000 0000 0000  ....0...........' \
+    '00000000  04 02 ac dc 30 0a 0c 08  00 00 00 00 00 00 00 00  |....0...........|@00000010' \
+    '0000000 0204 dcac 0a30 080c 0000 0000 0000 0000@0000010' '0000000 0402 acdc 300a 0c08 0000 0000 0000 0000@0000010' \
+    '000000 04 02 ac dc 30 0a 0c 08@000008 00 00 00 00@*@000010' '0000000 001004 156254 005060 004014 000000@0000012@' \
+    '0000100 001004 156254 005060 004014@0000110 000000 000000@*@0000120' '0000000 004 002 254 334 060 012 014 010 000@0000011'; do
+    echo "$rows" | tr @ '\n' > in
+    case $rows in *0012@) as_octets ${short:0:20} ;; *0011) as_octets ${short:0:18} ;; *) as_octets $short ;; esac
+done
+# wrong MESSAGE ROWS [OPTION...]
+wrong() {
+    echo "$2" | tr @ '\n' > in
+    check 1 '' "$1" decode uuid_t "${@:3}"
+}
+wrong 'in:26: an offset that does not go on' '00000000: 0402 acdc  ....@00000006: 300a@' --from dump in
+wrong 'not hexadecimal digits' '00000000: 0402 acdc@00000004: 30a' --from dump
+wrong 'a star with no line' '*' --from dump
+wrong 'a star with no offset behind it' '000000 04 02 ac dc@000004 04 02 ac dc@*'
+wrong 'repeated lines of more than 16777216 octets' '000000 04 02 ac dc@000004 04 02 ac dc@*@f000000'
+
+# JSON where octets are wanted; and a wait at a terminal is announced.
+echo '{"type": 1}' > in
+check 1 '[APPLICATION 27]' 'hint: this looks like JSON: "zrasn encode RECORD" turns it into octets' dump
+if command -v script > /dev/null; then
+    script -qec "'$program' decode uuid_t" /dev/null < /dev/null 2> err | grep -q 'waiting for input' || fail 'no word of waiting'
+fi
+
 # What an input has beside the first record is told, and the exit code is 1; that record is printed all the same.
 block=$(base64 -w20 raw)
 # more WHAT ARGUMENT...: the record on standard output, WHAT on standard error.
@@ -196,8 +250,8 @@ more() {
     [ "$(wc -l < out)" -eq 1 ] && [ "$(wc -l < err)" -eq 1 ] || fail "$what: $(cat out err)"
 }
 cat raw raw > in
-more 'standard input:37: 37 octets behind the record, as of another one: not decoded'
-check 1 'standard input:37: 37 octets after the record' '' check
+more 'standard input:37: 37 octets behind the record, as of another one: not decoded' --framing one
+check 4 'standard input:37: 37 octets after the record' '' check --framing one
 echo "$hex 00" > in
 more 'in:37: 1 octet behind the record: not decoded' in
 tail -c +7 raw | od -An -v -tx1 | sed '1s/^/ 3080/; $s/$/ 0000 0404/' > in
@@ -217,6 +271,142 @@ echo "-----BEGIN UUID-----" > in
 check 1 '' 'no -----END line' decode uuid_t
 echo "$hex $hex" > in
 check 1 "\"$id\"" 'standard input: line 1:37: 37 octets behind the record, as of another one' decode uuid_t --lines
+
+# Several files and streams: envelopes one behind the other, or behind their lengths, which is found out.
+value=0402acdc30090201010c0161040101
+stream() { printf "$(echo "$1" | sed 's/../\\x&/g')" > in; }
+for lengths in ': :concatenated' '0025:000f:2' '2500:0f00:2le' '00000025:0000000f:4' '25000000:0f000000:4le'; do
+    IFS=: read -r first second form <<< "$lengths"
+    stream "${first# }$hex${second# }$value"
+    for framing in auto "$form"; do
+        check 1 "\"$id\"" 'standard input: envelope 2 (octet ' decode uuid_t --framing $framing
+        check 0 '{"type":1,"str":"a","data":"01"}' 'standard input: envelope 1 (octet' decode --compact --framing $framing
+        [ "$(wc -l < out)" -eq 2 ] && grep -q 'envelope 2 (octet .*): taken for value_s_t' err || fail "$form: $(cat out err)"
+        check 0 'all: 2 records, 2 fit, 0 with deviations, 0 do not fit' '' check --framing $framing
+        check 0 'all: 2 records, 2 fit' '' check --framing $framing --quiet
+        [ "$(wc -l < out)" -eq 1 ] || fail "check --quiet: $(cat out)"
+        check 0 'all: 2 records, 2 the same' 'taken for' roundtrip --framing $framing
+    done
+done
+stream "$hex${hex:0:60}"
+check 1 "\"$id\"" 'envelope 2 (octet 37):' decode uuid_t --framing concatenated
+stream "0025${hex}0025"
+check 1 "\"$id\"" 'standard input:39: a length of 37 octets, more than there are: 2 octets not read' decode uuid_t
+stream "$hex${hex}00${hex}"
+check 1 "\"$id\"" 'standard input:74: no envelope begins here: 38 octets not read' decode uuid_t
+stream "$hex"
+echo $hex > ./uuid
+check 0 "\"$id\"" '' decode uuid_t in ./uuid -
+[ "$(grep -c $id out)" -eq 3 ] || fail "several files: $(cat out)"
+check 0 "\"$id\"" '' decode uuid uuid
+check 0 "\"$id\"" './uuid: taken for uuid_t' decode ./uuid
+check 0 "\"$id\"" '' decode --record uuid uuid
+check 0 'node OCTET' '' dump uuid uuid
+check 3 "\"$id\"" 'none: No such file' decode uuid_t ./none in
+check 0 'uuid: fits uuid_t, as' '' check uuid_t uuid in
+grep -q '^all: 2 records, 2 fit' out || fail "check of two files: $(cat out)"
+echo 0402acdc30040c003000 > in
+check 1 '' 'fits several records, of which one has to be named: attr_s_t, yvprincipal_chain_s_t' decode
+printf '%s\n' "$hex" "uuid_t ${hex:8}" 'value_s_t 308108020200050c000400' zz "${hex:0:60}" > in
+check 1 'all: 5 records, 2 fit, 1 with deviations, 2 do not fit' 'standard input: line 4: not a hexadecimal digit' check --lines
+grep -q '^standard input: line 3:5: type: the octets 0005, read as 5' out || fail "check --lines: $(cat out)"
+grep -q '^standard input: line 5:' err || fail "check --lines: $(cat err)"
+head -3 in > some
+check 4 'all: 3 records, 2 fit, 1 with deviations, 0 do not fit' '' check --lines --quiet some
+
+# What differs, by member; as octets, JSON and both. The exit codes are those of diff.
+"$program" encode acl_ext "$root/examples/acl.json" -o a.ber
+sed 's/"payroll-clerks"/"clerks"/; s/\[1, 2, 4\]/[1, 3]/; s/"str": "B.*"/"str": {"hex": "ff"}/' "$root/examples/acl.json" > b.json
+for sides in 'a.ber b.json' "$root/examples/acl.json b.json" 'acl_ext a.ber b.json' 'acl_ext b.json a.ber' ; do
+    set -- $sides
+    [ $1 != acl_ext ] && [ $1 != a.ber ] && set -- acl_ext "$@"
+    check 1 'perms[1]: 2' "$([ $1 = a.ber ] && echo 'a.ber: taken for acl_ext_s_t')" diff "$@"
+    for line in 'entries[0].permset.perms[1]: 3' 'entries[0].permset.perms[2]: 4' 'entries[0].id.name: "clerks"' \
+        'ext.attrs[0].values[0].str: an object'; do grep -q "^[<>] ${line//[/\\[}$" out || fail "diff $*: lacks $line: $(cat out)"; done
+    [ "$(wc -l < out)" -eq 7 ] || fail "diff $*: $(cat out)"
+done
+check 0 '' '' diff acl_ext a.ber "$root/examples/acl.json"
+check 2 '' 'JSON does not tell its record' diff b.json b.json
+check 2 '' 'a.ber: No such' diff uuid none/a.ber b.json
+check 2 '' 'b.json:1:1: uuid_t: found' diff uuid b.json b.json
+check 2 '' 'diff compares two files' diff uuid b.json
+echo "$whole" > c.hex
+echo '{"str_a": "user", "str_b": "Sesame"}' > in
+check 1 '> str_b: "***"' '' diff $password c.hex -
+grep -qi sesame out && fail "diff shows a secret: $(cat out)"
+check 1 '< str_b: "sesame"' '' diff $password c.hex - --show-secrets
+echo 308108020200050c000400 > in
+echo 0402acdc30070201050c000400 > c.hex
+check 0 '' 'the values are the same, the octets are not' diff value_s_t in c.hex
+
+# The records against those of another version.
+"$program" records --json > now.json
+# against CODE VERDICT SED: the records as they were before are those of today with a change.
+against() {
+    sed -E "$3" now.json > before.json
+    [ -z "$3" ] || ! cmp -s now.json before.json || fail "nothing changed: $3"
+    check "$1" "$2" '' schema --against before.json
+}
+against 0 'compatible both ways' ''
+against 0 'value_s_t: compatible both ways: member 2 was "text", is "str": only JSON' '/value_s_t", "mod/,/]/s/"str"/"text"/'
+against 4 'acl_entry_s_t: new reads old: member 2 "int_a": type was "int16_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"int16_t"/'
+against 1 'acl_entry_s_t: breaking: member 2 "int_a": type was "uint32_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"uint32_t"/'
+against 1 'sec_id_t: breaking: member 1 was "name", is "uuid": another order' '/"sec_id_t", "mod/,/]/{s/"uuid"/"x"/; s/"name", "k/"uuid", "k/; s/"x"/"name"/}'
+against 1 'breaking: member 3 is gone: "more"' '/"sec_id_t", "mod/,/]/s/\]\}/,{"name": "more", "kind": "text"}]}/'
+against 1 '"other_t": breaking: the record is gone' 's/"name": "uuid_t"/"name": "other_t"/'
+check 0 'compatible both ways' '' schema --against before.json sec_id
+check 3 '' 'not what "zrasn records --json" writes' schema --against a.ber
+check 3 '' 'not what "zrasn records --json" writes' schema --against b.json
+usage '--json and --against exclude each other' schema --json --against b.json
+
+# Envelopes in any file, as they are and as text; what only begins as one is counted.
+stream "0402acdc${hex}00$(printf "log: $hex, " > in; xxd in)0402acdc30800404${value}0402acdc3100"
+{ base64 -w20 raw; echo; echo "$hex" | tr a-f A-F; printf '\4\2\254\334\060\204'; } >> in
+check 0 'octets' 'standard input: 2 headers of an envelope with no whole envelope behind' find
+diff - out << 'END' || fail 'find'
+standard input:4: 37 octets: uuid_t
+standard input:47: 37 octets as hex: uuid_t
+standard input:131: 15 octets: value_s_t
+standard input:152: 37 octets as base64: uuid_t
+standard input:208: 37 octets as hex: uuid_t
+END
+check 0 '"offset": 131, "length": 15, "form": "raw", "records": ["value_s_t"]' '2 headers' find --json --extract found in
+python3 -m json.tool out > /dev/null 2>&1 || [ $? -eq 127 ] || fail "find --json: $(cat out)"
+for at in 4 47 152 208; do cmp -s raw found/$at.ber || fail "find --extract: $at"; done
+[ "$(ls found | wc -l)" -eq 5 ] || fail "find --extract: $(ls found)"
+stream 0402acdc30020500
+check 0 'no record' '' find
+: > in
+check 1 '' '' find
+# Cost: octets that begin envelopes without end, one inside the other.
+printf '0402acdc3080%.0s' {1..50000} > in
+check 1 '' '50000 headers' find
+
+# The library's own form of whatever is accepted; samples of every record, as JSON that the schema's records take.
+stream 308108020200050c000400
+check 0 0402acdc30070201050c000400 '' canon value_s_t --hex
+stream "0402acdc308108020200050c000400$value"
+check 0 "$value" 'taken for value_s_t' canon --hex
+[ "$(cat out)" = "$(printf '0402acdc30070201050c000400\n%s' $value)" ] || fail "canon of a stream: $(cat out)"
+check 0 '' '' canon value_s_t in -o out.raw
+check 0 'all: 2 records, 2 fit, 0 with' '' check out.raw
+stream "${hex}00"
+check 1 "$hex" 'standard input:37: 1 octet behind the record' canon uuid --hex --framing one
+check 1 '' 'zr_err_no_match' canon value_s_t
+usage '--hex and --base64 exclude each other' canon --hex --base64
+for record in $("$program" records | cut -d' ' -f1); do
+    for seed in 0 7; do
+        for filled in '' --filled; do
+            "$program" sample $record --seed $seed $filled | "$program" encode $record > in &&
+                "$program" sample $record --seed $seed $filled --octets | cmp - in &&
+                "$program" canon $record in | cmp - in || fail "sample $record $seed $filled"
+        done
+    done
+done
+usage 'RECORD is missing' sample
+usage '--seed is a number of up to 18 digits, not "x"' sample uuid --seed x
+check 0 '"$schema"' '' schema --json uuid
+grep -qF '"title"' out || grep -qF 'uuid_t' out || fail "schema --json: $(cat out)"
 
 # So is a text that a zero octet ends.
 for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2c 80 04 06 61646d696e00 0402 2d62 0000'; do
@@ -299,7 +489,6 @@ grep -qx '    refused bad_json                       1' out && grep -qx '    ref
 check 1 'no record: 2 records' '' roundtrip --lines
 check 1 '"kind": "deviation", "key": "longer_length", "member": "", "count": 1}' '' roundtrip --lines --json
 python3 -m json.tool out > /dev/null 2>&1 || [ $? -eq 127 ] || fail "roundtrip --json: $(cat out)"
-usage 'roundtrip needs --record RECORD, or --lines' roundtrip
 usage '--lines reads text: it excludes --from raw' roundtrip --lines --from raw
 printf 'uuid_t %s\n' $hex $hex > in
 check 0 'all: 2 records, 2 the same, 0 deviating, 0 refused' '' roundtrip --lines
@@ -362,7 +551,7 @@ done
         _zrasn
         echo "${COMPREPLY[*]}"
     }
-    [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fr)" = --from ] &&
+    [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fro)" = --from ] &&
         [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
 check 0 '.TH ZRASN 1' '' manual

@@ -25,7 +25,7 @@ example=${example%.asn1}
 # Type and octets of each value of a record that the program knows.
 awk '/^(#|$)/ { next } { n++ } n % 3 == 1 { record = $1 } n % 3 == 0 { print record, $1 }' \
     "$root"/tests/vectors/*.txt > values
-"$program" records | sed -n 's/^\([a-zA-Z]\S*\)  (.*/\1/p' > records
+"$program" records | sed -n 's/^\([a-zA-Z]\S*\) .*/\1/p' > records
 while read -r record octets; do
     grep -qx "$record" records || continue
     type=$(echo "${record^}" | tr _ -)

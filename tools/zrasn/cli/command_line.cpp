@@ -78,25 +78,29 @@ CLI::Validator one_of(const char* choices) {
         "");
 }
 
-void add_positional(CLI::App& app, positional argument, settings& given) {
-    switch (argument) {
-        case positional::none:
-            return;
+// What a verb takes without an option's name. A record before files is one of the words: which it is shows later.
+void add_positionals(CLI::App& app, const verb_row& verb, settings& given) {
+    if (verb.second == positional::files) {
+        app.add_option(verb.first == positional::none ? "FILE" : "RECORD|FILE", given.words,
+                       verb.first == positional::none
+                           ? "files; standard input when there is none, or for -"
+                           : "record type, such as acl_ext_s_t (_s_t may be left out), if the first one names one, and "
+                             "files; standard input when there is none, or for -");
+        return;
+    }
+    switch (verb.first) {
         case positional::record:
-            app.add_option("RECORD", given.record, "record type, such as acl_ext_s_t (_s_t may be left out)")
-                ->required();
-            return;
         case positional::optional_record:
             app.add_option("RECORD", given.record, "record type");
             return;
         case positional::names:
-            app.add_option("NAME", given.names, "record type or module, such as aclidl_asn; all when there is none");
-            return;
-        case positional::file:
-            app.add_option("FILE", given.file, "file; standard input when it is - or left out");
+            app.add_option("NAME", given.words, "record type or module, such as aclidl_asn; all when there is none");
             return;
         case positional::shell:
-            app.add_option("SHELL", given.shell, "bash, zsh or fish")->required()->check(one_of("bash|zsh|fish"));
+            app.add_option("SHELL", given.record, "bash, zsh or fish")->required()->check(one_of("bash|zsh|fish"));
+            return;
+        case positional::files:
+        case positional::none:
             return;
     }
 }
@@ -144,14 +148,14 @@ int run_command_line(int argc, char** argv) {
     for (const verb_row& verb : verbs()) {
         CLI::App* sub = app.add_subcommand(verb.name, verb.summary);
         if (verb.hidden) sub->group("");
-        add_positional(*sub, verb.first, given);
-        add_positional(*sub, verb.second, given);
+        add_positionals(*sub, verb, given);
         for (const option_row& option : options())
             if ((option.verbs & verb.bit) != 0) add_option(*sub, option, given);
         sub->footer(std::string("Example:\n  ") + verb.example);
     }
     app.footer(
-        "Exit codes: 0 good, 1 data refused or not all used, 2 usage, 3 input or output.\n\nExample:\n  zrasn decode "
+        "Exit codes: 0 good, 1 data refused or not all used, 2 usage, 3 input or output, 4 deviations "
+        "(check).\n\nExample:\n  zrasn decode "
         "acl_ext_s_t "
         "acl.ber");
 

@@ -89,10 +89,7 @@ void print_bash() {
             std::printf("; words=\"$words %s\"", words);
         else if (*words != 0)
             std::printf("; [ \"$COMP_CWORD\" -eq 2 ] && words=\"$words %s\"", words);
-        if (verb.first == positional::file)
-            std::printf("; files=1");
-        else if (verb.second == positional::file)
-            std::printf("; [ \"$COMP_CWORD\" -gt 2 ] && files=1");
+        if (verb.second == positional::files) std::printf("; files=1");
         std::printf(" ;;\n");
     });
     std::printf("    esac\n    COMPREPLY=($(compgen -W \"$words\" -- \"$cur\"))\n");
@@ -108,7 +105,7 @@ const char* zsh_action(positional argument) {
             return ":record:($records)";
         case positional::names:
             return "record or module:($records $modules)";
-        case positional::file:
+        case positional::files:
             return ":file:_files";
         default:
             return nullptr;
@@ -151,7 +148,7 @@ void print_zsh() {
         const char* second = zsh_action(verb.second);
         if (first != nullptr)
             std::printf(" \\\n            \"%s%s\"", verb.first == positional::names ? "*:" : "1:", first);
-        if (second != nullptr) std::printf(" \\\n            \"2:%s\"", second);
+        if (second != nullptr) std::printf(" \\\n            \"*:%s\"", second);
         std::printf(" ;;\n");
     });
     std::printf("    esac\n}\nif [ \"$funcstack[1]\" = _zrasn ]; then _zrasn \"$@\"; else compdef _zrasn zrasn; fi\n");
@@ -169,7 +166,7 @@ void print_fish() {
         std::printf("%s -l help -d 'show help'\n", in_verb.c_str());
         const std::string words = record_words(verb.first);
         if (!words.empty()) std::printf("%s -a \"%s\"\n", in_verb.c_str(), words.c_str());
-        if (verb.first == positional::file || verb.second == positional::file) std::printf("%s -F\n", in_verb.c_str());
+        if (verb.second == positional::files) std::printf("%s -F\n", in_verb.c_str());
         for_each_option(verb, [&](const option_row& option) {
             std::printf("%s -l %s", in_verb.c_str(), option.name + 2);
             if (option.letter != nullptr) std::printf(" -s %s", option.letter + 1);

@@ -66,8 +66,10 @@ int print_manual() {
         "An encoding is the header 04, version, AC, DC and one BER element (ITU-T X.690). The input of decode, dump, "
         "check and roundtrip may have the header or not, and may be octets as they are, hexadecimal digits (with "
         "spaces, line ends, "
-        "colons, commas, 0x), base64, or base64 between -----BEGIN and -----END lines; which it is is recognised. No "
-        "FILE, or -, is standard input. One record is read; what follows it is told on standard error.");
+        "colons, commas, 0x), base64, base64 between -----BEGIN and -----END lines, or what xxd, hexdump and od print; "
+        "which it is is recognised. No "
+        "FILE, or -, is standard input. The first argument is the record, if it names one, else a file. Envelopes that "
+        "follow each other are read one by one; what follows a single record is told on standard error.");
     std::printf(".SH VERBS\n");
     for (const verb_row& verb : verbs())
         if (!verb.hidden) print_verb(verb);
@@ -81,8 +83,10 @@ int print_manual() {
         "characters. When JSON is read, members may stand in any order and be missing: then they are empty, 0 or "
         "absent.");
     std::printf(".SH EXIT STATUS\n");
-    for (const char* row : {"0\tgood", "1\tthe data was refused, or has more, or other, than the answer shows",
-                            "2\tthe command line makes no sense", "3\tinput could not be read or output not written"})
+    for (const char* row :
+         {"0\tgood", "1\tthe data was refused, or has more, or other, than the answer shows",
+          "2\tthe command line makes no sense", "3\tinput could not be read or output not written",
+          "4\tcheck: all fits, with deviations from what the library writes; schema \\-\\-against: new reads old"})
         std::printf(".TP\n%c\n%s\n", row[0], row + 2);
     std::printf(".SH DIAGNOSTICS\nOctets that are refused are reported with the library's status:\n");
     for (const status_row& row : statuses()) {

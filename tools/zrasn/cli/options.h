@@ -8,25 +8,33 @@ namespace zr::tool {
 
 // What the command line said, before names are looked up.
 struct settings {
-    std::string record;
-    std::vector<std::string> names;  // of records and modules
-    std::string file = "-";
+    std::string record;              // of --record, or the only word
+    std::vector<std::string> words;  // what has no option's name
     std::string output;
     std::string from = "auto";
     std::string color = "auto";
     std::string version_byte = "2";
-    std::string shell;
+    std::string framing = "auto";
+    std::string extract;
+    std::string against;
+    std::string depth;
+    std::string offset = "0";
+    std::string seed = "0";
     bool json = false;
     bool example = false;
     bool hex = false;
     bool base64 = false;
     bool lines = false;
     bool compact = false;
+    bool quiet = false;
+    bool all = false;
+    bool octets = false;
+    bool filled = false;
     bool show_secrets = false;
 };
 
 // What may be said on the command line without a name of its own.
-enum class positional { none, record, optional_record, names, file, shell };
+enum class positional { none, record, optional_record, names, files, shell };
 
 struct verb_row {
     const char* name;
@@ -55,7 +63,7 @@ value_kind value_kind_of(const option_row& option);
 const std::vector<verb_row>& verbs();
 const std::vector<option_row>& options();
 
-// As shown in messages and help: "RECORD", "[FILE]".
+// As shown in messages and help: "RECORD", "[FILE ...]".
 const char* positional_name(positional argument);
 
 const char* program_version();

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +18,8 @@
 
 #include "base/file_output.h"
 #include "input/armour.h"
+#include "input/dump_lines.h"
+#include "input/envelopes.h"
 #include "input/text_decoder.h"
 #include "json/base/envelope.h"
 #include "json/base/hex.h"
@@ -28,6 +31,9 @@ namespace {
 
 constexpr size_t in_memory = size_t{1} << 20;  // octets that are kept in a block
 constexpr size_t chunk = 65536;                // octets that are read at once
+
+// Octets that repeated lines of a dump may stand for, unless the input is said to be one.
+constexpr uint64_t most_repeated = uint64_t{16} << 20;
 
 class descriptor {
 public:
@@ -71,6 +77,21 @@ void octets_input::forget(size_t offset) const {
     madvise(mapping_, offset / page * page, MADV_DONTNEED);  // they come back from the file
 }
 
+octets_input octets_input::view(const unsigned char* data, size_t size, std::string label) {
+    octets_input some;
+    some.data_ = data;
+    some.size_ = size;
+    some.label_ = std::move(label);
+    if (has_header(data, size)) some.header_size_ = envelope_header_octets;
+    return some;
+}
+
+octets_input octets_input::part(size_t offset, size_t size, const std::string& name) const {
+    octets_input some = view(data_ + offset, size, label_ + ": " + name);
+    some.form_ = form_;
+    return some;
+}
+
 namespace {
 
 // A mapped file that is shortened, or cannot be read, shows as a signal when its octets are looked at.
@@ -99,6 +120,13 @@ void watch_mapping(const void* mapping, size_t size, const std::string& label) {
     sigaction(SIGBUS, &action, nullptr);
 }
 
+// Whether a length may stand before an envelope here.
+bool may_be_prefixed(const unsigned char* octets, size_t count) {
+    for (size_t length_octets : {size_t{2}, size_t{4}})
+        if (count > length_octets && has_header(octets + length_octets, count - length_octets)) return true;
+    return false;
+}
+
 // Whether JSON may begin so.
 bool may_be_json(std::string_view text) {
     const size_t first = text.find_first_not_of(" \t\r\n");
@@ -116,12 +144,17 @@ public:
           file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
         made_.label_ = std::move(label);
         if (file_.get() < 0) fail();
+        announce_wait(file);
     }
 
     octets_input build(input_form form) {
         buffer_ = std::make_unique<unsigned char[]>(chunk);
         size_t count = read_chunk();
-        if (form == input_form::automatic) form = recognise(text());
+        if (form == input_form::automatic)
+            form = has_dump(text(), count != chunk) ? input_form::dump : recognise(text());
+        else if (form == input_form::dump)
+            dump_.emplace(most_encoding_octets);
+        if (form == input_form::dump && !dump_) dump_.emplace(most_repeated);
         armoured_ = form == input_form::base64 && has_armour(text());
         if (form == input_form::raw) {
             if (!map_all(count)) {
@@ -129,10 +162,10 @@ public:
                     append(buffer_.get(), count);
             }
         } else {
-            made_.form_ = form == input_form::hex ? "hex" : armoured_ ? "armour" : "base64";
+            made_.form_ = dump_ ? "dump" : form == input_form::hex ? "hex" : armoured_ ? "armour" : "base64";
             decoder_ = text_decoder(form);
             for (; count != 0 && !hopeless_; count = read_chunk())
-                armoured_ ? undo_armour(count) : undo(text(), read_);
+                armoured_ || dump_ ? undo_lines(count) : undo(text(), read_);
             if (!hopeless_) finish_text();
         }
         return finish();
@@ -195,7 +228,8 @@ private:
             const std::string_view text(reinterpret_cast<const char*>(octets), count);
             hopeless_ = text.find('\0') != text.npos || (made_.size_ == 0 && !may_be_json(text));
         } else if (wanted_ == wanted_input::record) {
-            if (made_.size_ == 0 && count != 0) hopeless_ = !may_be_record(octets, count, version_);
+            if (made_.size_ == 0 && count != 0)
+                hopeless_ = !may_be_record(octets, count, version_) && !may_be_prefixed(octets, count);
             check_size(made_.size_ + count);
         }
     }
@@ -222,9 +256,16 @@ private:
         if (count < chunk || fstat(file_.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
         const off_t end = lseek(file_.get(), 0, SEEK_CUR);
         if (end != static_cast<off_t>(count) || status.st_size <= static_cast<off_t>(in_memory)) return false;
-        check_size(static_cast<uint64_t>(status.st_size));
+        if (static_cast<uint64_t>(status.st_size) > SIZE_MAX) {
+            check_size(static_cast<uint64_t>(status.st_size));
+            return false;
+        }
         made_.size_ = static_cast<size_t>(status.st_size);
-        return map(file_.get());
+        const bool mapped = map(file_.get());
+        // Of envelopes there may be more.
+        if (mapped && recognise_framing(made_.data_, made_.size_).how == framing_form::kind::one)
+            check_size(made_.size_);
+        return mapped;
     }
 
     bool map(int file) {
@@ -251,30 +292,40 @@ private:
         }
     }
 
-    void undo_armour(size_t count) {
-        for (size_t i = 0; i < count; ++i) {
+    void undo_lines(size_t count) {
+        for (size_t i = 0; i < count && !hopeless_; ++i) {
             if (buffer_[i] == '\n')
-                armour_line(read_ + i - line_.size());
+                take_line(read_ + i - line_.size());
             else if (line_ += static_cast<char>(buffer_[i]); line_.size() > chunk)
-                refuse(read_ + i, "a line too long for armour");
+                refuse(read_ + i, "a line too long for " + std::string(made_.form_));
         }
     }
 
-    void armour_line(size_t at) {
+    // A line of armour or of a dump, which is at `at` in the file.
+    void take_line(size_t at) {
         std::string_view line = line_;
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        if (armour_.take(line)) undo(line, at);
-        if (!armour_.problem().empty()) refuse(at, armour_.problem());
-        if (made_.remark_.empty() && !armour_.remark().empty())
-            made_.remark_ = made_.label_ + ":" + std::to_string(at) + ": " + armour_.remark();
+        if (dump_) {
+            if (!dump_->take(line, appender())) refuse(at, dump_->problem());
+        } else {
+            if (armour_.take(line)) undo(line, at);
+            if (!armour_.problem().empty()) refuse(at, armour_.problem());
+            if (made_.remark_.empty() && !armour_.remark().empty())
+                made_.remark_ = made_.label_ + ":" + std::to_string(at) + ": " + armour_.remark();
+        }
         line_.clear();
     }
 
+    dump_lines::receiver appender() {
+        return [this](const unsigned char* octets, size_t count) {
+            if (!hopeless_) append(octets, count);
+        };
+    }
+
     void finish_text() {
-        if (armoured_) {
-            armour_line(read_ - line_.size());
-            if (!armour_.finish()) refuse(read_, armour_.problem());
-        }
+        if (armoured_ || dump_) take_line(read_ - line_.size());
+        if (dump_ && !dump_->finish(appender())) refuse(read_, dump_->problem());
+        if (armoured_ && !armour_.finish()) refuse(read_, armour_.problem());
         if (!decoder_.finish()) refuse(read_, decoder_.problem());
     }
 
@@ -305,12 +356,18 @@ private:
     bool hopeless_ = false;  // the octets are not what is wanted: no more of them are read
     bool armoured_ = false;
     armour armour_;
-    std::string line_;  // of the armour, as far as read
+    std::optional<dump_lines> dump_;  // what the input is
+    std::string line_;                // of the armour or dump, as far as read
     text_decoder decoder_{input_form::hex};
 };
 
 octets_input read_input(const std::string& file, input_form form, wanted_input wanted, unsigned version) {
     return input_builder(file, input_label(file), wanted, version).build(form);
+}
+
+void announce_wait(const std::string& file) {
+    if (file == "-" && isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0)
+        std::fputs("zrasn: waiting for input at the terminal (Ctrl-D ends it)\n", stderr);
 }
 
 std::string input_label(const std::string& file) { return file == "-" ? "standard input" : file_label(file); }

@@ -33,7 +33,7 @@ public:
     size_t size() const { return size_; }
     // As messages show it: the file's name, fit for a terminal, or "standard input".
     const std::string& label() const { return label_; }
-    // The form that was found or forced, as a word for messages: "raw", "hex", "base64" or "armour".
+    // The form that was found or forced, as a word for messages: "raw", "hex", "base64", "armour" or "dump".
     const char* form() const { return form_; }
     // Octets of the envelope header 04, version, AC, DC at the front (4), or 0 when there is none. Offsets in messages
     // count from data(), header included.
@@ -45,6 +45,11 @@ public:
     // "FILE:OFFSET: what" that a text had beside these octets, such as another armoured block; empty when it had
     // nothing.
     const std::string& remark() const { return remark_; }
+
+    // Octets that somebody else holds, and some of these, as inputs of their own: they must not outlive the octets. The
+    // part's `name` goes behind the label.
+    static octets_input view(const unsigned char* data, size_t size, std::string label);
+    octets_input part(size_t offset, size_t size, const std::string& name) const;
 
 private:
     friend class input_builder;
@@ -60,8 +65,9 @@ private:
     std::string remark_;
 };
 
-// What the octets are to be. Of what can be no record, or no JSON, as its front tells, only the front is read: whoever
-// wants it refuses it. More octets than a record's encoding can have are refused while they are read.
+// What the octets are to be: anything, a record or several, or JSON. Of what can be no record, or no JSON, as its front
+// tells, only the front is read: whoever wants it refuses it. More octets than a record's encoding can have are refused
+// while they are read.
 enum class wanted_input { anything, record, json };
 
 // read_input reads all of `file` ("-" is standard input). Throws input_error. A file that is shortened, or gets
@@ -69,6 +75,9 @@ enum class wanted_input { anything, record, json };
 // `version` is the one that a record's envelope header must have.
 octets_input read_input(const std::string& file, input_form form, wanted_input wanted,
                         unsigned version = envelope_version);
+
+// Says on standard error that standard input is waited for, where both are terminals.
+void announce_wait(const std::string& file);
 
 // The label of a file in messages: its name, fit for a terminal; "standard input" for "-".
 std::string input_label(const std::string& file);

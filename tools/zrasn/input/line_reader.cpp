@@ -18,6 +18,7 @@ line_reader::line_reader(const std::string& file, file_output& answers, size_t m
       file_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)),
       block_(65536) {
     if (file_ < 0) throw input_error{exit_io, label_ + ": " + std::strerror(errno)};
+    announce_wait(file);
 }
 
 line_reader::~line_reader() {

@@ -6,7 +6,7 @@
 namespace zr::tool {
 
 // The form of the input's octets: --from.
-enum class input_form { automatic, raw, hex, base64 };
+enum class input_form { automatic, raw, hex, base64, dump };
 
 // text_decoder takes hexadecimal digits (with spaces, line ends, colons, commas and 0x between octets) or base64 (RFC
 // 4648, 4 and 5), in as many pieces as one likes.

@@ -1,6 +1,7 @@
 // decode: envelopes to JSON.
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,25 +15,21 @@
 #include "json/base/record_holder.h"
 #include "json/ber/losses.h"
 #include "json/document/record_writer.h"
+#include "verbs/each_input.h"
 #include "verbs/explanation.h"
 #include "verbs/line_answers.h"
+#include "verbs/record_choice.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
 
 namespace {
 
-// What a record that was decoded has and its JSON has not.
-void print_loss(const std::string& label, const loss& lost) {
-    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
-                 lost.path.empty() ? "" : ": ", lost.what.c_str());
-}
-
 // Records that stand one on a line, each decoded on its own.
 class line_decoder {
 public:
-    explicit line_decoder(const decode_options& options)
-        : options_(options), type_(*options.record), out_(options.output), lines_(options.file, out_) {}
+    line_decoder(const decode_options& options, const std::string& file, file_output& out)
+        : options_(options), type_(*options.record), out_(out), lines_(file, out_) {}
 
     int run() {
         for (std::string_view line; lines_.next(line);) {
@@ -41,7 +38,6 @@ public:
             else if (octets_of(line))
                 decode();
         }
-        out_.close();
         return progress_.any_refused() || !all_given_ ? exit_refused : exit_good;
     }
 
@@ -81,7 +77,7 @@ private:
 
     const decode_options& options_;
     const record_type& type_;
-    file_output out_;
+    file_output& out_;
     line_reader lines_;
     line_progress progress_;
     std::vector<unsigned char> octets_;  // of the line, as many as `count_`
@@ -89,32 +85,67 @@ private:
     bool all_given_ = true;
 };
 
+// Envelopes in files, each decoded on its own.
+class file_decoder {
+public:
+    explicit file_decoder(const decode_options& options)
+        : options_(options), chooser_({options.version, options.color, options.secrets}) {}
+
+    int run() {
+        const int code = for_each_record(options_, [this](const octets_input& in) { return decode(in); });
+        if (out_) out_->close();
+        return code;
+    }
+
+private:
+    // What was read before is shown before what is said of this.
+    void flush() {
+        if (out_) out_->flush();
+    }
+
+    int decode(const octets_input& in) {
+        const record_type* type = options_.record;
+        if (type == nullptr) {
+            flush();
+            type = chooser_.choose(in);
+        }
+        if (type == nullptr) return exit_refused;
+        record_holder record(*type);
+        const int status = decode_octets(*type, in.data(), in.size(), record.get(), options_.version);
+        if (status != zr_ok) {
+            flush();
+            print_explanation(in, type, explain(in.data(), in.size(), *type, status, options_.version), options_.color,
+                              options_.secrets);
+            return exit_refused;
+        }
+        if (!out_) out_.emplace(options_.output);
+        write_json(*out_, *type, record.get(), options_.compact ? json_layout::one_line : json_layout::indented,
+                   options_.secrets);
+        out_->put('\n');
+        bool all_given = true;
+        find_losses(in.data(), in.size(), envelope_header_size(in.data(), in.size()), *type, record.get(),
+                    [&](const loss& lost) {
+                        flush();
+                        print_loss(in.label(), lost);
+                        all_given = false;
+                    });
+        return all_given ? exit_good : exit_refused;
+    }
+
+    const decode_options& options_;
+    record_chooser chooser_;
+    std::optional<file_output> out_;  // where the first record has been decoded
+};
+
 }  // namespace
 
 int run_decode(const decode_options& options) {
-    if (options.lines) return line_decoder(options).run();
-    const octets_input in = read_input(options.file, options.from, wanted_input::record, options.version);
-    const record_type& type = *options.record;
-    record_holder record(type);
-    const int status = decode_octets(type, in.data(), in.size(), record.get(), options.version);
-    if (status != zr_ok) {
-        print_explanation(in, &type, explain(in.data(), in.size(), type, status, options.version), options.color,
-                          options.secrets);
-        return exit_refused;
-    }
+    if (!options.lines) return file_decoder(options).run();
     file_output out(options.output);
-    write_json(out, type, record.get(), options.compact ? json_layout::one_line : json_layout::indented,
-               options.secrets);
-    out.put('\n');
+    const int code =
+        for_each_file(options.files, [&](const std::string& file) { return line_decoder(options, file, out).run(); });
     out.close();
-    bool all_given = in.remark().empty();
-    if (!all_given) std::fprintf(stderr, "%s\n", in.remark().c_str());
-    find_losses(in.data(), in.size(), envelope_header_size(in.data(), in.size()), type, record.get(),
-                [&](const loss& lost) {
-                    print_loss(in.label(), lost);
-                    all_given = false;
-                });
-    return all_given ? exit_good : exit_refused;
+    return code;
 }
 
 }  // namespace zr::tool

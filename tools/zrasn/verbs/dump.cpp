@@ -10,11 +10,16 @@
 #include "base/file_output.h"
 #include "base/library.h"
 #include "input/input.h"
+#include "json/base/envelope.h"
+#include "json/base/text_output.h"
 #include "json/ber/asn1_types.h"
 #include "json/ber/element_words.h"
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
 #include "json/ber/value.h"
+#include "json/describe/tree.h"
+#include "verbs/each_input.h"
+#include "verbs/explanation.h"
 #include "verbs/verbs.h"
 
 namespace zr::tool {
@@ -31,8 +36,15 @@ constexpr size_t look_behind = size_t{4} << 20;
 
 class tree_writer {
 public:
-    tree_writer(const octets_input& in, const record_type* record, bool in_color, secret_values secrets)
-        : in_(in), guide_(record), record_(record), out_(""), in_color_(in_color), guard_(record, secrets) {
+    tree_writer(const octets_input& in, const dump_options& options)
+        : in_(in),
+          begin_(static_cast<size_t>(std::min<uint64_t>(options.offset, in.size()))),
+          most_levels_(options.depth),
+          guide_(options.record),
+          record_(options.record),
+          out_(""),
+          in_color_(use_color(options.color, STDOUT_FILENO)),
+          guard_(options.record, options.secrets) {
         for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
             ++offset_width_;
     }
@@ -40,8 +52,9 @@ public:
     int run() {
         blanks(offset_width_ - 8);
         out_.write("  offset  hdr     length  class    tag  form\n");
-        const size_t header = in_.header_size();
-        if (header != 0) envelope(header);
+        const bool enveloped = has_header(in_.data() + begin_, in_.size() - begin_);
+        if (enveloped) envelope();
+        const size_t header = begin_ + (enveloped ? envelope_header_octets : 0);
         ber_scanner scanner(in_.data() + header, in_.size() - header);
         size_t given_back = 0;
         for (ber_item item; scanner.next(item);) {
@@ -54,7 +67,7 @@ public:
             in_.forget(item.offset);
         }
         close(0);
-        if (in_.size() == header) damage(0, in_.size(), "no element");
+        if (in_.size() == header) damage(0, header, "no element");
         out_.close();
         if (problems_ == 0) return exit_good;
         std::fprintf(stderr, "%s: %zu problem%s, %llu octet%s not read\n", in_.label().c_str(), problems_,
@@ -63,11 +76,11 @@ public:
     }
 
 private:
-    void envelope(size_t size) {
-        columns(0, size);
+    void envelope() {
+        columns(begin_, envelope_header_octets);
         blanks(32);
         out_.write("envelope, version ");
-        write_number(out_, in_.version());
+        write_number(out_, in_.data()[begin_ + envelope_version_at]);
         out_.put('\n');
     }
 
@@ -77,6 +90,7 @@ private:
             case ber_kind::element:
                 return element(item);
             case ber_kind::end_of_contents:
+                if (item.depth >= most_levels_) return;
                 start(item);
                 out_.write("end-of-contents\n");
                 return;
@@ -93,6 +107,15 @@ private:
     void element(const ber_item& item) {
         const record_place place = guide_.visit(item);
         const unsigned char* const contents = in_.data() + item.offset + item.header;
+        const bool hides = guard_.hides(item, place);
+        if (item.depth < most_levels_) element_line(item, place, contents, hides);
+        if (const std::string misfit = misfit_words(item, place); !misfit.empty())
+            damage(item.depth + 1, item.offset, misfit);
+        if (const std::string wrong = damage_words(item, contents); !wrong.empty())
+            damage(item.depth + 1, item.offset, wrong);
+    }
+
+    void element_line(const ber_item& item, const record_place& place, const unsigned char* contents, bool hides) {
         start(item);
         label(place);
         out_.write(type_words(item, place));
@@ -101,17 +124,13 @@ private:
             out_.write(place.record->name);
             out_.put(')');
         }
-        if (guard_.hides(item, place)) {
+        if (hides) {
             if (!item.opens()) out_.write(" ***");
         } else if (!item.opens() && item.length != 0) {
             out_.put(' ');
             write_element_value(out_, item, place, contents);
         }
         out_.put('\n');
-        if (const std::string misfit = misfit_words(item, place); !misfit.empty())
-            damage(item.depth + 1, item.offset, misfit);
-        if (const std::string wrong = damage_words(item, contents); !wrong.empty())
-            damage(item.depth + 1, item.offset, wrong);
     }
 
     void columns(size_t offset, size_t header) {
@@ -238,6 +257,8 @@ private:
     }
 
     const octets_input& in_;
+    const size_t begin_;        // the octet from which on the input is looked at
+    const size_t most_levels_;  // that are shown
     record_guide guide_;
     const record_type* record_;
     file_output out_;
@@ -249,14 +270,37 @@ private:
     uint64_t unread_ = 0;
 };
 
+// The same as JSON, at most 100 times as long as the input; what is left out is counted there.
+int dump_json(const octets_input& in, const dump_options& options) {
+    text_output tree;
+    const auto begin = static_cast<size_t>(std::min<uint64_t>(options.offset, in.size()));
+    const size_t size = in.size() - begin;
+    write_tree(tree, in.data() + begin, size,
+               {options.record, options.secrets, options.depth, size < SIZE_MAX / 100 - 4096 ? 100 * size : SIZE_MAX});
+    file_output out("");
+    out.write(tree.text());
+    out.put('\n');
+    out.close();
+    constexpr std::string_view no_problem = "\"problems\":0}";
+    const std::string_view end = tree.text().substr(tree.size() - std::min(tree.size(), no_problem.size()));
+    return end == no_problem ? exit_good : exit_refused;
+}
+
 }  // namespace
 
 int run_dump(const dump_options& options) {
-    const octets_input in = read_input(options.file, options.from, wanted_input::anything);
-    const int code = tree_writer(in, options.record, use_color(options.color, STDOUT_FILENO), options.secrets).run();
-    if (in.remark().empty()) return code;
-    std::fprintf(stderr, "%s\n", in.remark().c_str());
-    return exit_refused;
+    return for_each_file(options.files, [&](const std::string& file) {
+        const octets_input in = read_input(file, options.from, wanted_input::anything);
+        if (options.files.size() > 1 && !options.json) std::printf("%s:\n", in.label().c_str());
+        std::fflush(stdout);
+        const int code = options.json ? dump_json(in, options) : tree_writer(in, options).run();
+        if (code != exit_good)
+            if (const std::string hint = input_hint(in, options.record); !hint.empty())
+                std::fprintf(stderr, "hint: %s\n", hint.c_str());
+        if (in.remark().empty()) return code;
+        std::fprintf(stderr, "%s\n", in.remark().c_str());
+        return static_cast<int>(exit_refused);
+    });
 }
 
 }  // namespace zr::tool

@@ -1,5 +1,6 @@
 // encode: JSON to envelopes.
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "asn1/status.h"
@@ -12,7 +13,9 @@
 #include "json/base/envelope.h"
 #include "json/base/record_holder.h"
 #include "json/document/record_reader.h"
+#include "verbs/each_input.h"
 #include "verbs/line_answers.h"
+#include "verbs/octets_output.h"
 #include "verbs/source_line.h"
 #include "verbs/verbs.h"
 #include "zrasn/guard.h"
@@ -62,9 +65,8 @@ int refuse(const octets_input& in, const encode_options& options, const encoded_
     return exit_refused;
 }
 
-int encode_lines(const encode_options& options) {
-    file_output out(options.output);
-    line_reader lines(options.file, out);
+int encode_lines(const encode_options& options, const std::string& file, file_output& out) {
+    line_reader lines(file, out);
     line_progress progress;
     for (std::string_view line; lines.next(line);) {
         const auto where = [&] { return "line " + std::to_string(lines.number()); };
@@ -89,28 +91,28 @@ int encode_lines(const encode_options& options) {
             progress.refused();
         }
     }
-    out.close();
     return progress.any_refused() ? exit_refused : exit_good;
+}
+
+int encode_document(const encode_options& options, const std::string& file, std::optional<file_output>& out) {
+    const octets_input in = read_input(file, input_form::raw, wanted_input::json);
+    const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
+    if (!result.good) return refuse(in, options, result);
+    if (!out) out.emplace(options.output);
+    write_octets(*out, result.octets, options.hex, options.base64);
+    return exit_good;
 }
 
 }  // namespace
 
 int run_encode(const encode_options& options) {
-    if (options.lines) return encode_lines(options);
-    const octets_input in = read_input(options.file, input_form::raw, wanted_input::json);
-    const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
-    if (!result.good) return refuse(in, options, result);
-    file_output out(options.output);
-    if (options.base64) {
-        write_base64(out, result.octets.data(), result.octets.size());
-    } else if (options.hex || out.is_terminal()) {
-        out.write_hex(result.octets.data(), result.octets.size());
-        out.put('\n');
-    } else {
-        out.write(result.octets.data(), result.octets.size());
-    }
-    out.close();
-    return exit_good;
+    std::optional<file_output> out;
+    if (options.lines) out.emplace(options.output);
+    const int code = for_each_file(options.files, [&](const std::string& file) {
+        return options.lines ? encode_lines(options, file, *out) : encode_document(options, file, out);
+    });
+    if (out) out->close();
+    return code;
 }
 
 }  // namespace zr::tool

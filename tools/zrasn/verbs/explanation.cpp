@@ -60,8 +60,9 @@ std::string other_records(const unsigned char* data, size_t size, const record_t
     return names;
 }
 
-// What the input looks like instead, or nothing.
-std::string hint(const octets_input& in, const record_type* type) {
+}  // namespace
+
+std::string input_hint(const octets_input& in, const record_type* type) {
     const std::string_view text(reinterpret_cast<const char*>(in.data()), std::min<size_t>(in.size(), 4096));
     const size_t first = text.find_first_not_of(" \t\r\n");
     if (in.size() == 0) return "the input is empty";
@@ -70,7 +71,14 @@ std::string hint(const octets_input& in, const record_type* type) {
                "\" turns it into octets";
     if (std::string_view(in.form()) == "raw" && text.find_first_not_of("0123456789abcdefABCDEFx:, \t\r\n") == text.npos)
         return "this looks like hexadecimal digits: try --from hex";
-    if (type == nullptr) return {};
+    return {};
+}
+
+namespace {
+
+// What the input looks like instead, another record's octets among it; or nothing.
+std::string hint(const octets_input& in, const record_type* type) {
+    if (std::string other = input_hint(in, type); !other.empty() || type == nullptr) return other;
     const size_t header_size = envelope_header_size(in.data(), in.size());
     const std::string others = other_records(in.data() + header_size, in.size() - header_size, *type);
     return others.empty() ? others : "the octets have the shape of " + others;
@@ -90,6 +98,11 @@ void print_explanation(const octets_input& in, const record_type* type, const ex
     if (in.size() != 0 && shown) show_octets(in, refused.offset, in_color);
     const std::string meant = hint(in, type);
     if (!meant.empty()) std::fprintf(stderr, "hint: %s\n", meant.c_str());
+}
+
+void print_loss(const std::string& label, const loss& lost) {
+    std::fprintf(stderr, "%s:%zu: %s%s%s\n", label.c_str(), lost.offset, lost.path.c_str(),
+                 lost.path.empty() ? "" : ": ", lost.what.c_str());
 }
 
 }  // namespace zr::tool

@@ -1,6 +1,7 @@
 #include "verbs/line_answers.h"
 #include "asn1/status_text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -27,6 +28,14 @@ void write_line_refusal(output& out, const line_refusal& refusal) {
     out.write(",\"message\":");
     write_json_string(out, refusal.message);
     out.write("}}\n");
+}
+
+const record_type* take_record(std::string_view& line) {
+    const size_t first = std::min(line.find_first_not_of(" \t"), line.size());
+    const size_t end = std::min(line.find_first_of(" \t", first), line.size());
+    const record_type* const named = find_record(line.substr(first, end - first));
+    if (named != nullptr) line.remove_prefix(end);
+    return named;
 }
 
 line_progress::line_progress()

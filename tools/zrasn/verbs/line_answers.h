@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "asn1/record/registry.h"
 #include "base/library.h"
 #include "json/base/output.h"
 
@@ -21,6 +22,9 @@ struct line_refusal {
     std::string_view message;
 };
 void write_line_refusal(output& out, const line_refusal& refusal);
+
+// take_record takes the name of a record from the front of a line; null, and the line as it was, when none is there.
+const record_type* take_record(std::string_view& line);
 
 // line_progress counts, and after two seconds shows the count on standard error, when that is a terminal.
 class line_progress {

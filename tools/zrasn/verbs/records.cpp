@@ -48,7 +48,6 @@ void write_record(output& out, const record_type& type) {
 
 int run_records(const records_options& options) {
     file_output out("");
-    const char* separator = "";
     if (options.example) {
         write_sample(out, *options.record, 0, true, json_layout::indented);
     } else if (options.json) {
@@ -57,9 +56,8 @@ int run_records(const records_options& options) {
         write_record(out, *options.record);
     } else {
         for (const record_type* type : known_records()) {
-            out.write(separator);
-            separator = "\n";
-            write_record(out, *type);
+            write_padded(out, type->name, 32);
+            out.write(std::string(type->module) + "\n");
         }
     }
     if (options.example || options.json) out.put('\n');

@@ -17,7 +17,9 @@
 #include "json/base/record_holder.h"
 #include "json/ber/deviations.h"
 #include "json/document/record_reader.h"
+#include "verbs/each_input.h"
 #include "verbs/line_answers.h"
+#include "verbs/record_choice.h"
 #include "verbs/verbs.h"
 #include "zrasn/guard.h"
 
@@ -200,17 +202,8 @@ private:
     std::map<const record_type*, tally> tallies_;
 };
 
-// A line may begin with the name of its record.
-const record_type* take_record(std::string_view& line) {
-    const size_t first = std::min(line.find_first_not_of(" \t"), line.size());
-    const size_t end = std::min(line.find_first_of(" \t", first), line.size());
-    const record_type* const named = find_record(line.substr(first, end - first));
-    if (named != nullptr) line.remove_prefix(end);
-    return named;
-}
-
-void compare_lines(const roundtrip_options& options, comparison& all, file_output& out) {
-    line_reader lines(options.file, out);
+int compare_lines(const roundtrip_options& options, const std::string& file, comparison& all, file_output& out) {
+    line_reader lines(file, out);
     line_progress progress;
     std::vector<unsigned char> octets;
     for (std::string_view line; lines.next(line); progress.accepted()) {
@@ -234,6 +227,7 @@ void compare_lines(const roundtrip_options& options, comparison& all, file_outpu
                 all.octets(*type, octets.data(), count);
         }
     }
+    return exit_good;
 }
 
 }  // namespace
@@ -241,21 +235,23 @@ void compare_lines(const roundtrip_options& options, comparison& all, file_outpu
 int run_roundtrip(const roundtrip_options& options) {
     file_output out("");
     comparison all(options);
-    bool all_read = true;
-    if (options.lines) {
-        compare_lines(options, all, out);
-    } else {
-        const octets_input in = read_input(options.file, options.from, wanted_input::record, options.version);
-        all.octets(*options.record, in.data(), in.size());
-        all_read = in.remark().empty();
-        if (!all_read) std::fprintf(stderr, "%s\n", in.remark().c_str());
-    }
+    record_chooser chooser({options.version, color_mode::never, secret_values::hidden});
+    const auto compare = [&](const octets_input& in) -> int {
+        const record_type* const type = options.record != nullptr ? options.record : chooser.choose(in);
+        if (type == nullptr) return exit_refused;
+        all.octets(*type, in.data(), in.size());
+        return exit_good;
+    };
+    const int code =
+        options.lines ? for_each_file(options.files,
+                                      [&](const std::string& file) { return compare_lines(options, file, all, out); })
+                      : for_each_record(options, compare);
     if (options.json)
         all.print_json(out);
     else
         all.print(out);
     out.close();
-    return all_read && all.all_the_same() ? exit_good : exit_refused;
+    return code == exit_good && !all.all_the_same() ? exit_refused : code;
 }
 
 }  // namespace zr::tool
