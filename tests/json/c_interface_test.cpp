@@ -79,7 +79,7 @@ TEST(c_interface, takes_samples_of_every_record_there_and_back) {
         ASSERT_EQ(zrasn_record_find(name.substr(0, name.rfind("_s_t")).c_str()), record);
         for (uint64_t seed = 0; seed != 12; ++seed) {
             const std::string text = sample(record, seed / 2, seed % 2);
-            SCOPED_TRACE(name + " " + text);
+            SCOPED_TRACE(testing::Message() << name << " " << text);
             const answer octets = from_json(record, text);
             ASSERT_EQ(octets.status, 0) << octets.report.path << ": " << octets.report.message;
             const answer back = call(zrasn_to_json, record, octets.made + "more", shown);
