@@ -16,7 +16,7 @@ class Records:
     def __init__(self, program):
         self.program = program
         self.all = json.loads(self.run("records", "--json"))
-        self.words = dict(self.split(self.run("records")))
+        self.words = dict(self.words_of(record["name"]) for record in self.all)
         schema = self.run("schema")
         self.types = {found[1]: found[0] for found in re.finditer(r"^(\S+) ::= (?:[^{\n]*$|.*?^\})", schema, re.M | re.S)}
         self.headers = {}
@@ -24,12 +24,10 @@ class Records:
     def run(self, *arguments, text=None):
         return subprocess.run([self.program, *arguments], input=text, capture_output=True, text=True, check=True).stdout
 
-    @staticmethod
-    def split(listing):
+    def words_of(self, name):
         """What `records` prints: the words for each member."""
-        for block in listing.strip().split("\n\n"):
-            head, *members = block.split("\n")
-            yield head.split()[0], {each.split()[0]: re.split(r"\s{2,}", each.strip(), maxsplit=2)[1] for each in members}
+        head, *members = self.run("records", name).rstrip().split("\n")
+        return name, {each.split()[0]: re.split(r"\s{2,}", each.strip(), maxsplit=2)[1] for each in members}
 
     def structure(self, record):
         """The header of the record's structure, the first sentence of the comment above it, and its text."""
