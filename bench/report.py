@@ -345,7 +345,7 @@ the same fields (`bench/values/plain_records.h`):
 
 {type_codes_table(native)}
 Conversions between code sets, of texts in which every tenth character is é, into a new buffer. The local code set is
-ISO 8859-1; its conversions open the C library's converter for each text that is not ASCII.
+ISO 8859-1, which libzrz converts without the C library's converter.
 
 {conversions_table(native)}
 The same by iconv of the C library, with a descriptor that stays open. Both write into a block that is there already;
