@@ -13,6 +13,7 @@
 #include "from_python.h"
 #include "json/base/record_holder.h"
 #include "json/base/suggest.h"
+#include "json/c/call.h"
 #include "plans.h"
 #include "to_python.h"
 #include "zrasn/guard.h"
@@ -72,16 +73,10 @@ const zrasn_record* as_c(const record_plan* plan) {
     return plan != nullptr ? reinterpret_cast<const zrasn_record*>(plan->type) : nullptr;
 }
 
-size_t or_none(size_t limit) { return limit != 0 ? limit : SIZE_MAX; }
-
-decode_options decoding(const zrasn_options& given) {
-    decode_options options;
-    options.strict = given.strict != 0;
-    if (given.version != 0) options.version = given.version & 0xFF;
-    options.limits.octets = std::min<size_t>(or_none(given.most_octets), UINT32_MAX);
-    options.limits.heap = or_none(given.most_heap);
-    options.limits.elements = or_none(given.most_elements);
-    options.limits.depth = or_none(given.most_depth);
+// The options that a call names, of those that decode and its like have.
+zrasn_options options_of(const arguments& given) {
+    zrasn_options options = ZRASN_OPTIONS_INIT;
+    given.by_name([&](PyObject* name, PyObject* value) { return take_option(name, value, options); });
     return options;
 }
 
@@ -115,8 +110,8 @@ reference decode_octets(const module_state& state, const record_plan& plan, cons
     int status = 0;
     {
         const without_lock others(octets.size());
-        status =
-            plan.type->decode_packed(octets.data(), octets.size(), structure.get(), blocks, decoding(options), report);
+        status = plan.type->decode_packed(octets.data(), octets.size(), structure.get(), blocks,
+                                          zr::json::decoding_of(options), report);
     }
     if (status != 0) return decode_reported(state, plan, octets, options);
     return to_python(plan, structure.get(), secrets_of(state, options));
@@ -127,8 +122,7 @@ PyObject* decode(PyObject* module, PyObject* const* values, Py_ssize_t count, Py
         const module_state& state = *state_of(module);
         const arguments given("decode", values, count, names);
         given.expect(2, 2);
-        zrasn_options options = ZRASN_OPTIONS_INIT;
-        given.by_name([&](PyObject* name, PyObject* value) { return take_option(name, value, options); });
+        const zrasn_options options = options_of(given);
         const record_plan& plan = plan_of(state, given.at(0));
         return decode_octets(state, plan, octets_argument(given.at(1)), options).release();
     });
@@ -277,8 +271,7 @@ PyObject* identify(PyObject* module, PyObject* const* values, Py_ssize_t count, 
         const module_state& state = *state_of(module);
         const arguments given("identify", values, count, names);
         given.expect(1, 1);
-        zrasn_options options = ZRASN_OPTIONS_INIT;
-        given.by_name([&](PyObject* name, PyObject* value) { return take_option(name, value, options); });
+        const zrasn_options options = options_of(given);
         const octets_argument octets(given.at(0));
         return made_text(
             state, answer::value, true, octets.size(), [&](char** text, size_t* length, zrasn_report* report) {
@@ -295,8 +288,7 @@ PyObject* look(PyObject* module, PyObject* const* values, Py_ssize_t count, PyOb
         const module_state& state = *state_of(module);
         const arguments given("a look at octets", values, count, names);
         given.expect(least, 2);
-        zrasn_options options = ZRASN_OPTIONS_INIT;
-        given.by_name([&](PyObject* name, PyObject* value) { return take_option(name, value, options); });
+        const zrasn_options options = options_of(given);
         const record_plan* plan = optional_plan(state, given, record_at);
         const octets_argument octets(given.at(1 - record_at));
         return made_text(state, form, true, octets.size(), [&](char** text, size_t* length, zrasn_report* report) {

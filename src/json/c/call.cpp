@@ -72,14 +72,14 @@ call::call(const zrasn_options* options, zrasn_report* report) : report_(report 
     if (options != nullptr && !take_options(*options, asked_)) refused_ = true;
 }
 
-decode_options call::decoding() const {
+decode_options decoding_of(const zrasn_options& asked) {
     decode_options options;
-    options.strict = asked_.strict != 0;
-    if (asked_.version != 0) options.version = asked_.version & 0xFF;
-    options.limits.octets = std::min<size_t>(or_none(asked_.most_octets), UINT32_MAX);
-    options.limits.heap = or_none(asked_.most_heap);
-    options.limits.elements = or_none(asked_.most_elements);
-    options.limits.depth = or_none(asked_.most_depth);
+    options.strict = asked.strict != 0;
+    if (asked.version != 0) options.version = asked.version & 0xFF;
+    options.limits.octets = std::min<size_t>(or_none(asked.most_octets), UINT32_MAX);
+    options.limits.heap = or_none(asked.most_heap);
+    options.limits.elements = or_none(asked.most_elements);
+    options.limits.depth = or_none(asked.most_depth);
     return options;
 }
 

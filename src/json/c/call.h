@@ -38,13 +38,15 @@ bool clear_text(T** text, size_t* length) {
     return clear(text) && length != nullptr;
 }
 
+// Options in the library's words. Where a limit is 0 there is none.
+decode_options decoding_of(const zrasn_options& asked);
+
 // call is one call: what it was asked for, and the report that it fills.
 class call {
 public:
     call(const zrasn_options* options, zrasn_report* report);
 
-    // The options in the library's words. Where a limit is 0 there is none.
-    decode_options decoding() const;
+    decode_options decoding() const { return decoding_of(asked_); }
     secret_values secrets() const { return asked_.show_secrets != 0 ? secret_values::shown : secret_values::hidden; }
     unsigned version() const { return static_cast<unsigned>(decoding().version) & 0xFF; }
     bool is_bare() const { return asked_.bare != 0; }

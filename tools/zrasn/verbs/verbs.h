@@ -84,8 +84,8 @@ struct check_options {
     input_form from = input_form::automatic;
     framing_form framing;
     bool lines = false;  // one record a line: hex or JSON, its name before it or not
-    bool quiet =
-        false;  // of what fits nothing is said, and no place of a deviation; counts only where there are several
+    // Nothing is said of what fits, nor where it deviates; counts only where there are several.
+    bool quiet = false;
     unsigned version = 2;
     color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;

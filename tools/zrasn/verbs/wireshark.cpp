@@ -3,31 +3,13 @@
 #include <string>
 
 #include "base/file_output.h"
+#include "json/ber/asn1_types.h"
 #include "verbs/verbs.h"
 #include "verbs/wireshark_dissector.h"
 
 namespace zr::tool {
 
 namespace {
-
-const char* kind_name(const field& field) {
-    switch (field.value) {
-        case value_kind::integer:
-            return "integer";
-        case value_kind::version:
-            return "version";
-        case value_kind::text:
-            return "text";
-        case value_kind::stored_text:
-            return "stored_text";
-        case value_kind::octets:
-        case value_kind::fixed_octets:
-            return "octets";
-        case value_kind::record:
-            break;
-    }
-    return "record";
-}
 
 const char* held_name(holding held) {
     switch (held) {
@@ -46,8 +28,10 @@ const char* held_name(holding held) {
 
 // One member as a table of Lua. Names are those of C, which need no quoting.
 std::string member_table(const field& field) {
-    std::string text = std::string("{ name = \"") + field.name + "\", kind = \"" + kind_name(field) + "\", held = \"" +
-                       held_name(field.held) + "\"";
+    std::string text = std::string("{ name = \"") + field.name + "\", kind = \"" + words_of(field.value).word +
+                       "\", held = \"" + held_name(field.held) + "\"";
+    // The octet that its values begin with, in the primitive form where they have one (X.690, 8.1.2).
+    text += ", identifier = " + std::to_string(tag_of(field.value) | (field.record != nullptr ? 0x20 : 0));
     if (field.record != nullptr) text += std::string(", record = \"") + field.record->name + "\"";
     if (field.value == value_kind::integer && field.integer.is_signed) text += ", signed = true";
     if (field.value == value_kind::fixed_octets) text += ", size = " + std::to_string(field.size);

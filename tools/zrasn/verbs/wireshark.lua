@@ -31,7 +31,7 @@ for _, name in ipairs(order) do
             field = ProtoField.string(abbreviation, member.name)
         elseif member.kind == "integer" then
             field = (member.signed and ProtoField.int32 or ProtoField.uint32)(abbreviation, member.name)
-        elseif member.kind == "octets" then
+        elseif member.kind:find("octets$") then
             field = ProtoField.bytes(abbreviation, member.name)
         else
             field = ProtoField.none(abbreviation, member.name)
@@ -42,7 +42,6 @@ for _, name in ipairs(order) do
 end
 
 local names = { [0x02] = "INTEGER", [0x04] = "OCTET STRING", [0x05] = "NULL", [0x0C] = "UTF8String", [0x30] = "SEQUENCE" }
-local tag_of = { integer = 0x02, version = 0x02, text = 0x0C, stored_text = 0x04, octets = 0x04, record = 0x30 }
 
 local function described(identifier)
     if identifier == nil then return "the end" end
@@ -200,7 +199,7 @@ end
 -- A value that is no record: returns where it ends, or nil.
 function walk:value(parent, member, at, stop)
     local s = self.s
-    local wanted = tag_of[member.kind]
+    local wanted = member.identifier
     local identifier, contents, behind, shortest = header(s, at, stop)
     local is_string = wanted ~= 0x02
     if identifier ~= wanted and not (is_string and identifier == wanted + 0x20) then
@@ -213,7 +212,7 @@ function walk:value(parent, member, at, stop)
         item = self:add(parent, member, at, after, "***")
     elseif member.kind == "integer" then
         item = self:add(parent, member, at, after, number(octets, member.signed))
-    elseif member.kind == "octets" and not member.secret then
+    elseif member.kind:find("octets$") and not member.secret then
         item = self:add(parent, member, at, after)
         if item ~= nil then item:set_text(member.name .. ": " .. hex(octets)) end
     elseif member.kind ~= "version" then
@@ -302,7 +301,7 @@ function walk:record(parent, name, at, stop, depth)
     if contents == nil then return nil end
     at = contents
     for _, member in ipairs(records[name]) do
-        local wanted = tag_of[member.kind]
+        local wanted = member.identifier
         local there = at < scope.stop and self.s:byte(at) or nil
         if member.held == "list" or member.held == "slots" then
             at = self:list(parent, member, at, scope.stop, depth)
