@@ -46,7 +46,7 @@ packages_asan := clang libclang-rt-14-dev libcli11-dev $(tests_need)
 # What the tests run, beside the compilers; the leak check finds what it is to pass over by llvm-symbolizer.
 packages_test := $(foreach build,$(tested),$(packages_$(build))) llvm llvm-14-linker-tools openssl python3 \
     python3-jsonschema jq asn1c erlang-base erlang-asn1 \
-    zsh fish man-db tshark
+    zsh fish man-db tshark xxd bsdextrautils
 packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-dev rapidjson-dev
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales

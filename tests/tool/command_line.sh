@@ -203,7 +203,7 @@ shown() {
 while read -r string; do
     printf "$(echo "$string" | sed 's/../\\x&/g')" > octets
     for form in xxd 'xxd -u -g1 -c32' hexdump 'hexdump -C' 'hexdump -v' 'od -Ax -tx1' od 'od -b' 'od -Ax -tx1z -w8' 'od -tx4'; do
-        command -v ${form%% *} > missing && [[ -x $(tail -1 missing) || $form = xxd* ]] && shown octets $form
+        shown octets $form
     done
 done < strings
 # as_octets WANTED: the dump in `in` is of these octets.
