@@ -1,4 +1,4 @@
-// What a call may take, whatever it is given: 64 KiB of stack, and heap in proportion to its octets.
+// What a call may take, whatever it is given: 64 KiB of stack, and heap and time in proportion to its octets.
 #pragma once
 
 #include <sys/mman.h>
@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "accesses.h"
 #include "require.h"
 #include "support/allocations.h"
 
@@ -57,14 +58,21 @@ private:
     void* of_ = nullptr;
 };
 
-// What a call answers that takes at most 64 KiB of stack, and of heap `most` octets that it asks for.
+// What a call took: of heap the octets it asked for, and the accesses to memory, in a build that counts them.
+struct taken {
+    size_t heap;
+    uint64_t accesses;
+};
+
+// What a call answers on 64 KiB of stack.
 template <class Call>
-int bounded(allocations& watched, size_t most, const Call& call) {
+int measured(allocations& watched, taken& took, const Call& call) {
     int status = 0;
-    const size_t before = watched.restart_peak();
     auto run = [&] { status = call(); };
+    const size_t heap_before = watched.restart_peak();
+    const uint64_t accesses_before = accesses;
     small_stack::run(run);
-    require(watched.peak() - before <= most, "more heap than the octets allow");
+    took = {watched.peak() - heap_before, accesses - accesses_before};
     return status;
 }
 

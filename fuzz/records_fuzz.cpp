@@ -25,25 +25,41 @@ allocations& watched() {
     return watching;
 }
 
-// What any call may take besides what is in proportion to its octets. The promise is 64 KiB, which inputs of this size
-// would hardly reach.
+// What any call may take of heap besides what is in proportion to its octets. The promise is 64 KiB, which inputs of
+// this size would hardly reach.
 constexpr size_t fixed_part = 0x2000;
+
+// Accesses to memory stand for time. The dearest inputs found make some 400 for an octet; a cost that grows faster than
+// the octets do passes 600 long before 400 octets.
+void require_linear(const taken& took, size_t octets) {
+    require(took.accesses <= 600 * octets + 20000, "more accesses to memory than the octets allow");
+}
+
+template <class Call>
+int decode_bounded(size_t octets, const Call& call) {
+    taken took{};
+    const int status = measured(watched(), took, call);
+    require(took.heap <= 32 * octets + fixed_part, "more heap than the octets allow");
+    require_linear(took, octets);
+    return status;
+}
 
 // The object tree keeps no bounds.
 bool keeps_bounds(const route& way) { return &way == &entry_points || &way == &local_entry_points; }
 
 int decode_by(const route& way, const zr::record_type& type, zr_asn_buffer_t in, void* out) {
     if (!keeps_bounds(way)) return way.decode(type, in, out);
-    return bounded(watched(), 32 * size_t{in.length} + fixed_part, [&] { return way.decode(type, in, out); });
+    return decode_bounded(in.length, [&] { return way.decode(type, in, out); });
 }
 
 // A record has at most one open level for two octets of its encoding.
 int encode_by(const route& way, const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
     if (!keeps_bounds(way)) return way.encode(type, out, in);
-    const size_t before = watched().restart_peak();
-    const int status = bounded(watched(), SIZE_MAX, [&] { return way.encode(type, out, in); });
+    taken took{};
+    const int status = measured(watched(), took, [&] { return way.encode(type, out, in); });
     const size_t most = (&way == &entry_points ? 2 : 4) * size_t{out.length} + 48 * size_t{out.length} / 2 + fixed_part;
-    require(watched().peak() - before <= most, "more heap than the encoding allows");
+    require(took.heap <= most, "more heap than the encoding allows");
+    require_linear(took, out.length);
     return status;
 }
 
@@ -96,8 +112,8 @@ void check_alike(const zr::record_type& type, const route& way, const route& by_
 
 void check_decode_call(const zr::record_type& type, zr_asn_buffer_t in, target& direct, zr_asn_buffer_t written) {
     const auto call = [&](structure& out, const zr::decode_options& options, zr::decode_report& report) {
-        const int status = bounded(watched(), 32 * size_t{in.length} + fixed_part,
-                                   [&] { return type.decode(in.data, in.length, out.get(), options, report); });
+        const int status =
+            decode_bounded(in.length, [&] { return type.decode(in.data, in.length, out.get(), options, report); });
         require(status == report.status, "two statuses");
         require((report.status == 0) == (report.consumed != 0), "consumed without success, or the reverse");
         return report.status;
@@ -106,9 +122,8 @@ void check_decode_call(const zr::record_type& type, zr_asn_buffer_t in, target& 
     {
         structure packed(type);
         zr::packed_blocks blocks;
-        const int status = bounded(watched(), 32 * size_t{in.length} + fixed_part, [&] {
-            return type.decode_packed(in.data, in.length, packed.get(), blocks, {}, report);
-        });
+        const int status = decode_bounded(
+            in.length, [&] { return type.decode_packed(in.data, in.length, packed.get(), blocks, {}, report); });
         require(status == direct.status, "packed has another status");
         require(difference(type, packed.get(), direct.out().get()).empty(), "packed holds something else");
         std::memset(packed.get(), 0, type.size);
