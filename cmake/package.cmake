@@ -10,12 +10,8 @@ get_property(targets GLOBAL PROPERTY zrasn_exported)
 set(zrasn_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zrasn)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/zrasn-config.cmake.in
     ${PROJECT_BINARY_DIR}/zrasn-config.cmake INSTALL_DESTINATION ${zrasn_package_dir})
-# While the first number is 0 a program is built for one second number, from 1 on for all that follow.
-set(compatibility SameMajorVersion)
-if(PROJECT_VERSION_MAJOR EQUAL 0)
-    set(compatibility SameMinorVersion)
-endif()
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/zrasn-config-version.cmake COMPATIBILITY ${compatibility})
+# docs/abi.md: a program that builds with a version builds with all later ones of the same first number.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zrasn-config-version.cmake COMPATIBILITY SameMajorVersion)
 export(TARGETS ${targets} NAMESPACE zrasn:: FILE ${PROJECT_BINARY_DIR}/zrasn-targets.cmake)
 
 if(NOT ZRASN_INSTALL)

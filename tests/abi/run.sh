@@ -12,7 +12,7 @@ for size in 64 32; do
     build=$1
     [ $size = 64 ] || build=$2
     for library in zrasn zrz zrasn_json; do
-        file=$(find "$build/src" -name "lib$library.so.*.*")
+        file=$(readlink -f "$(find "$build/src" -name "lib$library.so")")
         kept=$here/lib$library-$size.abi
         abidw --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names --drop-undefined-syms \
             --type-id-style hash "$file" >"$work/now.abi"

@@ -67,7 +67,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 
 # The command line.
 check 2 '' 'Usage'
-check 0 'zrasn 0.' '' --version
+check 0 'zrasn 1.' '' --version
 check 0 'Usage' '' --help
 for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark; do
     check 0 'Example:' '' $verb --help
