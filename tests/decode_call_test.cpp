@@ -316,6 +316,7 @@ TEST(framing, what_begins_no_envelope) {
         size_t count;
     } rows[] = {
         {"no header", "00", zr::framing::never, 0},
+        {"a header that ends in itself", "03 02 ac dc 00", zr::framing::never, 0},
         {"another third octet", "04 02 ad", zr::framing::never, 0},
         {"another fourth octet", "04 02 ac dd", zr::framing::never, 0},
         {"a long header", "7f 02 ac dc 00", zr::framing::incomplete, 122},

@@ -64,8 +64,10 @@ framing envelope_framing::look(const void* octets, size_t length) {
     missing_ = 0;
     if (state_ != framing::incomplete) return state_;
     if (!header_seen_) {
-        // Four octets of header, of which the first one counts, and the least value.
-        if ((length > 0 && data[0] == 0) || (length > 2 && data[2] != 0xAC) || (length > 3 && data[3] != 0xDC))
+        // Four octets of header, of which the first one counts all, and the least value. A header that ends among its
+        // own four holds no record.
+        if ((length > 0 && data[0] < envelope_header_octets) || (length > 2 && data[2] != 0xAC) ||
+            (length > 3 && data[3] != 0xDC))
             return state_ = framing::never;
         const size_t header = std::max<size_t>(length > 0 ? data[0] : 0, envelope_header_octets);
         if (length < header) {
