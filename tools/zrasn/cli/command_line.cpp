@@ -111,9 +111,13 @@ void add_option(CLI::App& app, const option_row& option, settings& given) {
         app.add_flag(names, given.*option.flag, option.help);
         return;
     }
-    CLI::Option* added = app.add_option(names, given.*option.text, option.help);
+    CLI::Option* added = option.texts != nullptr ? app.add_option(names, given.*option.texts, option.help)
+                                                 : app.add_option(names, given.*option.text, option.help);
     added->type_name(option.choices != nullptr ? option.choices : option.value);
-    added->take_last();
+    if (option.texts != nullptr)
+        added->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    else
+        added->take_last();
     if (option.choices != nullptr) added->check(one_of(option.choices));
 }
 

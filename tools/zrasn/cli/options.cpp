@@ -91,6 +91,13 @@ const std::vector<option_row>& options() {
          "how envelopes follow each other: one behind the other, or each behind its length of 2 or 4 octets (le: the "
          "low octet first)",
          on_decode | on_check | on_roundtrip | on_canon, nullptr, &settings::framing},
+        {"--where", nullptr, "PATH=VALUE", nullptr,
+         "only records whose member has the value, such as \"entries[0].id.name=clerks\"; of a list without an index "
+         "any "
+         "element; of several all must hold. What is not on the paths is not read",
+         on_decode, nullptr, nullptr, &settings::where},
+        {"--select", nullptr, "PATH,...", nullptr, "only these members; what is not on the paths is not read",
+         on_decode, nullptr, nullptr, &settings::select},
         {"--all", nullptr, nullptr, nullptr, "show more than 1,000 differences", on_diff, &settings::all, nullptr},
         {"--against", nullptr, "FILE", nullptr,
          "compare with what \"zrasn records --json\" wrote of another version: compatible both ways (0), new reads old "

@@ -20,6 +20,8 @@ struct settings {
     std::string depth;
     std::string offset = "0";
     std::string seed = "0";
+    std::vector<std::string> select;
+    std::vector<std::string> where;
     bool json = false;
     bool example = false;
     bool hex = false;
@@ -55,6 +57,7 @@ struct option_row {
     unsigned verbs;  // that have it: a bit each
     bool settings::*flag;
     std::string settings::*text;
+    std::vector<std::string> settings::*texts = nullptr;  // of one that may be given several times
 };
 
 enum class value_kind { other, choices, record, file };

@@ -1,5 +1,6 @@
 #include "cli/verb_calls.h"
 
+#include <optional>
 #include <string_view>
 
 #include <unistd.h>
@@ -99,6 +100,24 @@ secret_values secrets_of(const settings& given) {
     return given.show_secrets ? secret_values::shown : secret_values::hidden;
 }
 
+// What --select and --where ask for of a record.
+void ask(const settings& given, selection& asked) {
+    const auto take = [&asked](const char* option, bool (selection::*add)(std::string_view, std::string&),
+                               std::string_view text) {
+        std::string message;
+        if (!(asked.*add)(text, message)) throw usage_error{std::string(option) + ": " + message};
+    };
+    for (std::string_view paths : given.select) {
+        for (size_t end = 0; end != paths.npos; paths.remove_prefix(end + 1)) {
+            end = paths.find(',');
+            take("--select", &selection::select, paths.substr(0, end));
+            if (end == paths.npos) break;
+        }
+    }
+    for (const std::string& condition : given.where)
+        take("--where", &selection::require, condition);
+}
+
 // A line is hexadecimal digits or base64.
 void refuse_lines_from(const settings& given) {
     if (!given.lines) return;
@@ -149,9 +168,15 @@ int decode_verb(const settings& given) {
     refuse_lines_from(given);
     const record_and_files inputs = inputs_of(given, true);
     if (given.lines && inputs.record == nullptr) throw usage_error{"--lines needs a RECORD"};
+    std::optional<selection> asked;
+    if (!given.select.empty() || !given.where.empty()) {
+        if (inputs.record == nullptr)
+            throw usage_error{std::string(given.where.empty() ? "--select" : "--where") + " needs a RECORD"};
+        ask(given, asked.emplace(*inputs.record, secrets_of(given)));
+    }
     return run_decode({inputs.record, inputs.files, given.output, form_named(given.from), framing_named(given.framing),
                        given.lines, given.compact, version_named(given.version_byte), color_named(given.color),
-                       secrets_of(given)});
+                       secrets_of(given), asked ? &*asked : nullptr});
 }
 
 int dump_verb(const settings& given) {

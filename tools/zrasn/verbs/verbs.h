@@ -12,6 +12,7 @@
 #include "input/envelopes.h"
 #include "input/text_decoder.h"
 #include "json/base/secrets.h"
+#include "json/document/selection.h"
 
 namespace zr::tool {
 
@@ -61,6 +62,7 @@ struct decode_options {
     unsigned version = 2;
     color_mode color = color_mode::automatic;  // of messages on standard error
     secret_values secrets = secret_values::hidden;
+    selection* asked = nullptr;  // of the record: which records and members are wanted; null for all
 };
 int run_decode(const decode_options& options);
 
