@@ -188,6 +188,57 @@ same 0 dump --offset 10 --depth 1 --json <<< \
 "$program" dump --offset 99 in > out && fail 'dump behind the end'
 grep -qx '      19                                     ! no element' out || fail "dump behind the end: $(cat out)"
 
+# What is inside of an OCTET STRING, unless it is not quite BER, and not of a record with secrets; bounded.
+echo 30 27 04 0b 0402acdc 30 05 0403 020105 04 07 3105 0403 300100 04 05 3003 020005 04 04 3002 0500 04 02 3000 > in
+cat > want << 'END'
+  offset  hdr     length  class    tag  form
+       0    2         39  univ     16  cons  SEQUENCE
+       2    2         11  univ      4  prim    OCTET STRING with an envelope
+       4    4                                    envelope, version 2
+       8    2          5  univ     16  cons      SEQUENCE
+      10    2          3  univ      4  prim        OCTET STRING 020105
+      15    2          7  univ      4  prim    OCTET STRING with BER
+      17    2          5  univ     17  cons      SET
+      19    2          3  univ      4  prim        OCTET STRING 300100
+      24    2          5  univ      4  prim    OCTET STRING 3003020005
+      31    2          4  univ      4  prim    OCTET STRING with BER
+      33    2          2  univ     16  cons      SEQUENCE
+      35    2          0  univ      5  prim        NULL
+      37    2          2  univ      4  prim    OCTET STRING 3000
+END
+same 0 dump < want
+grep -v '^ *\(4\|8\|10\|17\|19\|33\|35\) ' want |
+    sed '/^ *2 /s/with.*/0402acdc30050403020105/; /^ *15 /s/with.*/31050403300100/; /^ *31 /s/with.*/30020500/' |
+    same 0 dump --depth 2
+"$program" dump --json < in > out && grep -qF '"type":"OCTET STRING","envelope":{"offset":4,"header":4,"version":2},"children":[{"offset":8,' out ||
+    fail "dump --json of an envelope inside: $(cat out)"
+echo 30 0e 0c 01 61 04 09 30 07 0c 05 73656372 74 > in
+"$program" dump --record azn_util_password_in < in > out 2> err
+grep -q secr out && fail "dump shows what is inside of a secret: $(cat out)"
+nested=0500 count=0
+while [ ${#nested} -lt 240 ]; do
+    nested=$(printf '30%02x%s' $((${#nested} / 2)) "$nested")
+    nested=$(printf '04%02x%s' $((${#nested} / 2)) "$nested")
+    count=$((count + 1))
+done
+"$program" dump <<< "30$(printf %02x $((${#nested} / 2)))$nested" > out && [ "$(grep -c 'with BER' out)" -eq $count ] ||
+    fail "$count strings in strings: $(cat out)"
+
+# Values whole, and lines that fit into the window of a terminal.
+echo "30 81d2 0c81c0 $(printf 'c3a9%.0s' {1..96}) 040d$(printf '41%.0s' {1..13})" > in
+"$program" dump --whole < in > out
+grep -qx "       3    3        192  univ     12  prim    UTF8String \"$(printf 'é%.0s' {1..96})\"" out || fail "dump --whole: $(cat out)"
+"$program" dump --json --whole < in | grep -qF "$(printf 'é%.0s' {1..96})" || fail 'dump --json --whole'
+if command -v script > /dev/null; then
+    # columns OPTION...: the widest line on a terminal of 60 columns.
+    columns() {
+        script -qec "stty cols 60; '$program' dump $* in" /dev/null < /dev/null | tr -d '\r' | sed 's/\x1b\[[0-9]*m//g' |
+            LC_ALL=C.UTF-8 wc -L
+    }
+    [ "$(columns)" -eq 60 ] && [ "$(COLUMNS=50 columns)" -eq 50 ] && [ "$(columns --whole)" -gt 100 ] ||
+        fail "lines in a window: $(columns) $(COLUMNS=50 columns) $(columns --whole)"
+fi
+
 # Colours, and nothing but printable characters.
 echo '0c021b07 0101' > in
 "$program" dump --color always < in 2> err | grep -q $'\e\[31m! ' || fail 'damage has no colour'

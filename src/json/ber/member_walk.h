@@ -59,8 +59,8 @@ public:
         enter({type_.begin(), type_.end(), data + size, 0, 0, 0, 0}, nullptr, visitor);
         while (!visitor.done()) {
             const level& top = levels_.back();
-            // What follows the last member on a path is not looked at.
-            const bool enough = levels_.size() == 1 && top.next > last;
+            // What follows the last member on a path is not looked at, unless nothing may follow.
+            const bool enough = levels_.size() == 1 && top.next > last && top.next != top.end;
             if (!enough && at_ != top.until) {
                 if (!step(visitor)) return false;
                 continue;

@@ -106,6 +106,8 @@ const std::vector<option_row>& options() {
         {"--depth", nullptr, "N", nullptr, "show so many levels: problems below them too, but no elements", on_dump,
          nullptr, &settings::depth},
         {"--offset", nullptr, "N", nullptr, "begin at this octet of the input", on_dump, nullptr, &settings::offset},
+        {"--whole", nullptr, nullptr, nullptr, "show long values whole, and lines wider than the window", on_dump,
+         &settings::whole, nullptr},
         {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
          nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode | on_sample, &settings::compact,

@@ -32,6 +32,7 @@ struct settings {
     bool all = false;
     bool octets = false;
     bool filled = false;
+    bool whole = false;
     bool show_secrets = false;
 };
 

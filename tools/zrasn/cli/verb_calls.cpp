@@ -186,7 +186,7 @@ int dump_verb(const settings& given) {
     const uint64_t depth = given.depth.empty() ? all : number_of("--depth", given.depth);
     return run_dump({inputs.record, inputs.files, form_named(given.from), color_named(given.color), secrets_of(given),
                      static_cast<size_t>(depth < SIZE_MAX ? depth : SIZE_MAX), number_of("--offset", given.offset),
-                     given.json});
+                     given.json, given.whole});
 }
 
 int check_verb(const settings& given) {

@@ -76,6 +76,7 @@ struct dump_options {
     size_t depth = SIZE_MAX;  // levels that are shown
     uint64_t offset = 0;      // of the octet to begin at
     bool json = false;
+    bool whole = false;  // long values are not cut, nor lines to the window
 };
 int run_dump(const dump_options& options);
 
