@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 0.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark; do
+for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark completion manual; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -612,8 +612,18 @@ done
         echo "${COMPREPLY[*]}"
     }
     [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fro)" = --from ] &&
-        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
+        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ] &&
+        [ "$(complete_words zrasn decode --from = he)" = hex ] && [ "$(complete_words zrasn completion z)" = zsh ] &&
+        [ "$(complete_words zrasn find --extract fou)" = found ] && [ "$(complete_words zrasn check --framing =)" = \
+            'auto one concatenated 2 4 2le 4le' ] && [ "$(complete_words zrasn decode acl_ext --where e)" = 'entries ext' ] &&
+        [ "$(complete_words zrasn decode in --record sec_id --select name,u)" = name,uuid ]
 ) || fail 'completion of bash'
+if command -v fish > /dev/null; then
+    "$program" completion fish > completion
+    # The home directory is fish's to write to.
+    words=$(HOME=$PWD fish -c "source completion; complete -C 'zrasn decode acl_ext --select '" 2> err | cut -f1 | sort | paste -sd' ')
+    [ "$words" = 'entries ext name' ] || fail "completion of fish: $words $(cat err)"
+fi
 check 0 '.TH ZRASN 1' '' manual
 statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/status.h")
 [ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'

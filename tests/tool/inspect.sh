@@ -247,6 +247,16 @@ for row in xterm:1 dumb:0 :0; do
     count=$(TERM=${row%%:*} script -qec "'$program' dump in" /dev/null < /dev/null | grep -c $'\e\[31m! ')
     [ "$count" -eq "${row#*:}" ] || fail "colours with TERM=${row%%:*}"
 done
+echo '{"type": -7, "str": "a\"b", "data": ""}' | "$program" encode value_s_t > in
+"$program" decode value_s_t --compact --color always in > out
+[ "$(cat out)" = $'{\e[36m"type"\e[0m:\e[33m-7\e[0m,\e[36m"str"\e[0m:\e[32m"a\\"b"\e[0m,\e[36m"data"\e[0m:\e[32m""\e[0m}' ] ||
+    fail "JSON in colour: $(cat out)"
+for command in 'decode value_s_t in' 'decode value_s_t in --select type' 'sample value_s_t' 'records --json' 'dump --json in' \
+    'records --example uuid' 'schema --json uuid' 'find --json in' 'roundtrip --json --record value_s_t in'; do
+    "$program" $command --color always > out 2> err
+    sed 's/\x1b\[[0-9]*m//g' out | cmp - <("$program" $command 2> err) && grep -q $'\e\[3[26]m"' out || fail "colours of $command"
+done
+"$program" decode value_s_t in --color always -o out && grep -q $'\e' out && fail 'JSON in a file has colours'
 head -c 100000 /dev/urandom > in
 for record in '' '--record acl_ext_s_t' '--record namevalue_s_t'; do
     "$program" dump --from raw $record < in > out 2> err

@@ -45,7 +45,6 @@ struct verb_row {
     const char* summary;
     positional first, second;
     const char* example;
-    bool hidden;
     int (*run)(const settings& given);
 };
 
@@ -61,7 +60,8 @@ struct option_row {
     std::vector<std::string> settings::*texts = nullptr;  // of one that may be given several times
 };
 
-enum class value_kind { other, choices, record, file };
+// What a value is, so that shells can complete it; a number, which they cannot, is another one.
+enum class value_kind { other, choices, record, file, directory, member };
 value_kind value_kind_of(const option_row& option);
 
 const std::vector<verb_row>& verbs();
@@ -69,6 +69,9 @@ const std::vector<option_row>& options();
 
 // As shown in messages and help: "RECORD", "[FILE ...]".
 const char* positional_name(positional argument);
+
+// Those whose completion there is, separated by |.
+extern const char shells[];
 
 const char* program_version();
 

@@ -129,7 +129,7 @@ void refuse_lines_from(const settings& given) {
 
 int records_verb(const settings& given) {
     if (given.example && given.record.empty()) throw usage_error{"--example needs a RECORD"};
-    return run_records({record_named(given.record), given.json, given.example});
+    return run_records({record_named(given.record), given.json, given.example, color_named(given.color)});
 }
 
 int schema_verb(const settings& given) {
@@ -151,6 +151,7 @@ int schema_verb(const settings& given) {
     }
     asked.json = given.json;
     asked.against = given.against;
+    asked.color = color_named(given.color);
     if (asked.json && !asked.against.empty()) throw usage_error{"--json and --against exclude each other"};
     return run_schema(asked);
 }
@@ -200,7 +201,7 @@ int roundtrip_verb(const settings& given) {
     refuse_lines_from(given);
     const record_and_files inputs = inputs_of(given, false);
     return run_roundtrip({inputs.record, inputs.files, form_named(given.from), framing_named(given.framing),
-                          given.lines, given.json, version_named(given.version_byte)});
+                          given.lines, given.json, version_named(given.version_byte), color_named(given.color)});
 }
 
 int sample_verb(const settings& given) {
@@ -214,7 +215,7 @@ int sample_verb(const settings& given) {
                        : given.hex    ? form::hex
                        : given.base64 ? form::base64
                                       : form::json,
-                       version_named(given.version_byte)});
+                       version_named(given.version_byte), color_named(given.color)});
 }
 
 int canon_verb(const settings& given) {
@@ -233,7 +234,7 @@ int diff_verb(const settings& given) {
 
 int find_verb(const settings& given) {
     return run_find({given.words.empty() ? std::vector<std::string>{"-"} : given.words, given.extract, given.json,
-                     version_named(given.version_byte)});
+                     version_named(given.version_byte), color_named(given.color)});
 }
 
 int wireshark_verb(const settings&) { return run_wireshark(); }

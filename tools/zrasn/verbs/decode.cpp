@@ -169,7 +169,10 @@ private:
         return exit_refused;
     }
 
-    file_output& out() { return out_ ? *out_ : out_.emplace(options_.output); }
+    file_output& out() {
+        if (!out_) out_.emplace(options_.output).paint_json(options_.color);
+        return *out_;
+    }
 
     const decode_options& options_;
     const json_layout layout_;
@@ -183,6 +186,7 @@ private:
 int run_decode(const decode_options& options) {
     if (!options.lines) return file_decoder(options).run();
     file_output out(options.output);
+    out.paint_json(options.color);
     const int code =
         for_each_file(options.files, [&](const std::string& file) { return line_decoder(options, file, out).run(); });
     out.close();

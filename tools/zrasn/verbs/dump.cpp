@@ -295,6 +295,7 @@ int dump_json(const octets_input& in, const dump_options& options) {
                {options.record, options.secrets, options.depth, size < SIZE_MAX / 100 - 4096 ? 100 * size : SIZE_MAX,
                 options.whole ? value_size::whole : value_size::cut});
     file_output out("");
+    out.paint_json(options.color);
     out.write(tree.text());
     out.put('\n');
     out.close();
