@@ -234,6 +234,8 @@ wrong 'a star with no offset behind it' '000000 04 02 ac dc@000004 04 02 ac dc@*
 wrong 'repeated lines of more than 16777216 octets' '000000 04 02 ac dc@000004 04 02 ac dc@*@f000000'
 
 # JSON where octets are wanted; and a wait at a terminal is announced.
+echo '"6ba7b810-9dad-11d1-80b4-00c04fd430c8"' > in
+check 1 '' 'hint: this looks like JSON: "zrasn encode uuid_t" turns it into octets' decode uuid
 echo '{"type": 1}' > in
 check 1 '[APPLICATION 27]' 'hint: this looks like JSON: "zrasn encode RECORD" turns it into octets' dump
 if command -v script > /dev/null; then
@@ -363,7 +365,7 @@ for condition in entries.int_a=1 'entries[1].id.uuid=B81D40A6-12c9-4f6e-8e3d-7a9
 done
 usage '--where: "name" is not PATH=VALUE' decode acl_ext --where name
 usage '--where: "ext" is an object: a condition is on one of its members' decode acl_ext --where ext=
-usage '--where: "entries[0].int_a": found 1.0, expected a whole number from -2147483648 to 2147483647' \
+usage '--where: "entries[0].int_a": found 1.0, which is written with a fraction, expected a whole number from -2147483648 to 2147483647' \
     decode acl_ext --where 'entries[0].int_a=1.0'
 usage '--where: "entries.id.uuid": found "1", expected a UUID: 8-4-4-4-12 hexadecimal digits' decode acl_ext --where entries.id.uuid=1
 usage '--select: sec_id_t has no member "nme"; did you mean "name"?' decode acl_ext --select name,entries.id.nme

@@ -280,12 +280,15 @@ standard input:11: 1 octet after the record
 standard input: fits value_s_t, 3 deviations from what the library writes (no envelope header)
 END
 echo 0402acdc 30 04 0c 00 30 00 > in
-same 0 check << 'END'
+same 1 check << 'END'
 standard input: fits attr_s_t, as the library writes it
 standard input: fits yvprincipal_chain_s_t, as the library writes it
 standard input: fits aznadmsvc_s_t, as the library writes it
 standard input: fits yvattr_s_t, as the library writes it
 END
+grep -qx 'standard input: fits several records, of which one has to be named: attr_s_t, yvprincipal_chain_s_t, aznadmsvc_s_t, yvattr_s_t' err ||
+    fail "check of several: $(cat err)"
+same 0 check attr <<< 'standard input: fits attr_s_t, as the library writes it'
 echo 0407acdc 30 04 0c 00 30 00 > in
 same 1 check < /dev/null
 grep -qF 'found version 7, expected version 2 (zr_err_bad_envelope, 275063190)' err || fail "check: $(cat err)"

@@ -32,7 +32,11 @@ bool read_number(std::string_view digits, member_filler& to, std::string& messag
     constexpr size_t longest = 40;
     std::string shown(digits.substr(0, longest));
     if (digits.size() > longest) shown += "...";
-    if (behind == end) shown += ", which is out of range";
+    if (behind == end)
+        shown += ", which is out of range";
+    else if (digits.find_first_of(".eE") != digits.npos)
+        shown += digits.find('.') != digits.npos ? ", which is written with a fraction"
+                                                 : ", which is written with an exponent";
     return refuse(message, shown, describe_scalar(to.member()));
 }
 
