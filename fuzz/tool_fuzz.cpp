@@ -1,6 +1,6 @@
 // Any octets for what the command-line program looks at them with: the walk over BER gives every octet once, whatever
 // they are; find_mismatch refuses what the decode refuses, with its status; an encoding without deviations is the
-// library's.
+// library's; and where the walk over headers takes all members of an encoding, it writes the JSON that decode writes.
 //
 // The first two octets pick the record, the others are its encoding without the envelope.
 
@@ -9,6 +9,8 @@
 #include "json/ber/mismatch.h"
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
+#include "json/document/record_writer.h"
+#include "json/document/selection.h"
 #include "pick_record.h"
 #include "require.h"
 #include "support/routes.h"
@@ -56,6 +58,21 @@ void compare(const zr::record_type& type, const octets& ber) {
             "deviations where there are none, or none where there are");
 }
 
+void choose(const zr::record_type& type, const octets& ber) {
+    zr::json::selection all(type, zr::json::secret_values::shown);
+    std::string message;
+    for (const zr::field& member : type)
+        if (zr::has_member(member.value)) require(all.select(member.name, message), "a member cannot be selected");
+    zr::json::text_output chosen, whole;
+    const auto layout = zr::json::json_layout::one_line;
+    if (all.write(chosen, ber.data(), ber.size(), layout) != zr::json::selection::answer::yes) return;
+    structure decoded(type);
+    require(decode(entry_points, ber, decoded) == 0, "the walk over headers takes what decode refuses");
+    zr::json::write_json(whole, type, decoded.get(), layout, zr::json::secret_values::shown);
+    // As a whole a UUID is no object.
+    require(chosen.text() == whole.text() || whole.text()[0] == '"', "the walk over headers gives another value");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -64,6 +81,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const octets ber(data + 2, data + size);
     const silence kept;
     walk(type, ber);
-    if (!ber.empty()) compare(type, ber);  // an envelope holds an octet at least
+    if (ber.empty()) return 0;  // an envelope holds an octet at least
+    compare(type, ber);
+    choose(type, ber);
     return 0;
 }

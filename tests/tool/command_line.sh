@@ -69,7 +69,7 @@ check 0 'str_b UTF8String "sesame"' '' dump --record $password --show-secrets
 check 2 '' 'Usage'
 check 0 'zrasn 1.' '' --version
 check 0 'Usage' '' --help
-for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark; do
+for verb in records schema encode decode dump check roundtrip find canon sample diff wireshark completion manual; do
     check 0 'Example:' '' $verb --help
     grep -q "zrasn $verb" out || fail "$verb --help has no example"
     "$program" --help | grep -q " $verb " || fail "--help does not list $verb"
@@ -234,6 +234,8 @@ wrong 'a star with no offset behind it' '000000 04 02 ac dc@000004 04 02 ac dc@*
 wrong 'repeated lines of more than 16777216 octets' '000000 04 02 ac dc@000004 04 02 ac dc@*@f000000'
 
 # JSON where octets are wanted; and a wait at a terminal is announced.
+echo '"6ba7b810-9dad-11d1-80b4-00c04fd430c8"' > in
+check 1 '' 'hint: this looks like JSON: "zrasn encode uuid_t" turns it into octets' decode uuid
 echo '{"type": 1}' > in
 check 1 '[APPLICATION 27]' 'hint: this looks like JSON: "zrasn encode RECORD" turns it into octets' dump
 if command -v script > /dev/null; then
@@ -339,6 +341,61 @@ echo 308108020200050c000400 > in
 echo 0402acdc30070201050c000400 > c.hex
 check 0 '' 'the values are the same, the octets are not' diff value_s_t in c.hex
 
+# Chosen members, and records that have certain values.
+# chosen OUT ARGUMENT...: what decode acl_ext prints of the list on one line.
+chosen() {
+    local out=$1
+    shift
+    check 0 "$out" '' decode acl_ext a.ber --compact "$@"
+    [ "$(cat out)" = "$out" ] || fail "decode $*: $(cat out)"
+}
+chosen '{"name":"payroll-documents"}' --select name
+chosen '{"entries":[{"id":{"name":"payroll-clerks"}},{"id":{"name":"auditors"}}]}' --select entries.id.name
+chosen '{"entries":[{"permset":{"perms":[1,4]}},{"int_a":1}]}' --select 'entries[0].permset.perms[0],entries[1].int_a' \
+    --select 'entries[0].permset.perms[2]'
+chosen '{"entries":[{"id":{"uuid":{"time_mid":23159}}}]}' --select 'entries[0].id.uuid.time_mid'
+chosen '{"name":"payroll-documents","entries":[]}' --select 'entries[9],name'
+chosen '{"name":"payroll-documents"}' --select name --where entries.id.name=auditors --where entries.permset.perms=4
+for condition in 'entries[0].id.name=auditors' name=payroll name= entries.permset.perms=3 'entries[2].int_a=1'; do
+    chosen '' --select name --where "$condition"
+done
+for condition in entries.int_a=1 'entries[1].id.uuid=B81D40A6-12c9-4f6e-8e3d-7a90c4e5f612' 'ext.attrs.values.str=Büro Zürich' \
+    ext.attrs.values.data= 'entries[1].id.uuid.time_low=3088924838'; do
+    chosen "$("$program" decode acl_ext a.ber --compact)" --where "$condition"
+done
+usage '--where: "name" is not PATH=VALUE' decode acl_ext --where name
+usage '--where: "ext" is an object: a condition is on one of its members' decode acl_ext --where ext=
+usage '--where: "entries[0].int_a": found 1.0, which is written with a fraction, expected a whole number from -2147483648 to 2147483647' \
+    decode acl_ext --where 'entries[0].int_a=1.0'
+usage '--where: "entries.id.uuid": found "1", expected a UUID: 8-4-4-4-12 hexadecimal digits' decode acl_ext --where entries.id.uuid=1
+usage '--select: sec_id_t has no member "nme"; did you mean "name"?' decode acl_ext --select name,entries.id.nme
+usage '--select: "name" is no list: it takes no index' decode acl_ext --select 'name[0]'
+usage '--select: "name" is no record: it has no members' decode acl_ext --select name.x
+usage '--select: "entries[x]" is not NAME or NAME[INDEX]' decode acl_ext --select 'entries[x].id'
+usage '--select needs a RECORD' decode --select name
+usage '--where: "str_b" is a secret: a condition on it would tell its value (--show-secrets permits it)' \
+    decode $password --where str_b=sesame
+echo "$whole" > c.hex
+check 0 '{"str_b":"***"}' '' decode $password c.hex --compact --select str_b
+check 0 '{"str_a":"user"}' '' decode $password c.hex --compact --select str_a --where str_b=sesame --show-secrets
+# Forms that the library does not write; what is not looked at is not judged, what does not fit is refused as ever.
+echo 30 80 02 03 000005 2c80 0401 61 0000 04 00 0000 > in
+check 0 '{"str":"a"}' '' decode value_s_t --compact --select str --where type=5
+echo 30 80 02 03 000005 2c80 0401 61 0000 04 00 0000 05 > in
+check 1 '{"str":"a"}' '18: 1 octet behind the record' decode value_s_t --compact --select str --from hex
+check 0 '' '' decode value_s_t --compact --where type=4 --from hex
+echo 30 0b 02 01 05 0c 04 61006262 04 00 > in
+check 1 '{"str":"a"}' '8: str: a zero octet in a text' decode value_s_t --compact --select str --where str=a
+echo 30 07 02 01 05 0c 00 05 00 > in
+check 0 '{"type":5}' '' decode value_s_t --compact --select type --where str=
+check 1 '' 'data: found a NULL (05), expected an OCTET STRING (04) (zr_err_no_match' decode value_s_t --select data
+echo 30 05 30 00 02 01 05 > in
+check 1 '' 'found 3 octets more: an INTEGER (02), expected the end of the SEQUENCE' decode acl_permset --select perms
+printf '%s\n' 0402acdc30070201050c000400 0402acdc30070201060c000400 0402acdc30070201050c020400 zz > in
+check 1 '{"type":6}' '' decode value_s_t --lines --select type --where type=6
+[ "$(wc -l < out)" -eq 2 ] && grep -qF '"message":"line 4: not a hex' out || fail "decode --where of lines: $(cat out)"
+check 1 '"reason":"data_ends_early","line":3,"offset":13,"path":"data"' '' decode value_s_t --lines --where str=x
+
 # The records against those of another version.
 "$program" records --json > now.json
 # against CODE VERDICT SED: the records as they were before are those of today with a change.
@@ -394,12 +451,17 @@ stream "${hex}00"
 check 1 "$hex" 'standard input:37: 1 octet behind the record' canon uuid --hex --framing one
 check 1 '' 'zr_err_no_match' canon value_s_t
 usage '--hex and --base64 exclude each other' canon --hex --base64
+all=
 for record in $("$program" records | cut -d' ' -f1); do
+    members=$("$program" records $record | awk 'NR > 1 && !/no member/ { print $1 }' | paste -sd,)
     for seed in 0 7; do
         for filled in '' --filled; do
             "$program" sample $record --seed $seed $filled | "$program" encode $record > in &&
                 "$program" sample $record --seed $seed $filled --octets | cmp - in &&
                 "$program" canon $record in | cmp - in || fail "sample $record $seed $filled"
+            [ $record = uuid_t ] || "$program" decode $record in $all --select "$members" --show-secrets |
+                cmp - <("$program" decode $record in $all --show-secrets) || fail "all members of $record"
+            all=$([ -n "$all" ] || echo --compact)
         done
     done
 done
@@ -552,8 +614,18 @@ done
         echo "${COMPREPLY[*]}"
     }
     [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fro)" = --from ] &&
-        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
+        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ] &&
+        [ "$(complete_words zrasn decode --from = he)" = hex ] && [ "$(complete_words zrasn completion z)" = zsh ] &&
+        [ "$(complete_words zrasn find --extract fou)" = found ] && [ "$(complete_words zrasn check --framing =)" = \
+            'auto one concatenated 2 4 2le 4le' ] && [ "$(complete_words zrasn decode acl_ext --where e)" = 'entries ext' ] &&
+        [ "$(complete_words zrasn decode in --record sec_id --select name,u)" = name,uuid ]
 ) || fail 'completion of bash'
+if command -v fish > /dev/null; then
+    "$program" completion fish > completion
+    # The home directory is fish's to write to.
+    words=$(HOME=$PWD fish -c "source completion; complete -C 'zrasn decode acl_ext --select '" 2> err | cut -f1 | sort | paste -sd' ')
+    [ "$words" = 'entries ext name' ] || fail "completion of fish: $words $(cat err)"
+fi
 check 0 '.TH ZRASN 1' '' manual
 statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/status.h")
 [ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'

@@ -188,6 +188,57 @@ same 0 dump --offset 10 --depth 1 --json <<< \
 "$program" dump --offset 99 in > out && fail 'dump behind the end'
 grep -qx '      19                                     ! no element' out || fail "dump behind the end: $(cat out)"
 
+# What is inside of an OCTET STRING, unless it is not quite BER, and not of a record with secrets; bounded.
+echo 30 27 04 0b 0402acdc 30 05 0403 020105 04 07 3105 0403 300100 04 05 3003 020005 04 04 3002 0500 04 02 3000 > in
+cat > want << 'END'
+  offset  hdr     length  class    tag  form
+       0    2         39  univ     16  cons  SEQUENCE
+       2    2         11  univ      4  prim    OCTET STRING with an envelope
+       4    4                                    envelope, version 2
+       8    2          5  univ     16  cons      SEQUENCE
+      10    2          3  univ      4  prim        OCTET STRING 020105
+      15    2          7  univ      4  prim    OCTET STRING with BER
+      17    2          5  univ     17  cons      SET
+      19    2          3  univ      4  prim        OCTET STRING 300100
+      24    2          5  univ      4  prim    OCTET STRING 3003020005
+      31    2          4  univ      4  prim    OCTET STRING with BER
+      33    2          2  univ     16  cons      SEQUENCE
+      35    2          0  univ      5  prim        NULL
+      37    2          2  univ      4  prim    OCTET STRING 3000
+END
+same 0 dump < want
+grep -v '^ *\(4\|8\|10\|17\|19\|33\|35\) ' want |
+    sed '/^ *2 /s/with.*/0402acdc30050403020105/; /^ *15 /s/with.*/31050403300100/; /^ *31 /s/with.*/30020500/' |
+    same 0 dump --depth 2
+"$program" dump --json < in > out && grep -qF '"type":"OCTET STRING","envelope":{"offset":4,"header":4,"version":2},"children":[{"offset":8,' out ||
+    fail "dump --json of an envelope inside: $(cat out)"
+echo 30 0e 0c 01 61 04 09 30 07 0c 05 73656372 74 > in
+"$program" dump --record azn_util_password_in < in > out 2> err
+grep -q secr out && fail "dump shows what is inside of a secret: $(cat out)"
+nested=0500 count=0
+while [ ${#nested} -lt 240 ]; do
+    nested=$(printf '30%02x%s' $((${#nested} / 2)) "$nested")
+    nested=$(printf '04%02x%s' $((${#nested} / 2)) "$nested")
+    count=$((count + 1))
+done
+"$program" dump <<< "30$(printf %02x $((${#nested} / 2)))$nested" > out && [ "$(grep -c 'with BER' out)" -eq $count ] ||
+    fail "$count strings in strings: $(cat out)"
+
+# Values whole, and lines that fit into the window of a terminal.
+echo "30 81d2 0c81c0 $(printf 'c3a9%.0s' {1..96}) 040d$(printf '41%.0s' {1..13})" > in
+"$program" dump --whole < in > out
+grep -qx "       3    3        192  univ     12  prim    UTF8String \"$(printf 'é%.0s' {1..96})\"" out || fail "dump --whole: $(cat out)"
+"$program" dump --json --whole < in | grep -qF "$(printf 'é%.0s' {1..96})" || fail 'dump --json --whole'
+if command -v script > /dev/null; then
+    # columns OPTION...: the widest line on a terminal of 60 columns.
+    columns() {
+        script -qec "stty cols 60; '$program' dump $* in" /dev/null < /dev/null | tr -d '\r' | sed 's/\x1b\[[0-9]*m//g' |
+            LC_ALL=C.UTF-8 wc -L
+    }
+    [ "$(columns)" -eq 60 ] && [ "$(COLUMNS=50 columns)" -eq 50 ] && [ "$(columns --whole)" -gt 100 ] ||
+        fail "lines in a window: $(columns) $(COLUMNS=50 columns) $(columns --whole)"
+fi
+
 # Colours, and nothing but printable characters.
 echo '0c021b07 0101' > in
 "$program" dump --color always < in 2> err | grep -q $'\e\[31m! ' || fail 'damage has no colour'
@@ -196,6 +247,16 @@ for row in xterm:1 dumb:0 :0; do
     count=$(TERM=${row%%:*} script -qec "'$program' dump in" /dev/null < /dev/null | grep -c $'\e\[31m! ')
     [ "$count" -eq "${row#*:}" ] || fail "colours with TERM=${row%%:*}"
 done
+echo '{"type": -7, "str": "a\"b", "data": ""}' | "$program" encode value_s_t > in
+"$program" decode value_s_t --compact --color always in > out
+[ "$(cat out)" = $'{\e[36m"type"\e[0m:\e[33m-7\e[0m,\e[36m"str"\e[0m:\e[32m"a\\"b"\e[0m,\e[36m"data"\e[0m:\e[32m""\e[0m}' ] ||
+    fail "JSON in colour: $(cat out)"
+for command in 'decode value_s_t in' 'decode value_s_t in --select type' 'sample value_s_t' 'records --json' 'dump --json in' \
+    'records --example uuid' 'schema --json uuid' 'find --json in' 'roundtrip --json --record value_s_t in'; do
+    "$program" $command --color always > out 2> err
+    sed 's/\x1b\[[0-9]*m//g' out | cmp - <("$program" $command 2> err) && grep -q $'\e\[3[26]m"' out || fail "colours of $command"
+done
+"$program" decode value_s_t in --color always -o out && grep -q $'\e' out && fail 'JSON in a file has colours'
 head -c 100000 /dev/urandom > in
 for record in '' '--record acl_ext_s_t' '--record namevalue_s_t'; do
     "$program" dump --from raw $record < in > out 2> err
@@ -219,12 +280,15 @@ standard input:11: 1 octet after the record
 standard input: fits value_s_t, 3 deviations from what the library writes (no envelope header)
 END
 echo 0402acdc 30 04 0c 00 30 00 > in
-same 0 check << 'END'
+same 1 check << 'END'
 standard input: fits attr_s_t, as the library writes it
 standard input: fits yvprincipal_chain_s_t, as the library writes it
 standard input: fits aznadmsvc_s_t, as the library writes it
 standard input: fits yvattr_s_t, as the library writes it
 END
+grep -qx 'standard input: fits several records, of which one has to be named: attr_s_t, yvprincipal_chain_s_t, aznadmsvc_s_t, yvattr_s_t' err ||
+    fail "check of several: $(cat err)"
+same 0 check attr <<< 'standard input: fits attr_s_t, as the library writes it'
 echo 0407acdc 30 04 0c 00 30 00 > in
 same 1 check < /dev/null
 grep -qF 'found version 7, expected version 2 (zr_err_bad_envelope, 275063190)' err || fail "check: $(cat err)"

@@ -73,21 +73,21 @@ std::string with_article(const std::string& name) {
 kind_words words_of(value_kind value) {
     switch (value) {
         case value_kind::integer:
-            return {tag_integer, "integer", "", ""};
+            return {"integer", "", ""};
         case value_kind::version:
-            return {tag_integer, "version", "INTEGER 1, no member", "Version"};
+            return {"version", "INTEGER 1, no member", "Version"};
         case value_kind::text:
-            return {tag_utf8_string, "text", "text", "Text"};
+            return {"text", "text", "Text"};
         case value_kind::stored_text:
-            return {tag_octet_string, "stored_text", "text, stored with its zero octet", "Octets"};
+            return {"stored_text", "text, stored with its zero octet", "Octets"};
         case value_kind::octets:
-            return {tag_octet_string, "octets", "octets", "Octets"};
+            return {"octets", "octets", "Octets"};
         case value_kind::fixed_octets:
-            return {tag_octet_string, "fixed_octets", "", "Octets"};
+            return {"fixed_octets", "", "Octets"};
         case value_kind::record:
             break;
     }
-    return {tag_sequence, "record", "", ""};
+    return {"record", "", ""};
 }
 
 const char* type_of(const field& member) {

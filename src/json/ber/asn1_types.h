@@ -51,19 +51,33 @@ const tag_class& class_of(unsigned number);
 // "an INTEGER", "a SEQUENCE".
 std::string with_article(const std::string& name);
 
-// What a kind of value is called: its type in an encoding, as one word of "zrasn records --json", in words of "zrasn
+// What a kind of value is called: as one word of "zrasn records --json", in words of "zrasn
 // records", and in the name of a list in a schema. Empty where the field itself says more: integers, fixed octets and
 // records.
 struct kind_words {
-    universal_tag tag;
     const char* word;
     const char* in_words;
     const char* in_schema;
 };
 kind_words words_of(value_kind value);
 
-// The type that a value of the kind has in an encoding.
-inline universal_tag tag_of(value_kind value) { return words_of(value).tag; }
+// The type that a value of the kind has in an encoding. Asked for each element of a walk.
+constexpr universal_tag tag_of(value_kind value) {
+    switch (value) {
+        case value_kind::integer:
+        case value_kind::version:
+            return tag_integer;
+        case value_kind::text:
+            return tag_utf8_string;
+        case value_kind::stored_text:
+        case value_kind::octets:
+        case value_kind::fixed_octets:
+            return tag_octet_string;
+        case value_kind::record:
+            break;
+    }
+    return tag_sequence;
+}
 // The type of a member, as it is written in ASN.1: "INTEGER", "SEQUENCE OF".
 const char* type_of(const field& member);
 

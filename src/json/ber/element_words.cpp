@@ -2,7 +2,6 @@
 
 #include "json/base/text.h"
 #include "json/ber/asn1_types.h"
-#include "json/ber/value.h"
 
 namespace zr::json {
 
@@ -32,9 +31,10 @@ std::string type_words(const ber_item& item, const record_place& place) {
     return words;
 }
 
-void write_element_value(output& out, const ber_item& item, const record_place& place, const unsigned char* contents) {
+void write_element_value(output& out, const ber_item& item, const record_place& place, const unsigned char* contents,
+                         value_size size) {
     if (item.opens() || item.length == 0) return;
-    write_value(out, item, contents);
+    write_value(out, item, contents, size);
     if (place.is_integer() && item.damage == ber_damage::none) write_unsigned(out, item, *place.member, contents);
 }
 

@@ -8,6 +8,7 @@
 #include "json/base/secrets.h"
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
+#include "json/ber/value.h"
 
 namespace zr::json {
 
@@ -16,7 +17,8 @@ std::string type_words(const ber_item& item, const record_place& place);
 
 // Writes the value of an element that opens nothing, and of a uint32_t, which goes out as the signed number of its
 // bits, that one too. Nothing is written where there are no contents.
-void write_element_value(output& out, const ber_item& item, const record_place& place, const unsigned char* contents);
+void write_element_value(output& out, const ber_item& item, const record_place& place, const unsigned char* contents,
+                         value_size size = value_size::cut);
 
 // What is wrong with an element by itself, and as what it is to the record; empty when nothing is.
 std::string damage_words(const ber_item& item, const unsigned char* contents);

@@ -16,22 +16,32 @@ constexpr size_t most_hex = 24;      // octets that are shown as digits
 constexpr size_t most_text = 72;     // octets that are shown as text
 constexpr size_t most_decimal = 64;  // octets of a number that is shown in decimal digits
 
-void write_length(output& out, size_t shown, size_t all) {
+// Where values are written, and how much of long ones.
+struct value_output {
+    output& out;
+    const value_size size;
+
+    // Octets that are shown of so many.
+    size_t shown(size_t count, size_t most) const { return size == value_size::whole ? count : std::min(count, most); }
+    size_t shown_hex(size_t count) const { return shown(count, most_hex); }
+};
+
+void write_length(const value_output& to, size_t shown, size_t all) {
     if (shown == all) return;
-    out.write(" ... (");
-    write_number(out, all);
-    out.write(" octets)");
+    to.out.write(" ... (");
+    write_number(to.out, all);
+    to.out.write(" octets)");
 }
 
-void write_octets(output& out, const unsigned char* octets, size_t count) {
-    out.write_hex(octets, std::min(count, most_hex));
+void write_octets(const value_output& to, const unsigned char* octets, size_t count) {
+    to.out.write_hex(octets, to.shown_hex(count));
 }
 
 // Contents that are not what their type asks for, so that nobody takes the digits for a value.
-void write_damaged(output& out, const unsigned char* octets, size_t count) {
-    out.write("octets ");
-    write_octets(out, octets, count);
-    write_length(out, std::min(count, most_hex), count);
+void write_damaged(const value_output& to, const unsigned char* octets, size_t count) {
+    to.out.write("octets ");
+    write_octets(to, octets, count);
+    write_length(to, to.shown_hex(count), count);
 }
 
 // Where a text may be cut: not within a character.
@@ -43,18 +53,23 @@ size_t cut(std::string_view text) {
     return at;
 }
 
-void write_text(output& out, std::string_view text) {
-    const size_t shown = cut(text);
-    out.put('"');
-    bool plain = true;
-    for (char c : text.substr(0, shown))
-        plain = plain && c >= ' ' && c <= '~' && c != '\\';
-    if (plain)
-        out.write(text.substr(0, shown));
-    else
-        out.write(printable(text.substr(0, shown)));
-    out.put('"');
-    write_length(out, shown, text.size());
+// In pieces, so that the size of a text takes no memory.
+void write_text(const value_output& to, std::string_view text) {
+    to.out.put('"');
+    size_t shown = 0;
+    do {
+        const std::string_view piece = text.substr(shown, cut(text.substr(shown)));
+        bool plain = true;
+        for (char c : piece)
+            plain = plain && c >= ' ' && c <= '~' && c != '\\';
+        if (plain)
+            to.out.write(piece);
+        else
+            to.out.write(printable(piece));
+        shown += piece.size();
+    } while (to.size == value_size::whole && shown != text.size());
+    to.out.put('"');
+    write_length(to, shown, text.size());
 }
 
 void append_utf8(std::string& text, uint32_t code_point) {
@@ -76,20 +91,22 @@ void append_utf8(std::string& text, uint32_t code_point) {
 }
 
 // BMPString and UniversalString. Units that are no characters come out as octets that are not UTF-8, and so escaped.
-void write_wide_text(output& out, const unsigned char* octets, size_t count, size_t unit) {
-    if (count % unit != 0) return write_damaged(out, octets, count);
-    const size_t shown = std::min(count, most_text);
-    std::string text;
-    for (size_t i = 0; i < shown; i += unit) {
-        uint32_t code_point = 0;
-        for (size_t k = 0; k < unit; ++k)
-            code_point = code_point << 8 | octets[i + k];
-        append_utf8(text, std::min<uint32_t>(code_point, 0x1FFFFF));
+void write_wide_text(const value_output& to, const unsigned char* octets, size_t count, size_t unit) {
+    if (count % unit != 0) return write_damaged(to, octets, count);
+    const size_t shown = to.shown(count, most_text);
+    to.out.put('"');
+    for (size_t at = 0; at != shown;) {
+        std::string text;
+        for (const size_t end = at + std::min(shown - at, most_text); at != end; at += unit) {
+            uint32_t code_point = 0;
+            for (size_t k = 0; k < unit; ++k)
+                code_point = code_point << 8 | octets[at + k];
+            append_utf8(text, std::min<uint32_t>(code_point, 0x1FFFFF));
+        }
+        to.out.write(printable(text));
     }
-    out.put('"');
-    out.write(printable(text));
-    out.put('"');
-    write_length(out, shown, count);
+    to.out.put('"');
+    write_length(to, shown, count);
 }
 
 // The decimal digits of an unsigned number in any count of octets: repeated division by 10^9.
@@ -115,7 +132,7 @@ std::string decimal(const unsigned char* octets, size_t count) {
 }
 
 // Octets that only repeat the sign are no part of the number.
-void write_integer(output& out, const unsigned char* octets, size_t count) {
+void write_integer(const value_output& to, const unsigned char* octets, size_t count) {
     if (count == 0) return;
     const bool negative = (octets[0] & 0x80) != 0;
     const unsigned char sign = negative ? 0xFF : 0;
@@ -124,16 +141,16 @@ void write_integer(output& out, const unsigned char* octets, size_t count) {
         --count;
     }
     if (count > most_decimal) {
-        out.write("0x");
-        write_octets(out, octets, count);
-        return write_length(out, most_hex, count);
+        to.out.write("0x");
+        write_octets(to, octets, count);
+        return write_length(to, to.shown_hex(count), count);
     }
-    if (negative) out.put('-');
+    if (negative) to.out.put('-');
     if (count <= sizeof(uint64_t)) {
         uint64_t bits = negative ? ~uint64_t{0} : 0;
         for (size_t i = 0; i != count; ++i)
             bits = bits << 8 | octets[i];
-        return write_number(out, negative ? ~bits + 1 : bits);
+        return write_number(to.out, negative ? ~bits + 1 : bits);
     }
     unsigned char magnitude[most_decimal];
     unsigned carry = negative ? 1 : 0;
@@ -141,7 +158,7 @@ void write_integer(output& out, const unsigned char* octets, size_t count) {
         carry += octets[i] ^ sign;
         magnitude[i] = static_cast<unsigned char>(carry);
     }
-    out.write(decimal(magnitude, count));
+    to.out.write(decimal(magnitude, count));
 }
 
 // What is wrong with the contents of an OBJECT IDENTIFIER or RELATIVE-OID (X.690, 8.19 and 8.20); null when nothing is.
@@ -191,30 +208,30 @@ bool write_identifier(output& out, const unsigned char* octets, size_t count, bo
 }
 
 // Digits, and the same as text where it is one.
-void write_octet_string(output& out, const unsigned char* octets, size_t count) {
+void write_octet_string(const value_output& to, const unsigned char* octets, size_t count) {
     if (count == 0) return;
-    const size_t shown = std::min(count, most_hex);
-    write_octets(out, octets, count);
+    const size_t shown = to.shown_hex(count);
+    write_octets(to, octets, count);
     bool text = true;
     for (size_t i = 0; i < shown; ++i)
         text = text && octets[i] >= ' ' && octets[i] <= '~';
     if (text) {
-        out.write(" \"");
-        out.write(octets, shown);
-        out.put('"');
+        to.out.write(" \"");
+        to.out.write(octets, shown);
+        to.out.put('"');
     }
-    write_length(out, shown, count);
+    write_length(to, shown, count);
 }
 
-void write_bits(output& out, const unsigned char* octets, size_t count) {
+void write_bits(const value_output& to, const unsigned char* octets, size_t count) {
     if (count == 0) return;
-    if (count == 1 && octets[0] == 0) return out.write("no bits");
-    write_octets(out, octets + 1, count - 1);
+    if (count == 1 && octets[0] == 0) return to.out.write("no bits");
+    write_octets(to, octets + 1, count - 1);
     if (octets[0] != 0) {
-        out.write(count == 1 ? "unused bits: " : ", unused bits: ");
-        write_number(out, octets[0]);
+        to.out.write(count == 1 ? "unused bits: " : ", unused bits: ");
+        write_number(to.out, octets[0]);
     }
-    write_length(out, std::min(count - 1, most_hex), count - 1);
+    write_length(to, to.shown_hex(count - 1), count - 1);
 }
 
 // Of what was cut off: whether the first octets say something without the others. Those of a number are another number.
@@ -246,34 +263,35 @@ void write_number(output& out, uint64_t number, size_t width) {
     out.write(digits - blanks, blanks + count);
 }
 
-void write_value(output& out, const ber_item& item, const unsigned char* contents) {
+void write_value(output& out, const ber_item& item, const unsigned char* contents, value_size size) {
+    const value_output to{out, size};
     const size_t count = item.length;
     const asn1_contents how = item.cls == 0 ? universal_type(item.tag).contents : asn1_contents::octets;
     const bool cut = item.damage == ber_damage::too_long && !is_cut_well(how);
-    if (item.constructed || cut) return write_damaged(out, contents, count);
+    if (item.constructed || cut) return write_damaged(to, contents, count);
     switch (how) {
         case asn1_contents::octets:
-            return write_octet_string(out, contents, count);
+            return write_octet_string(to, contents, count);
         case asn1_contents::boolean:
             if (count == 1) return out.write(*contents == 0 ? "FALSE" : "TRUE");
             break;
         case asn1_contents::integer:
-            return write_integer(out, contents, count);
+            return write_integer(to, contents, count);
         case asn1_contents::bits:
-            return write_bits(out, contents, count);
+            return write_bits(to, contents, count);
         case asn1_contents::identifier:
             if (write_identifier(out, contents, count, item.tag == tag_relative_oid)) return;
             break;
         case asn1_contents::text:
-            return write_text(out, {reinterpret_cast<const char*>(contents), count});
+            return write_text(to, {reinterpret_cast<const char*>(contents), count});
         case asn1_contents::text_of_2:
-            return write_wide_text(out, contents, count, 2);
+            return write_wide_text(to, contents, count, 2);
         case asn1_contents::text_of_4:
-            return write_wide_text(out, contents, count, 4);
+            return write_wide_text(to, contents, count, 4);
         case asn1_contents::null:
             break;
     }
-    write_damaged(out, contents, count);
+    write_damaged(to, contents, count);
 }
 
 const char* wrong_contents(const ber_item& item, const unsigned char* contents) {

@@ -1,5 +1,6 @@
 #include "json/describe/tree.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "json/base/text.h"
 #include "json/ber/asn1_types.h"
 #include "json/ber/element_words.h"
+#include "json/ber/nested_scanner.h"
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
 #include "json/document/string_writer.h"
@@ -20,30 +22,30 @@ using role = record_place::role;
 
 class tree_writer {
 public:
-    tree_writer(text_output& out, const unsigned char* data, const tree_options& options)
-        : out_(out), data_(data), options_(options), guide_(options.record), guard_(options.record, options.secrets) {}
+    tree_writer(text_output& out, const unsigned char* data, size_t size, const tree_options& options)
+        : out_(out),
+          data_(data),
+          header_(has_header(data, size) ? envelope_header_octets : 0),
+          options_(options),
+          scanner_(data, header_, size),
+          guide_(options.record),
+          guard_(options.record, options.secrets) {}
 
     void write(size_t size) {
-        const size_t header = has_header(data_, size) ? envelope_header_octets : 0;
         out_.put('{');
-        if (header != 0)
-            out_.write("\"envelope\":{\"offset\":0,\"header\":4,\"version\":" +
-                       std::to_string(data_[envelope_version_at]) + "},");
+        if (header_ != 0) envelope(0);
         out_.write("\"elements\":[");
         open_.push_back({});
-        ber_scanner scanner(data_ + header, size - header);
-        for (ber_item item; scanner.next(item);) {
-            const size_t inside = item.offset;
-            item.offset += header;
+        for (ber_item item; scanner_.next(item);) {
             close(item.depth);
-            if (item.depth == 0 && inside != 0 && options_.record != nullptr && !behind_) {
+            if (item.depth == 0 && item.offset != header_ && options_.record != nullptr && !behind_) {
                 behind_ = true;
                 remark(0, item.offset, "the record ends here: " + counted(size - item.offset, "octet") + " more");
             }
             add(item);
         }
         close(0);
-        if (size == header) remark(0, size, "no element");
+        if (size == header_) remark(0, size, "no element");
         end_level();
         out_.write(",\"problems\":" + std::to_string(problems_) + "}");
     }
@@ -55,6 +57,11 @@ private:
         uint64_t hidden = 0;  // elements in it, at any depth, that are not shown
         std::string missing;  // members that the element around it has not, as JSON
     };
+
+    void envelope(size_t offset) {
+        out_.write("\"envelope\":{\"offset\":" + std::to_string(offset) +
+                   ",\"header\":4,\"version\":" + std::to_string(data_[offset + envelope_version_at]) + "},");
+    }
 
     void add(const ber_item& item) {
         switch (item.kind) {
@@ -72,7 +79,7 @@ private:
     }
 
     void add_element(const ber_item& item) {
-        const record_place place = guide_.visit(item);
+        const record_place place = scanner_.is_inside() ? record_place{} : guide_.visit(item);
         const bool hides = guard_.hides(item, place);
         const unsigned char* const contents = data_ + item.offset + item.header;
         const std::string misfit = misfit_words(item, place), damage = damage_words(item, contents);
@@ -96,11 +103,15 @@ private:
             if (!damage.empty()) write_json_string(out_, damage);
             out_.put(']');
         }
-        if (!item.opens()) {
+        const bool may_hold = !hides && item.depth + 1 < options_.most_levels;
+        const nested_scanner::found held = may_hold ? scanner_.enter(item) : nested_scanner::found::nothing;
+        if (!item.opens() && held == nested_scanner::found::nothing) {
             value(item, place, contents, hides);
             return out_.put('}');
         }
-        out_.write(",\"children\":[");
+        out_.put(',');
+        if (held == nested_scanner::found::envelope) envelope(item.offset + item.header);
+        out_.write("\"children\":[");
         open_.push_back({});
     }
 
@@ -113,8 +124,11 @@ private:
     void value(const ber_item& item, const record_place& place, const unsigned char* contents, bool hides) {
         out_.write(",\"value\":");
         if (hides) return write_json_string(out_, not_shown);
+        // A whole one of up to eight characters for each octet, of which some are escaped.
+        const size_t left = options_.most_text - std::min(out_.size(), options_.most_text);
+        const bool fits = left / 10 > item.length;
         text_output words;
-        write_element_value(words, item, place, contents);
+        write_element_value(words, item, place, contents, fits ? options_.values : value_size::cut);
         write_json_string(out_, words.text());
     }
 
@@ -164,7 +178,9 @@ private:
 
     text_output& out_;
     const unsigned char* data_;
+    const size_t header_;  // octets of the envelope's
     const tree_options& options_;
+    nested_scanner scanner_;
     record_guide guide_;
     secret_guard guard_;
     std::vector<level> open_;  // the outermost list, and that of each element that is open and shown
@@ -175,7 +191,7 @@ private:
 }  // namespace
 
 void write_tree(text_output& out, const unsigned char* data, size_t size, const tree_options& options) {
-    tree_writer(out, data, options).write(size);
+    tree_writer(out, data, size, options).write(size);
 }
 
 }  // namespace zr::json

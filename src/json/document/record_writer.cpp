@@ -14,8 +14,7 @@ namespace {
 
 class writer {
 public:
-    writer(output& out, json_layout layout, secret_values secrets)
-        : out_(out), secrets_(secrets), spaced_(layout == json_layout::indented), deepest_(spaced_ ? 32 : 0) {}
+    writer(json_pen& pen, secret_values secrets) : pen_(pen), out_(pen.out()), secrets_(secrets) {}
 
     void write(const record_type& type, const void* structure) {
         write_record(&type, structure);
@@ -27,7 +26,7 @@ public:
                 write_next_member(top);
             } else {
                 stack_.pop_back();
-                close('}', false);
+                pen_.close('}', false);
             }
         }
     }
@@ -43,30 +42,6 @@ private:
         bool in_list;
     };
 
-    void open(char bracket) {
-        out_.put(bracket);
-        ++depth_;
-    }
-    void close(char bracket, bool empty) {
-        const bool own_line = !empty && depth_ <= deepest_;
-        --depth_;
-        if (own_line) new_line();
-        out_.put(bracket);
-    }
-    void new_line() {
-        out_.put('\n');
-        for (size_t i = 0; i < depth_; ++i)
-            out_.write("  ");
-    }
-    // Before a member or an element.
-    void separate(bool first) {
-        if (!first) out_.put(',');
-        if (depth_ <= deepest_)
-            new_line();
-        else if (!first && spaced_)
-            out_.put(' ');
-    }
-
     // The next field that the structure has a member for.
     static const field* with_member(const record_type& type, const field* at) {
         while (at != type.end() && !has_member(at->value))
@@ -76,10 +51,8 @@ private:
 
     void write_next_member(frame& top) {
         const field& member = *top.next;
-        separate(&member == with_member(*top.type, top.type->begin()));
-        out_.put('"');
-        out_.write(member.name);
-        out_.write(spaced_ ? "\": " : "\":");
+        pen_.separate(&member == with_member(*top.type, top.type->begin()));
+        pen_.key(member.name);
         if (!is_sequence_of(member)) {
             ++top.next;
             return write_value(member, top.structure, 0);
@@ -89,7 +62,7 @@ private:
             ++top.next;
             return write_integers(member, top.structure, count);
         }
-        open('[');
+        pen_.open('[');
         top.element = 0;
         top.count = count;
         top.in_list = true;
@@ -99,9 +72,9 @@ private:
         if (top.element == top.count) {
             ++top.next;
             top.in_list = false;
-            return close(']', top.count == 0);
+            return pen_.close(']', top.count == 0);
         }
-        separate(top.element == 0);
+        pen_.separate(top.element == 0);
         write_value(*top.next, top.structure, top.element++);
     }
 
@@ -109,7 +82,7 @@ private:
         const void* value = value_at(member, structure, index);
         if (member.secret && secrets_ == secret_values::hidden) return write_json_string(out_, not_shown);
         if (member.value == value_kind::record) return write_record(member.record, value);
-        write_scalar(out_, member, structure, value, spaced_);
+        write_scalar(out_, member, structure, value, pen_.spaced());
     }
 
     // Opens it; the loop writes the rest.
@@ -122,7 +95,7 @@ private:
             out_.write({text, sizeof(text)});
             return out_.put('"');
         }
-        open('{');
+        pen_.open('{');
         stack_.push_back({type, structure, type->fields, 0, 0, false});
     }
 
@@ -130,24 +103,27 @@ private:
     void write_integers(const field& member, const void* structure, uint32_t count) {
         out_.put('[');
         for (uint32_t i = 0; i < count; ++i) {
-            if (i != 0) out_.write(spaced_ ? ", " : ",");
-            write_scalar(out_, member, structure, value_at(member, structure, i), spaced_);
+            pen_.separate_in_row(i == 0);
+            write_scalar(out_, member, structure, value_at(member, structure, i), pen_.spaced());
         }
         out_.put(']');
     }
 
+    json_pen& pen_;
     output& out_;
     const secret_values secrets_;
-    const bool spaced_;
-    const size_t deepest_;  // level whose elements have lines of their own
-    size_t depth_ = 0;
     std::vector<frame> stack_;
 };
 
 }  // namespace
 
 void write_json(output& out, const record_type& type, const void* contents, json_layout layout, secret_values secrets) {
-    writer(out, layout, secrets).write(type, contents);
+    json_pen pen(out, layout);
+    write_json(pen, type, contents, secrets);
+}
+
+void write_json(json_pen& pen, const record_type& type, const void* contents, secret_values secrets) {
+    writer(pen, secrets).write(type, contents);
 }
 
 }  // namespace zr::json

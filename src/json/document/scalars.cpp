@@ -32,7 +32,11 @@ bool read_number(std::string_view digits, member_filler& to, std::string& messag
     constexpr size_t longest = 40;
     std::string shown(digits.substr(0, longest));
     if (digits.size() > longest) shown += "...";
-    if (behind == end) shown += ", which is out of range";
+    if (behind == end)
+        shown += ", which is out of range";
+    else if (digits.find_first_of(".eE") != digits.npos)
+        shown += digits.find('.') != digits.npos ? ", which is written with a fraction"
+                                                 : ", which is written with an exponent";
     return refuse(message, shown, describe_scalar(to.member()));
 }
 
@@ -56,6 +60,20 @@ unsigned char* add_octets(member_filler& to, uint32_t count) {
     auto* made = place<unsigned char*>(where, 0) = static_cast<unsigned char*>(zeroed_block(count));
     store_count(to.member(), to.structure(), count);
     return made;
+}
+
+// The number that canonical contents are; false for others, and for one that the member does not hold.
+bool number_in(const unsigned char* contents, size_t length, integer_type type, int64_t& number) {
+    if (length == 0 || length > 4) return false;
+    uint32_t bits = (contents[0] & 0x80) != 0 ? ~uint32_t{0} : 0;
+    for (size_t i = 0; i != length; ++i)
+        bits = bits << 8 | contents[i];
+    const bool repeats_sign =
+        length > 1 && (contents[0] == 0 || contents[0] == 0xFF) && ((contents[0] ^ contents[1]) & 0x80) == 0;
+    const bool is_unsigned = type.octets == 4 && !type.is_signed;  // goes out as the signed number of its bits
+    number = is_unsigned ? int64_t{bits} : int64_t{static_cast<int32_t>(bits)};
+    const integer_range range = range_of(type);
+    return !repeats_sign && number >= range.least && number <= range.most;
 }
 
 // What a message says of the text that was found: nothing of a secret.
@@ -93,8 +111,7 @@ void write_octets(output& out, const unsigned char* octets, size_t count) {
     out.put('"');
 }
 
-void write_text(output& out, const char* text, bool spaced) {
-    const std::string_view all = text == nullptr ? "" : text;
+void write_text(output& out, std::string_view all, bool spaced) {
     if (is_utf8(all)) return write_json_string(out, all);
     out.write(spaced ? "{\"hex\": " : "{\"hex\":");
     write_octets(out, reinterpret_cast<const unsigned char*>(all.data()), all.size());
@@ -172,7 +189,7 @@ void write_scalar(output& out, const field& member, const void* structure, const
             return write_number(out, number_at(value, member.integer));
         case value_kind::text:
         case value_kind::stored_text:
-            return write_text(out, load<const char*>(value), spaced);
+            return write_text(out, text_in(value), spaced);
         case value_kind::octets:
             if (value == nullptr) return out.write("\"\"");
             return write_octets(out, load<const unsigned char*>(value), octets_length(member, structure));
@@ -182,6 +199,35 @@ void write_scalar(output& out, const field& member, const void* structure, const
         case value_kind::record:
             break;
     }
+}
+
+bool write_contents(output& out, const field& member, const unsigned char* contents, size_t length, bool spaced) {
+    std::string_view text(reinterpret_cast<const char*>(contents), length);
+    int64_t number = 0;
+    switch (member.value) {
+        case value_kind::integer:
+            if (!number_in(contents, length, member.integer, number)) return false;
+            write_number(out, number);
+            return true;
+        case value_kind::stored_text:
+            if (text.empty() || text.back() != '\0') return false;
+            text.remove_suffix(1);
+            [[fallthrough]];
+        case value_kind::text:
+            if (text.find('\0') != text.npos) return false;
+            write_text(out, text, spaced);
+            return true;
+        case value_kind::fixed_octets:
+            if (length != member.size) return false;
+            [[fallthrough]];
+        case value_kind::octets:
+            write_octets(out, contents, length);
+            return true;
+        case value_kind::version:
+        case value_kind::record:
+            break;
+    }
+    return false;
 }
 
 }  // namespace zr::json

@@ -29,4 +29,8 @@ void add_missing_scalar(member_filler& to);
 // Writes the value of the member at `value`, which is null for one that is absent.
 void write_scalar(output& out, const field& member, const void* structure, const void* value, bool spaced);
 
+// The same from the contents of an element; false when the library would not write them so. Octets that are absent have
+// none.
+bool write_contents(output& out, const field& member, const unsigned char* contents, size_t length, bool spaced);
+
 }  // namespace zr::json

@@ -1,5 +1,6 @@
 #include "base/file_output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -27,7 +28,24 @@ void file_output::fail() const {
                        std::strerror(errno)};
 }
 
+void file_output::paint_json(color_mode color) {
+    if (file_.empty() && use_color(color, STDOUT_FILENO)) painter_.emplace();
+}
+
 void file_output::write_all(const char* octets, size_t count) {
+    constexpr size_t most = 65536;  // that are painted at once: they get longer
+    if (!painter_) return write_plain(octets, count);
+    while (count != 0) {
+        const size_t some = std::min(count, most);
+        painted_.clear();
+        painter_->paint({octets, some}, painted_);
+        write_plain(painted_.data(), painted_.size());
+        octets += some;
+        count -= some;
+    }
+}
+
+void file_output::write_plain(const char* octets, size_t count) {
     if (descriptor_ < 0) {
         descriptor_ = ::open(file_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
         if (descriptor_ < 0) fail();

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/color.h"
+#include "base/json_painter.h"
 #include "base/library.h"
 #include "json/base/output.h"
 
@@ -31,13 +34,19 @@ public:
 
     bool is_terminal() const;
 
+    // What is written from now on is JSON: on standard output it has colours, where use_color has it so.
+    void paint_json(color_mode color);
+
 private:
     void take(const char* octets, size_t count) override;
     void write_all(const char* octets, size_t count);
+    void write_plain(const char* octets, size_t count);
     [[noreturn]] void fail() const;
 
     std::string file_;
     int descriptor_;
+    std::optional<json_painter> painter_;
+    std::string painted_;
     char block_[65536];
 };
 

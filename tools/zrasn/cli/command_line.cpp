@@ -97,7 +97,7 @@ void add_positionals(CLI::App& app, const verb_row& verb, settings& given) {
             app.add_option("NAME", given.words, "record type or module, such as aclidl_asn; all when there is none");
             return;
         case positional::shell:
-            app.add_option("SHELL", given.record, "bash, zsh or fish")->required()->check(one_of("bash|zsh|fish"));
+            app.add_option("SHELL", given.record, "bash, zsh or fish")->required()->check(one_of(shells));
             return;
         case positional::files:
         case positional::none:
@@ -111,9 +111,13 @@ void add_option(CLI::App& app, const option_row& option, settings& given) {
         app.add_flag(names, given.*option.flag, option.help);
         return;
     }
-    CLI::Option* added = app.add_option(names, given.*option.text, option.help);
+    CLI::Option* added = option.texts != nullptr ? app.add_option(names, given.*option.texts, option.help)
+                                                 : app.add_option(names, given.*option.text, option.help);
     added->type_name(option.choices != nullptr ? option.choices : option.value);
-    added->take_last();
+    if (option.texts != nullptr)
+        added->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    else
+        added->take_last();
     if (option.choices != nullptr) added->check(one_of(option.choices));
 }
 
@@ -147,7 +151,6 @@ int run_command_line(int argc, char** argv) {
     settings given;
     for (const verb_row& verb : verbs()) {
         CLI::App* sub = app.add_subcommand(verb.name, verb.summary);
-        if (verb.hidden) sub->group("");
         add_positionals(*sub, verb, given);
         for (const option_row& option : options())
             if ((option.verbs & verb.bit) != 0) add_option(*sub, option, given);
@@ -168,7 +171,7 @@ int run_command_line(int argc, char** argv) {
         verb = verb_named(argv[1]);
         std::vector<std::string_view> names;
         for (const verb_row& known : verbs())
-            if (!known.hidden) names.push_back(known.name);
+            names.push_back(known.name);
         if (verb == nullptr)
             return report_usage(nullptr, "there is no verb " + in_quotes(argv[1]) + suggestion(argv[1], names));
     }

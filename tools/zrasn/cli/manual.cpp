@@ -55,7 +55,6 @@ int print_manual() {
     std::printf(".TH ZRASN 1 \"\" \"zrasn %s\" \"User commands\"\n.SH NAME\n", program_version());
     std::printf("zrasn \\- look into encodings of records, turn records into JSON and back\n.SH SYNOPSIS\n");
     for (const verb_row& verb : verbs()) {
-        if (verb.hidden) continue;
         std::printf(".B zrasn %s\n[options]", verb.name);
         for (positional argument : {verb.first, verb.second})
             if (argument != positional::none) std::printf(" %s", positional_name(argument));
@@ -72,7 +71,7 @@ int print_manual() {
         "follow each other are read one by one; what follows a single record is told on standard error.");
     std::printf(".SH VERBS\n");
     for (const verb_row& verb : verbs())
-        if (!verb.hidden) print_verb(verb);
+        print_verb(verb);
     std::printf(".SH JSON\n");
     line(
         "A record is an object with the names of the C structure's members, in their order. Members that count are "

@@ -27,37 +27,38 @@ enum verb_bit : unsigned {
 const std::vector<verb_row>& verbs() {
     static const std::vector<verb_row> rows = {
         {"records", on_records, "show the record types: name, module, fields with their kinds",
-         positional::optional_record, positional::none, "zrasn records acl_ext_s_t", false, records_verb},
+         positional::optional_record, positional::none, "zrasn records acl_ext_s_t", records_verb},
         {"schema", on_schema, "print ASN.1 modules that other ASN.1 compilers accept, or JSON Schema",
-         positional::names, positional::none, "zrasn schema aclidl_asn > Aclidl-asn.asn1", false, schema_verb},
+         positional::names, positional::none, "zrasn schema aclidl_asn > Aclidl-asn.asn1", schema_verb},
         {"encode", on_encode, "turn JSON into the octets of envelopes", positional::record, positional::files,
-         "zrasn encode acl_ext_s_t acl.json -o acl.ber", false, encode_verb},
+         "zrasn encode acl_ext_s_t acl.json -o acl.ber", encode_verb},
         {"decode", on_decode, "turn the octets of envelopes into JSON", positional::optional_record, positional::files,
-         "zrasn decode acl_ext_s_t acl.ber", false, decode_verb},
+         "zrasn decode acl_ext_s_t acl.ber", decode_verb},
         {"dump", on_dump, "show any BER as a tree", positional::optional_record, positional::files,
-         "zrasn dump --record acl_ext_s_t acl.ber", false, dump_verb},
+         "zrasn dump --record acl_ext_s_t acl.ber", dump_verb},
         {"check", on_check, "say whether an encoding fits a record and where it deviates from what the library writes",
-         positional::optional_record, positional::files, "zrasn check acl.ber", false, check_verb},
+         positional::optional_record, positional::files, "zrasn check acl.ber", check_verb},
         {"roundtrip", on_roundtrip, "decode, encode again and compare: counts of what differs, without any value",
-         positional::optional_record, positional::files, "zrasn roundtrip --lines captured.txt", false, roundtrip_verb},
+         positional::optional_record, positional::files, "zrasn roundtrip --lines captured.txt", roundtrip_verb},
         {"canon", on_canon, "write what is accepted in the library's own form", positional::optional_record,
-         positional::files, "zrasn canon acl_ext_s_t acl.ber -o canonical.ber", false, canon_verb},
+         positional::files, "zrasn canon acl_ext_s_t acl.ber -o canonical.ber", canon_verb},
         {"sample", on_sample, "make a value of a record, as JSON or octets", positional::record, positional::none,
-         "zrasn sample acl_ext_s_t --filled --seed 7", false, sample_verb},
+         "zrasn sample acl_ext_s_t --filled --seed 7", sample_verb},
         {"diff", on_diff, "compare two values of a record, each as octets or JSON, member by member",
-         positional::optional_record, positional::files, "zrasn diff acl_ext_s_t old.ber new.json", false, diff_verb},
+         positional::optional_record, positional::files, "zrasn diff acl_ext_s_t old.ber new.json", diff_verb},
         {"find", on_find, "find the envelopes in any file: a capture, a core, a log, a disk", positional::none,
-         positional::files, "zrasn find --extract found core", false, find_verb},
+         positional::files, "zrasn find --extract found core", find_verb},
         {"wireshark", 0, "print a dissector for Wireshark and tshark, in Lua", positional::none, positional::none,
-         "zrasn wireshark > ~/.local/lib/wireshark/plugins/zrasn.lua", false, wireshark_verb},
+         "zrasn wireshark > ~/.local/lib/wireshark/plugins/zrasn.lua", wireshark_verb},
         {"completion", 0, "print the completion script for a shell", positional::shell, positional::none,
-         "zrasn completion bash > /etc/bash_completion.d/zrasn", true, completion_verb},
-        {"manual", 0, "print the manual page", positional::none, positional::none, "zrasn manual | man -l -", true,
+         "zrasn completion bash > /etc/bash_completion.d/zrasn", completion_verb},
+        {"manual", 0, "print the manual page", positional::none, positional::none, "zrasn manual | man -l -",
          manual_verb},
     };
     return rows;
 }
 
+const char shells[] = "bash|zsh|fish";
 const char framing_forms[] = "auto|one|concatenated|2|4|2le|4le";
 
 const std::vector<option_row>& options() {
@@ -91,6 +92,13 @@ const std::vector<option_row>& options() {
          "how envelopes follow each other: one behind the other, or each behind its length of 2 or 4 octets (le: the "
          "low octet first)",
          on_decode | on_check | on_roundtrip | on_canon, nullptr, &settings::framing},
+        {"--where", nullptr, "PATH=VALUE", nullptr,
+         "only records whose member has the value, such as \"entries[0].id.name=clerks\"; of a list without an index "
+         "any "
+         "element; of several all must hold. What is not on the paths is not read",
+         on_decode, nullptr, nullptr, &settings::where},
+        {"--select", nullptr, "PATH,...", nullptr, "only these members; what is not on the paths is not read",
+         on_decode, nullptr, nullptr, &settings::select},
         {"--all", nullptr, nullptr, nullptr, "show more than 1,000 differences", on_diff, &settings::all, nullptr},
         {"--against", nullptr, "FILE", nullptr,
          "compare with what \"zrasn records --json\" wrote of another version: compatible both ways (0), new reads old "
@@ -99,6 +107,8 @@ const std::vector<option_row>& options() {
         {"--depth", nullptr, "N", nullptr, "show so many levels: problems below them too, but no elements", on_dump,
          nullptr, &settings::depth},
         {"--offset", nullptr, "N", nullptr, "begin at this octet of the input", on_dump, nullptr, &settings::offset},
+        {"--whole", nullptr, nullptr, nullptr, "show long values whole, and lines wider than the window", on_dump,
+         &settings::whole, nullptr},
         {"--quiet", "-q", nullptr, nullptr, "say only what does not fit, and counts", on_check, &settings::quiet,
          nullptr},
         {"--compact", nullptr, nullptr, nullptr, "write JSON on one line", on_decode | on_sample, &settings::compact,
@@ -108,8 +118,10 @@ const std::vector<option_row>& options() {
         {"--output", "-o", "FILE", nullptr, "write to the file instead of standard output",
          on_encode | on_decode | on_sample | on_canon, nullptr, &settings::output},
         {"--color", nullptr, "WHEN", "auto|always|never",
-         "colours; auto means on a terminal, unless NO_COLOR is set or TERM is dumb",
-         on_decode | on_dump | on_check | on_canon | on_diff, nullptr, &settings::color},
+         "colours, of JSON too; auto means on a terminal, unless NO_COLOR is set or TERM is dumb",
+         on_records | on_schema | on_decode | on_dump | on_check | on_roundtrip | on_canon | on_sample | on_diff |
+             on_find,
+         nullptr, &settings::color},
     };
     return rows;
 }
@@ -118,6 +130,8 @@ value_kind value_kind_of(const option_row& option) {
     if (option.choices != nullptr) return value_kind::choices;
     if (option.value == nullptr) return value_kind::other;
     if (std::strcmp(option.value, "RECORD") == 0) return value_kind::record;
+    if (std::strcmp(option.value, "DIRECTORY") == 0) return value_kind::directory;
+    if (std::strncmp(option.value, "PATH", 4) == 0) return value_kind::member;
     return std::strcmp(option.value, "FILE") == 0 ? value_kind::file : value_kind::other;
 }
 
@@ -132,7 +146,7 @@ const char* positional_name(positional argument) {
         case positional::files:
             return "[FILE ...]";
         case positional::shell:
-            return "bash|zsh|fish";
+            return shells;
         case positional::none:
             break;
     }

@@ -20,6 +20,8 @@ struct settings {
     std::string depth;
     std::string offset = "0";
     std::string seed = "0";
+    std::vector<std::string> select;
+    std::vector<std::string> where;
     bool json = false;
     bool example = false;
     bool hex = false;
@@ -30,6 +32,7 @@ struct settings {
     bool all = false;
     bool octets = false;
     bool filled = false;
+    bool whole = false;
     bool show_secrets = false;
 };
 
@@ -42,7 +45,6 @@ struct verb_row {
     const char* summary;
     positional first, second;
     const char* example;
-    bool hidden;
     int (*run)(const settings& given);
 };
 
@@ -55,9 +57,11 @@ struct option_row {
     unsigned verbs;  // that have it: a bit each
     bool settings::*flag;
     std::string settings::*text;
+    std::vector<std::string> settings::*texts = nullptr;  // of one that may be given several times
 };
 
-enum class value_kind { other, choices, record, file };
+// What a value is, so that shells can complete it; a number, which they cannot, is another one.
+enum class value_kind { other, choices, record, file, directory, member };
 value_kind value_kind_of(const option_row& option);
 
 const std::vector<verb_row>& verbs();
@@ -65,6 +69,9 @@ const std::vector<option_row>& options();
 
 // As shown in messages and help: "RECORD", "[FILE ...]".
 const char* positional_name(positional argument);
+
+// Those whose completion there is, separated by |.
+extern const char shells[];
 
 const char* program_version();
 

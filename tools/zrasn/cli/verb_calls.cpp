@@ -1,5 +1,6 @@
 #include "cli/verb_calls.h"
 
+#include <optional>
 #include <string_view>
 
 #include <unistd.h>
@@ -99,6 +100,24 @@ secret_values secrets_of(const settings& given) {
     return given.show_secrets ? secret_values::shown : secret_values::hidden;
 }
 
+// What --select and --where ask for of a record.
+void ask(const settings& given, selection& asked) {
+    const auto take = [&asked](const char* option, bool (selection::*add)(std::string_view, std::string&),
+                               std::string_view text) {
+        std::string message;
+        if (!(asked.*add)(text, message)) throw usage_error{std::string(option) + ": " + message};
+    };
+    for (std::string_view paths : given.select) {
+        for (size_t end = 0; end != paths.npos; paths.remove_prefix(end + 1)) {
+            end = paths.find(',');
+            take("--select", &selection::select, paths.substr(0, end));
+            if (end == paths.npos) break;
+        }
+    }
+    for (const std::string& condition : given.where)
+        take("--where", &selection::require, condition);
+}
+
 // A line is hexadecimal digits or base64.
 void refuse_lines_from(const settings& given) {
     if (!given.lines) return;
@@ -110,7 +129,7 @@ void refuse_lines_from(const settings& given) {
 
 int records_verb(const settings& given) {
     if (given.example && given.record.empty()) throw usage_error{"--example needs a RECORD"};
-    return run_records({record_named(given.record), given.json, given.example});
+    return run_records({record_named(given.record), given.json, given.example, color_named(given.color)});
 }
 
 int schema_verb(const settings& given) {
@@ -132,6 +151,7 @@ int schema_verb(const settings& given) {
     }
     asked.json = given.json;
     asked.against = given.against;
+    asked.color = color_named(given.color);
     if (asked.json && !asked.against.empty()) throw usage_error{"--json and --against exclude each other"};
     return run_schema(asked);
 }
@@ -149,9 +169,15 @@ int decode_verb(const settings& given) {
     refuse_lines_from(given);
     const record_and_files inputs = inputs_of(given, true);
     if (given.lines && inputs.record == nullptr) throw usage_error{"--lines needs a RECORD"};
+    std::optional<selection> asked;
+    if (!given.select.empty() || !given.where.empty()) {
+        if (inputs.record == nullptr)
+            throw usage_error{std::string(given.where.empty() ? "--select" : "--where") + " needs a RECORD"};
+        ask(given, asked.emplace(*inputs.record, secrets_of(given)));
+    }
     return run_decode({inputs.record, inputs.files, given.output, form_named(given.from), framing_named(given.framing),
                        given.lines, given.compact, version_named(given.version_byte), color_named(given.color),
-                       secrets_of(given)});
+                       secrets_of(given), asked ? &*asked : nullptr});
 }
 
 int dump_verb(const settings& given) {
@@ -161,7 +187,7 @@ int dump_verb(const settings& given) {
     const uint64_t depth = given.depth.empty() ? all : number_of("--depth", given.depth);
     return run_dump({inputs.record, inputs.files, form_named(given.from), color_named(given.color), secrets_of(given),
                      static_cast<size_t>(depth < SIZE_MAX ? depth : SIZE_MAX), number_of("--offset", given.offset),
-                     given.json});
+                     given.json, given.whole});
 }
 
 int check_verb(const settings& given) {
@@ -175,7 +201,7 @@ int roundtrip_verb(const settings& given) {
     refuse_lines_from(given);
     const record_and_files inputs = inputs_of(given, false);
     return run_roundtrip({inputs.record, inputs.files, form_named(given.from), framing_named(given.framing),
-                          given.lines, given.json, version_named(given.version_byte)});
+                          given.lines, given.json, version_named(given.version_byte), color_named(given.color)});
 }
 
 int sample_verb(const settings& given) {
@@ -189,7 +215,7 @@ int sample_verb(const settings& given) {
                        : given.hex    ? form::hex
                        : given.base64 ? form::base64
                                       : form::json,
-                       version_named(given.version_byte)});
+                       version_named(given.version_byte), color_named(given.color)});
 }
 
 int canon_verb(const settings& given) {
@@ -208,7 +234,7 @@ int diff_verb(const settings& given) {
 
 int find_verb(const settings& given) {
     return run_find({given.words.empty() ? std::vector<std::string>{"-"} : given.words, given.extract, given.json,
-                     version_named(given.version_byte)});
+                     version_named(given.version_byte), color_named(given.color)});
 }
 
 int wireshark_verb(const settings&) { return run_wireshark(); }

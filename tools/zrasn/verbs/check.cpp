@@ -40,7 +40,7 @@ public:
             out_.write("all: " + counted(records_, "record") + ", " + std::to_string(fitting_) + " fit, " +
                        std::to_string(deviating_) + " with deviations, " + std::to_string(refused_) + " do not fit\n");
         out_.close();
-        return code;
+        return undecided_ ? graver(code, exit_refused) : code;
     }
 
 private:
@@ -89,11 +89,15 @@ private:
             return exit_refused;
         }
         int code = exit_deviates;
+        std::string names;
         for (const record_type* fitting : match.fitting) {
             const int one = check_one(in, *fitting, false);
             if (one == exit_refused) return one;
             if (one == exit_good) code = exit_good;
+            names += (names.empty() ? "" : ", ") + std::string(fitting->name);
         }
+        message(in.label() + ": fits several records, of which one has to be named: " + names);
+        undecided_ = true;
         return code;
     }
 
@@ -132,6 +136,7 @@ private:
     uint64_t fitting_ = 0;
     uint64_t deviating_ = 0;
     uint64_t refused_ = 0;
+    bool undecided_ = false;  // octets fit several records
 };
 
 }  // namespace

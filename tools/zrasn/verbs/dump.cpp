@@ -9,11 +9,13 @@
 #include "base/color.h"
 #include "base/file_output.h"
 #include "base/library.h"
+#include "base/window_output.h"
 #include "input/input.h"
 #include "json/base/envelope.h"
 #include "json/base/text_output.h"
 #include "json/ber/asn1_types.h"
 #include "json/ber/element_words.h"
+#include "json/ber/nested_scanner.h"
 #include "json/ber/record_guide.h"
 #include "json/ber/scanner.h"
 #include "json/ber/value.h"
@@ -39,10 +41,16 @@ public:
     tree_writer(const octets_input& in, const dump_options& options)
         : in_(in),
           begin_(static_cast<size_t>(std::min<uint64_t>(options.offset, in.size()))),
+          header_(begin_ + (has_header(in.data() + begin_, in.size() - begin_) ? envelope_header_octets : 0)),
           most_levels_(options.depth),
+          values_(options.whole ? value_size::whole : value_size::cut),
+          scanner_(in.data(), header_, in.size()),
           guide_(options.record),
           record_(options.record),
-          out_(""),
+          file_(""),
+          columns_(options.whole ? 0 : window_columns()),
+          window_(file_, columns_),
+          out_(columns_ == 0 ? static_cast<output&>(file_) : window_),
           in_color_(use_color(options.color, STDOUT_FILENO)),
           guard_(options.record, options.secrets) {
         for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
@@ -52,23 +60,18 @@ public:
     int run() {
         blanks(offset_width_ - 8);
         out_.write("  offset  hdr     length  class    tag  form\n");
-        const bool enveloped = has_header(in_.data() + begin_, in_.size() - begin_);
-        if (enveloped) envelope();
-        const size_t header = begin_ + (enveloped ? envelope_header_octets : 0);
-        ber_scanner scanner(in_.data() + header, in_.size() - header);
+        if (header_ != begin_) envelope(begin_, 0);
         size_t given_back = 0;
-        for (ber_item item; scanner.next(item);) {
-            const size_t inside = item.offset;
-            item.offset += header;
-            if (item.depth == 0 && inside != 0 && record_ != nullptr && !behind_) end_of_record(item.offset);
+        for (ber_item item; scanner_.next(item);) {
+            if (item.depth == 0 && item.offset != header_ && record_ != nullptr && !behind_) end_of_record(item.offset);
             line(item);
             if (item.offset - given_back < look_behind) continue;
             given_back = item.offset;
             in_.forget(item.offset);
         }
         close(0);
-        if (in_.size() == header) damage(0, header, "no element");
-        out_.close();
+        if (in_.size() == header_) damage(0, header_, "no element");
+        file_.close();
         if (problems_ == 0) return exit_good;
         std::fprintf(stderr, "%s: %zu problem%s, %llu octet%s not read\n", in_.label().c_str(), problems_,
                      problems_ == 1 ? "" : "s", static_cast<unsigned long long>(unread_), unread_ == 1 ? "" : "s");
@@ -76,11 +79,12 @@ public:
     }
 
 private:
-    void envelope() {
-        columns(begin_, envelope_header_octets);
+    void envelope(size_t offset, size_t depth) {
+        columns(offset, envelope_header_octets);
         blanks(32);
+        indent(depth);
         out_.write("envelope, version ");
-        write_number(out_, in_.data()[begin_ + envelope_version_at]);
+        write_number(out_, in_.data()[offset + envelope_version_at]);
         out_.put('\n');
     }
 
@@ -105,17 +109,21 @@ private:
     }
 
     void element(const ber_item& item) {
-        const record_place place = guide_.visit(item);
+        const record_place place = scanner_.is_inside() ? record_place{} : guide_.visit(item);
         const unsigned char* const contents = in_.data() + item.offset + item.header;
         const bool hides = guard_.hides(item, place);
-        if (item.depth < most_levels_) element_line(item, place, contents, hides);
+        const bool may_hold = !hides && most_levels_ != 0 && item.depth < most_levels_ - 1;
+        const nested_scanner::found held = may_hold ? scanner_.enter(item) : nested_scanner::found::nothing;
+        if (item.depth < most_levels_) element_line(item, place, contents, hides, held);
+        if (held == nested_scanner::found::envelope) envelope(item.offset + item.header, item.depth + 1);
         if (const std::string misfit = misfit_words(item, place); !misfit.empty())
             damage(item.depth + 1, item.offset, misfit);
         if (const std::string wrong = damage_words(item, contents); !wrong.empty())
             damage(item.depth + 1, item.offset, wrong);
     }
 
-    void element_line(const ber_item& item, const record_place& place, const unsigned char* contents, bool hides) {
+    void element_line(const ber_item& item, const record_place& place, const unsigned char* contents, bool hides,
+                      nested_scanner::found held) {
         start(item);
         label(place);
         out_.write(type_words(item, place));
@@ -126,9 +134,11 @@ private:
         }
         if (hides) {
             if (!item.opens()) out_.write(" ***");
+        } else if (held != nested_scanner::found::nothing) {
+            out_.write(held == nested_scanner::found::envelope ? " with an envelope" : " with BER");
         } else if (!item.opens() && item.length != 0) {
             out_.put(' ');
-            write_element_value(out_, item, place, contents);
+            write_element_value(out_, item, place, contents, values_);
         }
         out_.put('\n');
     }
@@ -258,10 +268,16 @@ private:
 
     const octets_input& in_;
     const size_t begin_;        // the octet from which on the input is looked at
+    const size_t header_;       // the octet behind the header of an envelope there
     const size_t most_levels_;  // that are shown
+    const value_size values_;
+    nested_scanner scanner_;
     record_guide guide_;
     const record_type* record_;
-    file_output out_;
+    file_output file_;
+    const size_t columns_;  // of the window; 0 where lines are not cut
+    window_output window_;
+    output& out_;  // one of these two
     bool in_color_;
     secret_guard guard_;
     size_t offset_width_ = 8;
@@ -276,8 +292,10 @@ int dump_json(const octets_input& in, const dump_options& options) {
     const auto begin = static_cast<size_t>(std::min<uint64_t>(options.offset, in.size()));
     const size_t size = in.size() - begin;
     write_tree(tree, in.data() + begin, size,
-               {options.record, options.secrets, options.depth, size < SIZE_MAX / 100 - 4096 ? 100 * size : SIZE_MAX});
+               {options.record, options.secrets, options.depth, size < SIZE_MAX / 100 - 4096 ? 100 * size : SIZE_MAX,
+                options.whole ? value_size::whole : value_size::cut});
     file_output out("");
+    out.paint_json(options.color);
     out.write(tree.text());
     out.put('\n');
     out.close();

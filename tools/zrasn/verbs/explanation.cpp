@@ -66,7 +66,8 @@ std::string input_hint(const octets_input& in, const record_type* type) {
     const std::string_view text(reinterpret_cast<const char*>(in.data()), std::min<size_t>(in.size(), 4096));
     const size_t first = text.find_first_not_of(" \t\r\n");
     if (in.size() == 0) return "the input is empty";
-    if (first != text.npos && (text[first] == '{' || text[first] == '['))
+    const bool is_string = first != text.npos && text[first] == '"' && text.find('"', first + 1) != text.npos;
+    if (first != text.npos && (text[first] == '{' || text[first] == '[' || is_string))
         return "this looks like JSON: \"zrasn encode " + std::string(type != nullptr ? type->name : "RECORD") +
                "\" turns it into octets";
     if (std::string_view(in.form()) == "raw" && text.find_first_not_of("0123456789abcdefABCDEFx:, \t\r\n") == text.npos)

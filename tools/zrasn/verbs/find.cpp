@@ -92,6 +92,7 @@ public:
     }
 
     int run() {
+        if (options_.json) out_.paint_json(options_.color);
         if (!options_.extract.empty() && ::mkdir(options_.extract.c_str(), 0777) != 0 && errno != EEXIST)
             throw output_error{file_label(options_.extract) + ": " + std::strerror(errno)};
         const int code = for_each_file(options_.files, [this](const std::string& file) {

@@ -48,6 +48,7 @@ void write_record(output& out, const record_type& type) {
 
 int run_records(const records_options& options) {
     file_output out("");
+    if (options.example || options.json) out.paint_json(options.color);
     if (options.example) {
         write_sample(out, *options.record, 0, true, json_layout::indented);
     } else if (options.json) {

@@ -246,6 +246,7 @@ int run_roundtrip(const roundtrip_options& options) {
         options.lines ? for_each_file(options.files,
                                       [&](const std::string& file) { return compare_lines(options, file, all, out); })
                       : for_each_record(options, compare);
+    if (options.json) out.paint_json(options.color);
     if (options.json)
         all.print_json(out);
     else

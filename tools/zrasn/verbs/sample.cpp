@@ -20,6 +20,7 @@ int run_sample(const sample_options& options) {
     const record_type& type = *options.record;
     file_output out(options.output);
     if (options.as == form::json) {
+        out.paint_json(options.color);
         write_sample(out, type, options.seed, options.filled,
                      options.compact ? json_layout::one_line : json_layout::indented);
         out.put('\n');

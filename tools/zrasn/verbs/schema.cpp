@@ -11,6 +11,7 @@ int run_schema(const schema_options& options) {
     if (!options.against.empty()) return compare_schemas(options);
     file_output out("");
     if (options.json) {
+        out.paint_json(options.color);
         std::vector<const record_type*> records = options.records;
         for (const record_module* module : options.modules)
             records.insert(records.end(), module->begin(), module->end());

@@ -12,6 +12,7 @@
 #include "input/envelopes.h"
 #include "input/text_decoder.h"
 #include "json/base/secrets.h"
+#include "json/document/selection.h"
 
 namespace zr::tool {
 
@@ -23,6 +24,7 @@ struct records_options {
     const record_type* record = nullptr;
     bool json = false;
     bool example = false;  // a value of the record instead, as JSON
+    color_mode color = color_mode::automatic;
 };
 int run_records(const records_options& options);
 
@@ -33,6 +35,7 @@ struct schema_options {
     std::vector<const record_module*> modules;
     bool json = false;    // JSON Schema of the JSON that encode takes, instead
     std::string against;  // a file with what "records --json" wrote of another version, to be compared instead
+    color_mode color = color_mode::automatic;
 };
 int compare_schemas(const schema_options& options);
 int run_schema(const schema_options& options);
@@ -59,8 +62,9 @@ struct decode_options {
     bool lines = false;  // one line of hex a record in, one line of JSON out
     bool compact = false;
     unsigned version = 2;
-    color_mode color = color_mode::automatic;  // of messages on standard error
+    color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;
+    selection* asked = nullptr;  // of the record: which records and members are wanted; null for all
 };
 int run_decode(const decode_options& options);
 
@@ -74,6 +78,7 @@ struct dump_options {
     size_t depth = SIZE_MAX;  // levels that are shown
     uint64_t offset = 0;      // of the octet to begin at
     bool json = false;
+    bool whole = false;  // long values are not cut, nor lines to the window
 };
 int run_dump(const dump_options& options);
 
@@ -101,6 +106,7 @@ struct roundtrip_options {
     bool lines = false;  // one record a line: hex or JSON
     bool json = false;   // the counts
     unsigned version = 2;
+    color_mode color = color_mode::automatic;
 };
 int run_roundtrip(const roundtrip_options& options);
 
@@ -113,6 +119,7 @@ struct sample_options {
     bool compact = false;
     enum class form { json, octets, hex, base64 } as = form::json;
     unsigned version = 2;
+    color_mode color = color_mode::automatic;
 };
 int run_sample(const sample_options& options);
 
@@ -148,6 +155,7 @@ struct find_options {
     std::string extract;  // the directory into which those that fit a record are written; empty for none
     bool json = false;
     unsigned version = 2;
+    color_mode color = color_mode::automatic;
 };
 int run_find(const find_options& options);
 
