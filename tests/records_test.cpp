@@ -210,6 +210,13 @@ TEST(records, binding_classes_encode_and_decode) {
     EXPECT_EQ(copy.time_low, 0u);
     EXPECT_EQ(binding.decode_obj(copy, out, 2), 0);
     EXPECT_EQ(std::memcmp(&copy, &original, sizeof copy), 0);
+    // The functions by the structure's type, of a structure without blocks or texts.
+    for (const auto decode : {static_cast<int (*)(zr_asn_buffer_t&, uuid_t&)>(zrAsnDecodeObj),
+                              static_cast<int (*)(zr_asn_buffer_t&, uuid_t&)>(zrAsnDecodeObjLCS)}) {
+        copy = {};
+        EXPECT_EQ(decode(out, copy), 0);
+        EXPECT_EQ(std::memcmp(&copy, &original, sizeof copy), 0);
+    }
     zr_asn_buffer_free(out);
 }
 
