@@ -19,6 +19,7 @@ namespace {
 
 size_t calls = 0;
 size_t any_form_calls = 0;  // of the general reader of records alone
+size_t packed_copies = 0;   // of structures that were read in another way
 
 }  // namespace
 
@@ -45,7 +46,7 @@ ZR_COUNTED(void, encoding, "_ZN2zr14write_encodingERKNS_11record_typeEPKviRNS_15
            (type, in, version, target))
 ZR_COUNTED(void, copy_packed, "_ZN2zr11copy_packedERKNS_11record_typeEPKvPvRNS_13packed_blocksE",
            (const zr::record_type& type, const void* from, void* to, zr::packed_blocks& blocks),
-           (type, from, to, blocks))
+           (type, from, to, (++packed_copies, blocks)))
 ZR_COUNTED(bool, transcoder, "_ZN2zr10transcoder7convertEPKhS2_",
            (zr::transcoder * texts, zr::octet_position at, zr::octet_position end), (texts, at, end))
 ZR_COUNTED(zr::octet_position, odd_fixed_octets, "_ZN2zr16odd_fixed_octetsEPKhS1_Phj",
@@ -141,7 +142,7 @@ TEST(quick_paths, values_in_other_forms_reach_no_general_reader) {
         octets ber;
     } rows[] = {
         {"ejauditattribute_s_t", bytes("30 04 0c 00 24 00")},
-        {"ejauditattribute_s_t", bytes("30 06 0c 00 24 80 00 00")},
+        {"ejauditattribute_s_t", bytes("30 0b 0c 00 24 80 04 00 04 01 41 00 00")},
         {"ejauditattribute_s_t", bytes("30 85 00 00 00 00 04 0c 00 04 00")},
         {"uuid_t", bytes("30 19 02 00 02 00 02 00 02 00 02 00 24 0d 04 01 01 04 00 04 06 02 03 04 05 06 07")},
         {"sec_id_pa_t", element(0x30, one + element(0x30, full))},
@@ -152,12 +153,12 @@ TEST(quick_paths, values_in_other_forms_reach_no_general_reader) {
         structure out(type), packed(type);
         zr::packed_blocks blocks;
         zr::decode_report report;
-        any_form_calls = 0;
+        any_form_calls = packed_copies = 0;
         EXPECT_EQ(decode(entry_points, row.ber, out), 0);
         EXPECT_EQ(type.decode_packed(whole.data(), whole.size(), packed.get(), blocks, {}, report), 0);
         EXPECT_EQ(difference(type, out.get(), packed.get()), "");
         std::memset(packed.get(), 0, type.size);
-        EXPECT_EQ(any_form_calls, 0u) << row.record << ": " << hex(row.ber).substr(0, 60);
+        EXPECT_EQ(any_form_calls + packed_copies, 0u) << row.record << ": " << hex(row.ber).substr(0, 60);
     }
 }
 

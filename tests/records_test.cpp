@@ -183,6 +183,8 @@ TEST(records, a_binding_object_can_be_used_again) {
             if (round != 3) fill(*type, original.get(), random);
             octets ber = encode(entry_points, original).ber;
             if (round % 2 == 0) {
+                zr_r_buffer_t cut(ber.data(), static_cast<unsigned int>(ber.size() - 1));
+                ASSERT_EQ(binding.asnread(cut), zr_err_data_ends_early);
                 zr::set_fields(binding, *type, original.get());
                 zr_buffer_t out(zr_normal);
                 ASSERT_EQ(binding.asnwrite(out), 0);
