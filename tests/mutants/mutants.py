@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Changes the sources at one point after the other, and runs the tests that reach it: do they see each change?
 
-mutants.py FOLDER...: some --count points of the folders' sources are chosen, evenly from all files by their names (or --all,
-or those of --only). A copy of the repository in --work is built once, at -O1, with all of them in it (points.py, point.h);
-which of them is changed is said when a test program starts. A first run tells which tests reach which points. Then each is
+mutants.py FOLDER...: of the library's sources (src/asn1 src/zrz), or of the tool's and its library's (tools/zrasn src/json),
+some --count points are chosen, evenly from all files by their names (or --all, or those of --only). A copy of the
+repository in --work is built once, at -O1, with all of them in it (points.py, point.h); which of them is changed is said
+when a test program starts. A first run tells which tests reach which points. Then each is
 changed in runs of its tests, the quickest first, within ten times what those take unchanged. Points that do not compile,
 and those that only the compiler evaluates, are left out.
 
@@ -227,7 +228,7 @@ def main():
     work = given.work.resolve() / "-".join(given.folders).replace("/", "_")
     tree = work / "tree"
     targets = ["zrasn_tests"] if given.folders == ["src/asn1", "src/zrz"] else \
-        ["zrasn_json_tests", "zrasn_tool_tests", "zrasn_cli"]
+        ["zrasn_json_tests", "zrasn_tool_tests", "zrasn_cli", "zrasn_vectors"]
 
     names = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")
     names = [name for name in names if name and (ROOT / name).is_file()]
