@@ -416,6 +416,8 @@ for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2
         check 1 '"admin"' 'str: a zero octet in a text' decode value_s_t $lines
     done
 done
+echo 30820011 020105 0c 0a 61646d696e002d626f62 0400 > in
+check 1 '"admin"' 'str: a zero octet in a text' decode value_s_t
 echo 300a 020105 0c 03 616263 0400 > in
 check 0 '"abc"' '' decode value_s_t --compact
 echo 300b 020100 0c 00 0404 00000000 > in
