@@ -554,9 +554,12 @@ done
         echo "${COMPREPLY[*]}"
     }
     [ "$(complete_words zrasn de)" = decode ] && [ "$(complete_words zrasn decode --fro)" = --from ] &&
-        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ]
+        [ "$(complete_words zrasn decode --from he)" = hex ] && [ "$(complete_words zrasn decode acl_ex)" = acl_ext_s_t ] &&
+        [ "$(complete_words zrasn encode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
 check 0 '.TH ZRASN 1' '' manual
+grep -qxF '[options] [RECORD] [FILE ...]' out || fail 'the manual lacks what an operand is called'
+sed -n '/^.SS zrasn records/,/^.SS zrasn schema/p' out | grep -q 'seed' && fail 'the manual gives a verb the option of another'
 statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/status.h")
 [ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'
 while read -r status; do
