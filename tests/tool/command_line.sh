@@ -260,6 +260,8 @@ printf '%s\n' '-----BEGIN A-----' "$block" '-----END A-----' '-----BEGIN A-----'
 more 'standard input:89: another armoured block: not read'
 check 1 'fits uuid_t, as' 'standard input:89: another armoured block: not read' check
 check 1 'node OCTET STRING' 'another armoured block' dump --record uuid_t
+printf '%s\n' '-----BEGIN A-----' " $block" '-----END A-----' > in  # a blank goes on with a header only behind one
+check 0 "\"$id\"" '' decode uuid_t
 printf '%s\r\n' '-----BEGIN A-----' "$block" '-----END B-----' > in
 more 'standard input:75: the armour of "A" ends as that of "B"'
 check 1 'fits uuid_t, as' 'the armour of "A" ends as that of "B"' check
