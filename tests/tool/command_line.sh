@@ -328,6 +328,11 @@ for sides in 'a.ber b.json' "$root/examples/acl.json b.json" 'acl_ext a.ber b.js
     [ "$(wc -l < out)" -eq 7 ] || fail "diff $*: $(cat out)"
 done
 check 0 '' '' diff acl_ext a.ber "$root/examples/acl.json"
+for number in 1 2; do
+    printf '{"perms":[%s%d]}' "$(for i in $(seq 1001); do echo $number,; done)" $number > $number.json
+done
+check 1 '2 differences more' '' diff acl_permset_s_t 1.json 2.json
+[ "$(wc -l < out)" -eq 2001 ] || fail "diff shows $(wc -l < out) lines"
 check 2 '' 'JSON does not tell its record' diff b.json b.json
 check 2 '' 'a.ber: No such' diff uuid none/a.ber b.json
 check 2 '' 'b.json:1:1: uuid_t: found' diff uuid b.json b.json
