@@ -147,7 +147,7 @@ analyze: deps-analyze build/tsan/build.ninja
 
 mutants: deps-mutants
 	@nice tests/mutants/mutants.py src/asn1 src/zrz --jobs $(JOBS)
-	@nice tests/mutants/mutants.py tools/zrasn src/json --count 80 --least 90 --jobs $(JOBS)
+	@nice tests/mutants/mutants.py tools/zrasn src/json --count 60 --least 90 --jobs $(JOBS)
 
 coverage: build/coverage/build.ninja
 	@cmake --build build/coverage -j $(JOBS)

@@ -358,6 +358,7 @@ against 0 'compatible both ways' ''
 against 0 'value_s_t: compatible both ways: member 2 was "text", is "str": only JSON' '/value_s_t", "mod/,/]/s/"str"/"text"/'
 against 4 'acl_entry_s_t: new reads old: member 2 "int_a": type was "int16_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"int16_t"/'
 against 1 'acl_entry_s_t: breaking: member 2 "int_a": type was "uint32_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"uint32_t"/'
+against 1 'attrlist_s_t: breaking: member 1 "attrs": kind was "nested", is "list_of_records"' '/"attrlist_s_t", "mod/,/]/s/list_of_records/nested/'
 against 1 'sec_id_t: breaking: member 1 was "name", is "uuid": another order' '/"sec_id_t", "mod/,/]/{s/"uuid"/"x"/; s/"name", "k/"uuid", "k/; s/"x"/"name"/}'
 against 1 'breaking: member 3 is gone: "more"' '/"sec_id_t", "mod/,/]/s/\]\}/,{"name": "more", "kind": "text"}]}/'
 against 1 '"other_t": breaking: the record is gone' 's/"name": "uuid_t"/"name": "other_t"/'
@@ -547,6 +548,7 @@ printf '%s' "$(head -c 30000000 deep.json)" > in
 check 1 '' 'not JSON' encode namevalue_s_t
 [ "$(wc -c < err)" -lt 2000 ] || fail 'a long path is written whole'
 
+check 0 ', size = 6' '' wireshark
 # Completion and manual.
 for shell in bash zsh fish; do
     check 0 'version-byte' '' completion $shell
