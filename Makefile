@@ -146,7 +146,8 @@ analyze: deps-analyze build/tsan/build.ninja
 	@run-clang-tidy -quiet -j $(JOBS) -p build/tsan -checks='-*,clang-analyzer-*,-clang-analyzer-unix.Malloc,-clang-analyzer-optin.*' '^$(CURDIR)/(src|base_idls)/'
 
 mutants: deps-mutants
-	@nice tests/mutants/mutants.py src --jobs $(JOBS)
+	@nice tests/mutants/mutants.py src/asn1 src/zrz --jobs $(JOBS)
+	@nice tests/mutants/mutants.py tools/zrasn src/json --count 60 --least 90 --jobs $(JOBS)
 
 coverage: build/coverage/build.ninja
 	@cmake --build build/coverage -j $(JOBS)

@@ -112,8 +112,10 @@ TEST(bounds, the_smallest_elements_of_every_list) {
 
 TEST(bounds, records_in_themselves) {
     const thread_locale in_use("latin1");
+    std::string names;
     for (const zr::record_type* type : all_records()) {
         if (!type->contains_itself()) continue;
+        names += type->name + std::string(" ");
         const zr::field& list = *(type->end() - 1);
         for (const form lengths : {form::definite, form::indefinite, form::unterminated}) {
             for (const size_t wide : {size_t{0}, size_t{4}}) {  // other elements beside each one that goes on
@@ -137,6 +139,7 @@ TEST(bounds, records_in_themselves) {
             }
         }
     }
+    EXPECT_EQ(names, "namevalue_s_t ejauditelement_s_t ");
 }
 
 TEST(bounds, texts_that_are_converted) {
@@ -198,6 +201,7 @@ TEST(bounds, shapes_of_attacks) {
         {"an end with contents", octets{0x30, 0x80, 2, 1, 5} + text + data + octets{0, 1, 0}, zr_err_bad_contents},
         {"an end too many", octets{0x30, 0x80, 2, 1, 5} + text + data + octets(4), 0},
         {"nothing but ends", octets(3000), zr_err_no_match},
+        {"an end with contents of segments", value_with({0x24, 0x80, 4, 1, 0x41, 0, 1}) + octets{0}, zr_err_no_match},
         {"an INTEGER of no octets", value({2, 0}), 0},
         {"an INTEGER of four octets", value({2, 4, 0xFF, 0xFF, 0xFF, 0xFF}), 0},
         {"an INTEGER of five octets", value({2, 5, 1, 0, 0, 0, 5}), 0},

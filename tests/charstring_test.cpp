@@ -395,6 +395,10 @@ TEST(charstring, absent_strings_read_as_their_default) {
     EXPECT_EQ(object.get_codeset(), 22u);
     EXPECT_EQ(object.normalize(), 0);
 
+    directory_string of_no_code_set;
+    of_no_code_set.set_default_value(new zr_asn_charstring(zr_normal));
+    EXPECT_EQ(of_no_code_set.normalize(), not_representable);
+
     object.set_default_value(new zr_asn_null(zr_normal));
     out.clear();
     EXPECT_EQ(object.get_value_UTF8(out), 0);

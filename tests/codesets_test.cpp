@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <iconv.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <functional>
@@ -156,6 +157,36 @@ TEST(codesets, one_odd_character_anywhere) {
                 }
             }
         }
+    }
+}
+
+// Short texts at the beginning of a page, before which there is none: nothing there is read.
+TEST(codesets, nothing_before_a_text_is_read) {
+    constexpr size_t page = 65536;
+    void* const pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    ASSERT_EQ(mprotect(pages, page, PROT_NONE), 0);
+    auto* const text = static_cast<unsigned char*>(pages) + page;
+    for (const auto& c : converters) {
+        for (unsigned int length = 0; length < 16; ++length) {
+            std::fill(text, text + length, static_cast<unsigned char>(c.from == universal || c.from == bmp ? 0 : 'a'));
+            zr_buffer_t out(64, zr_normal);
+            EXPECT_EQ(c.convert({text, length}, out), 0) << c.name;
+        }
+    }
+    munmap(pages, 2 * page);
+}
+
+// A character needs no more room than its own.
+TEST(codesets, where_one_octet_is_left_in_the_block) {
+    for (const unsigned char letter : {'a', '\xE9'}) {
+        zr_buffer_t out(1, zr_normal);
+        while (out.length() + 1 < out.capacity())
+            out.append('x');
+        const unsigned int capacity = out.capacity();
+        EXPECT_EQ(IA52T61(input(octets{letter}), out), 0);
+        EXPECT_EQ(out.capacity() == capacity, letter == 'a');
+        EXPECT_LE(out.length(), out.capacity());
     }
 }
 

@@ -392,7 +392,49 @@ TEST(composite, members_that_move) {
             EXPECT_EQ(other.is_present(), 0);
             members[1].set_value(1);
         }
+        members[2].invalidate_value(zr_invalidate_all);
+        other.register_child(&members[2]);  // while the sequence knows that it has changed
+        sequence.check_valid(0);
+        EXPECT_EQ(sequence.is_present(), 0);
     }
+}
+
+// What stays as it was: nothing around it looks at its members again, and nobody asks a member that was looked at.
+TEST(composite, a_value_that_changes_changes_no_presence) {
+    static int looks, asked;
+    struct level : zr_asn_sequence {
+        using zr_asn_sequence::zr_asn_sequence;
+        int check_valid(int deep) override { return ++looks, zr_asn_sequence::check_valid(deep); }
+    } inner(zr_normal), outer(zr_normal);
+    struct : zr_asn_boolean {
+        using zr_asn_boolean::zr_asn_boolean;
+        int is_valid(int deep) const override { return ++asked, zr_asn_boolean::is_valid(deep); }
+    } member{zr_normal};
+    inner.register_child(&member);
+    outer.register_child(&inner);
+    member.set_value(1);
+    EXPECT_EQ(outer.is_present(), 1);
+    looks = asked = 0;
+    member.set_value(0);
+    EXPECT_EQ(looks, 1);
+    EXPECT_EQ(asked, 0);
+}
+
+TEST(composite, a_member_that_is_taken_out) {
+    struct : zr_asn_sequence {
+        using zr_asn_sequence::remove_child;
+        using zr_asn_sequence::zr_asn_sequence;
+    } sequence{zr_normal};
+    zr_asn_boolean present(zr_normal), optional(zr_normal);
+    optional.set_optional(1);
+    sequence.set_empty_permitted(0);
+    sequence.register_child(&optional);
+    sequence.register_child(&present);
+    present.set_value(1);
+    EXPECT_EQ(sequence.is_present(), 1);
+    sequence.remove_child(1);
+    sequence.check_valid(0);
+    EXPECT_EQ(sequence.is_present(), 0);
 }
 
 TEST(composite, a_member_that_cannot_be_emptied) {

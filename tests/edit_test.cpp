@@ -166,6 +166,10 @@ TEST(edit, by_the_types) {
         unsigned char mine = 7;  // octets of length 0 are absent, and their pointer is not the structure's
         request.body = &mine;
         ASSERT_EQ(zr::set_octets(request, &cert_request_in::body, "\1\2", 2), 0);
+        watch.fail_allocation(1);
+        EXPECT_EQ(zr::set_octets(request, &cert_request_in::body, "", UINT32_MAX), zr_err_out_of_memory);
+        EXPECT_EQ(watch.failed(), 0u);  // so many are not asked for
+        watch.fail_allocation(0);
         EXPECT_TRUE(request.body_length == 2 && request.body[1] == 2);
         zr::record<cert_request_in>::type.free(&request);
     }

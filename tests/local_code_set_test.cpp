@@ -209,6 +209,32 @@ TEST(local_code_set, memory_runs_out) {
     }
 }
 
+// A text of 32 letters from two octets to four each fills the first block to the last octet, and a zero octet follows.
+TEST(local_code_set, a_text_as_long_as_its_block) {
+    const thread_locale in_use("gb18030");
+    std::string utf8, local;
+    for (int i = 0; i < 32; ++i)
+        utf8 += "\xC3\xBF", local += "\x81\x30\x8B\x37";
+    allocations watched;
+    const ZLCString_5_1 converted(ZUTF8ConstString_5_1(utf8.data(), utf8.size()));
+    EXPECT_EQ(watched.made(), 3u);  // the converter, that block, and a longer one
+    EXPECT_STREQ(converted.getChars(), local.c_str());
+}
+
+// Where the library converts itself the block is as long as the result at least, wherever in eight octets a letter is.
+TEST(local_code_set, long_texts_in_latin1_have_room) {
+    const thread_locale in_use("latin1");
+    for (size_t place = 0; place < 8; ++place) {
+        std::string local(8000, 'a');
+        for (size_t i = place; i < local.size(); i += 8)
+            local[i] = '\xE9';
+        allocations watched;
+        const ZUTF8String_5_1 converted(ZLCConstString_5_1(local.data(), local.size()));
+        EXPECT_EQ(converted.getLength(), 9000u);
+        EXPECT_GT(watched.peak(), converted.getLength());
+    }
+}
+
 TEST(local_code_set, no_copy_where_nothing_is_converted) {
     const char text[] = "plain";
     const char accented[] = "\xC3\xA9";

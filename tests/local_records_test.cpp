@@ -10,6 +10,7 @@
 #include "support/allocations.h"
 #include "support/caught_stderr.h"
 #include "support/hex.h"
+#include "support/out_of_memory.h"
 #include "support/routes.h"
 #include "support/thread_locale.h"
 
@@ -159,6 +160,45 @@ TEST(local_records, the_first_fault_decides) {
     }
 }
 
+// A text that gets longer, in a form that neither of the quick ways reads.
+TEST(local_records, texts_that_grow) {
+    const thread_locale in_use("gb18030");
+    octets text;
+    for (int i = 0; i < 20; ++i)
+        text = text + octets{0xC3, 0xBF};
+    const octets name = element(0x2C, element(0x24, element(0x04, text)));
+    for (const route& way : {local_entry_points, local_object_tree}) {
+        structure out(*zr::find_record("yvaction_group_s_t"));
+        ASSERT_EQ(decode(way, element(0x30, name + octets{0x30, 0, 0x30, 2, 0x30, 0}), out), 0);
+        std::string expected;
+        for (int i = 0; i < 20; ++i)
+            expected += "\x81\x30\x8B\x37";
+        EXPECT_EQ(*texts_of(out.type(), out.get())[0], expected) << way.name;
+    }
+}
+
+// A text that finds no memory behind one that did: the texts are looked at again for one that cannot be converted.
+TEST(local_records, memory_ends_where_texts_are_converted) {
+    const thread_locale in_use("latin1");
+    structure original(*zr::find_record("yvaction_group_s_t"));
+    std::mt19937 random(34);
+    fill(original.type(), original.get(), random, {400, 3, true});
+    const std::vector<char**> texts = texts_of(original.type(), original.get());
+    ASSERT_GT(texts.size(), 1u);
+    for (size_t i = 0; i < 2; ++i) {
+        std::free(*texts[i]);
+        *texts[i] = copy_text(std::string(i == 0 ? 1 : 1000, '\xE9'));
+    }
+    fail_each_allocation([&](auto&& failing) {
+        caught_stderr printed;
+        zr_asn_buffer_t out{};
+        int status = 0;
+        const bool failed = 0 != failing([&] { status = original.type().encode_lcs(out, original.get()); });
+        EXPECT_EQ(status, failed ? zr_err_out_of_memory : 0);
+        zr_asn_buffer_free(out);
+    });
+}
+
 // One text that the local code set cannot hold, at every place that a record has for texts.
 TEST(local_records, an_unconvertible_text_at_every_place) {
     const thread_locale in_use("latin1");
@@ -191,14 +231,17 @@ TEST(local_records, an_unconvertible_text_at_every_place) {
 // A null element stands for no value: a text before it decides first.
 TEST(local_records, texts_before_a_null_element) {
     const thread_locale in_use(nullptr);
-    for (const bool is_ascii : {true, false}) {
+    for (unsigned i = 0; i < 4; ++i) {
+        const bool is_ascii = i % 2 == 0, is_inside = i / 2 != 0;
         structure chain(zr::record<yvprincipal_chain_s_t>::type);
         auto& made = chain.as<yvprincipal_chain_s_t>();
-        const std::vector<char**> texts = texts_of(chain.type(), chain.get());
-        ASSERT_FALSE(texts.empty());
-        *texts[0] = copy_text(is_ascii ? "registry" : "r\xE9gistre");
-        made.count = 1;
-        made.principals = static_cast<yvprincipal_s_t**>(zeroed(sizeof(yvprincipal_s_t*)));
+        made.count = 2;
+        made.principals = static_cast<yvprincipal_s_t**>(zeroed(2 * sizeof(yvprincipal_s_t*)));
+        if (is_inside) {  // the element before it, which has numbers before its text
+            made.principals[0] = static_cast<yvprincipal_s_t*>(zeroed(sizeof(yvprincipal_s_t)));
+            made.principals[0]->pa = static_cast<sec_id_pa_t*>(zeroed(sizeof(sec_id_pa_t)));
+        }
+        (is_inside ? made.principals[0]->pa->id.name : made.name) = copy_text(is_ascii ? "registry" : "r\xE9gistre");
         caught_stderr printed;
         EXPECT_EQ(encode(local_entry_points, chain).status, is_ascii ? zr_err_out_of_memory : zr_err_conversion);
     }

@@ -114,7 +114,10 @@ TEST(packed, memory_runs_out) {
                 } else {
                     ASSERT_EQ(status, zr_err_out_of_memory);
                     ASSERT_EQ(leftover(*type, out.get()), "");
-                    // The block that was kept stays of use.
+                    // All room was taken back, and the block that was kept stays of use.
+                    void* const room = blocks.allocate<1>(1);
+                    blocks.clear();
+                    ASSERT_EQ(blocks.allocate<1>(1), room);
                     ASSERT_EQ(type->decode_packed(whole.data(), whole.size(), out.get(), blocks, {}, report), 0);
                 }
                 std::memset(out.get(), 0, type->size);
@@ -130,6 +133,7 @@ TEST(packed, blocks) {
     EXPECT_NE(first.allocate<1>(3), nullptr);
     for (const size_t octets : {1, 8, 5, 200})
         EXPECT_EQ(reinterpret_cast<uintptr_t>(first.allocate<8>(octets)) % 8, 0u);
+    EXPECT_EQ(first.allocate<1>(SIZE_MAX / 2), nullptr);
     second = std::move(first);
     allocations watched;
     watched.fail_allocation(1, true);

@@ -96,6 +96,9 @@ TEST(integer, state) {
     EXPECT_TRUE(octets.take(1, at));
     EXPECT_EQ(object.decode_value(octets, 2), zr_err_data_ends_early);
     EXPECT_EQ(octets.consumed(), 1);
+    zr_asn_octetstring segments(zr_normal);
+    EXPECT_EQ(read(segments, "24 00"), 0);  // the form that was read last counts
+    EXPECT_EQ(segments.decode_value(octets, 2), zr_err_data_ends_early);
 }
 
 TEST(boolean, default_and_caches) {

@@ -9,6 +9,7 @@
 #include "asn1/codec/encoding.h"
 #include "asn1/codec/general_reader.h"
 #include "asn1/codec/transcode.h"
+#include "support/allocations.h"
 #include "support/hex.h"
 #include "support/routes.h"
 #include "support/thread_locale.h"
@@ -18,6 +19,7 @@ namespace {
 
 size_t calls = 0;
 size_t any_form_calls = 0;  // of the general reader of records alone
+size_t packed_copies = 0;   // of structures that were read in another way
 
 }  // namespace
 
@@ -44,7 +46,7 @@ ZR_COUNTED(void, encoding, "_ZN2zr14write_encodingERKNS_11record_typeEPKviRNS_15
            (type, in, version, target))
 ZR_COUNTED(void, copy_packed, "_ZN2zr11copy_packedERKNS_11record_typeEPKvPvRNS_13packed_blocksE",
            (const zr::record_type& type, const void* from, void* to, zr::packed_blocks& blocks),
-           (type, from, to, blocks))
+           (type, from, to, (++packed_copies, blocks)))
 ZR_COUNTED(bool, transcoder, "_ZN2zr10transcoder7convertEPKhS2_",
            (zr::transcoder * texts, zr::octet_position at, zr::octet_position end), (texts, at, end))
 ZR_COUNTED(zr::octet_position, odd_fixed_octets, "_ZN2zr16odd_fixed_octetsEPKhS1_Phj",
@@ -129,6 +131,76 @@ TEST(quick_paths, values_in_other_forms_reach_no_general_reader) {
         EXPECT_EQ(decode(entry_points, element(0x30, element(0x30, element(0x30, bytes(name) + bytes("30 00")))), out),
                   0);
         EXPECT_EQ(any_form_calls, 0u) << name;
+    }
+    octets full;  // as many elements as a count of 16 bits can tell
+    structure identity(*zr::find_record("sec_id_t"));
+    const octets one = encode(entry_points, identity).ber;
+    for (size_t i = 0; i < 65535; ++i)
+        full.insert(full.end(), one.begin(), one.end());
+    const struct {
+        const char* record;
+        octets ber;
+    } rows[] = {
+        {"ejauditattribute_s_t", bytes("30 04 0c 00 24 00")},
+        {"ejauditattribute_s_t", bytes("30 0b 0c 00 24 80 04 00 04 01 41 00 00")},
+        {"ejauditattribute_s_t", bytes("30 85 00 00 00 00 04 0c 00 04 00")},
+        {"uuid_t", bytes("30 19 02 00 02 00 02 00 02 00 02 00 24 0d 04 01 01 04 00 04 06 02 03 04 05 06 07")},
+        {"sec_id_pa_t", element(0x30, one + element(0x30, full))},
+    };
+    for (const auto& row : rows) {
+        const zr::record_type& type = *zr::find_record(row.record);
+        const octets whole = envelope(row.ber).all();
+        structure out(type), packed(type);
+        zr::packed_blocks blocks;
+        zr::decode_report report;
+        any_form_calls = packed_copies = 0;
+        EXPECT_EQ(decode(entry_points, row.ber, out), 0);
+        EXPECT_EQ(type.decode_packed(whole.data(), whole.size(), packed.get(), blocks, {}, report), 0);
+        EXPECT_EQ(difference(type, out.get(), packed.get()), "");
+        std::memset(packed.get(), 0, type.size);
+        EXPECT_EQ(any_form_calls + packed_copies, 0u) << row.record << ": " << hex(row.ber).substr(0, 60);
+    }
+}
+
+// Where texts are converted the parts without any are stepped over, whatever is in them: in the midst of the octets and
+// near their end, where they are looked at in other steps.
+TEST(quick_paths, values_in_other_forms_beside_texts_that_are_converted) {
+    const thread_locale in_use("latin1");
+    const octets identity = element(0x30, bytes("30 12 02 00 02 00 02 00 02 00 02 00 24 06 04 04 01 02 03 04") +
+                                              element(0x0C, bytes("c3 a9 c3 a9 c3 a9 c3 a9 c3 a9")));
+    structure out(*zr::find_record("sec_id_pa_t"));
+    any_form_calls = 0;
+    EXPECT_EQ(decode(local_entry_points, element(0x30, identity + element(0x30, identity + identity)), out), 0);
+    for (char** text : texts_of(out.type(), out.get()))
+        EXPECT_STREQ(*text, "\xE9\xE9\xE9\xE9\xE9");
+    EXPECT_EQ(any_form_calls, 0u);
+}
+
+// What has no indefinite length inside goes into the copy as it is: a copy that has room for the octets takes no more.
+TEST(quick_paths, definite_parts_are_copied_as_they_are) {
+    const octets attribute = bytes("30 04 0c 00 30 00");
+    octets list;
+    for (int i = 0; i < 3000; ++i)
+        list = std::move(list) + attribute;
+    list = element(0x30, list);
+    const auto blocks_of = [](const octets& ber) {
+        structure out(*zr::find_record("attrlist_s_t"));
+        allocations watched;
+        EXPECT_EQ(decode(entry_points, ber, out), 0);
+        const size_t made = watched.made();
+        EXPECT_EQ(leftover_of_free(out), "");
+        return made;
+    };
+    EXPECT_EQ(blocks_of(octets{0x30, 0x80} + list + octets{0, 0}), blocks_of(element(0x30, list)) + 1);
+}
+
+// An encoding may have 2^32-1 octets: memory is asked for no more.
+TEST(encoding, the_longest) {
+    allocations watched;
+    for (const uint64_t more : {0, 1}) {
+        watched.fail_allocation(1);
+        EXPECT_THROW(zr::allocate_encoding(UINT32_MAX + more), zr_asn_memexception);
+        EXPECT_EQ(watched.failed(), 1 - more);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "asn1/codec/define_record.h"
 #include "asn1/record/decoding.h"
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
@@ -19,6 +20,19 @@
 #include "support/ber.h"
 #include "support/caught_stderr.h"
 #include "support/routes.h"
+
+// Lists whose counts have 16 bits.
+struct few_numbers_t {
+    uint16_t count;
+    int32_t* numbers;
+};
+ZR_RECORD(few, few_numbers_t, asn_few_numbers_t, zr::list(ZR_M(count), ZR_M(numbers)));
+struct few_names_t {
+    uint16_t count;
+    char** names;
+};
+ZR_RECORD(few, few_names_t, asn_few_names_t, zr::list(ZR_M(count), ZR_M(names)));
+ZR_DEFINE_MODULE(few, few_numbers_t, few_names_t);
 
 namespace zr_test {
 namespace {
@@ -48,6 +62,8 @@ TEST(records, a_null_element_in_an_array_of_pointers) {
                 zr_asn_buffer_t out{7, nullptr};
                 EXPECT_EQ(way.encode(*type, out, original.get()), zr_err_out_of_memory);
                 EXPECT_EQ(out.length, 7u);
+                EXPECT_EQ(printed.take().substr(0, line.size()), line);
+                EXPECT_EQ(zr::copy_record(*type, original.get(), structure(*type).get()), zr_err_out_of_memory);
                 EXPECT_EQ(printed.take().substr(0, line.size()), line);
                 EXPECT_EQ(watched.live(), 4u) << "the structure, its array and two elements";
                 EXPECT_EQ(leftover_of_free(original), "");
@@ -164,6 +180,88 @@ TEST(records, lists_of_integers_of_every_width_and_any_length) {
     }
 }
 
+octets times(size_t count, const octets& part) {
+    octets all;
+    for (; count != 0; --count)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+// What a decode with a report says of a list, and what is said without a structure.
+void expect_reported(const zr::record_type& type, const octets& ber, int status) {
+    zr::refusal found;
+    EXPECT_EQ(type.examine(ber.data(), ber.size(), found), status);
+    EXPECT_STREQ(found.count_name, status == zr_err_out_of_memory ? "count" : "");
+    structure out(type);
+    const octets whole = envelope(ber).all();
+    zr::decode_report report;
+    EXPECT_EQ(type.decode(whole.data(), whole.size(), out.get(), {}, report), status);
+    EXPECT_STREQ(report.reason(), status == 0 ? "ok" : status == zr_err_out_of_memory ? "list_too_long" : "no_match");
+}
+
+// Beyond the count elements are read and checked like the others, and dropped.
+TEST(records, values_beyond_the_count_are_refused) {
+    const struct {
+        const zr::record_type& type;
+        octets element;
+    } lists[] = {{zr::record<few_numbers_t>::type, {0x02, 1, 5}}, {zr::record<few_names_t>::type, {0x0C, 1, 0x41}}};
+    for (const auto& list : lists) {
+        for (const uint32_t count : {65535u, 65536u, 65537u}) {
+            for (const bool is_odd_at_the_end : {false, true}) {
+                octets elements = times(count, list.element);
+                if (is_odd_at_the_end) elements = elements + octets{0x30, 0};
+                const octets ber = element(0x30, element(0x30, elements));
+                const int expected = is_odd_at_the_end ? zr_err_no_match : count == 65535 ? 0 : zr_err_out_of_memory;
+                caught_stderr printed;
+                allocations watched;
+                structure copy(list.type);
+                EXPECT_EQ(decode(entry_points, ber, copy), expected);
+                EXPECT_EQ(leftover_of_free(copy), "");
+                expect_reported(list.type, ber, expected);
+                EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
+            }
+        }
+    }
+}
+
+// What was found before counts no more, also when memory ends. Of a long path the middle is left out.
+TEST(records, examined_without_a_structure) {
+    const octets bad = bytes("30 0a 30 08 30 06 0c 02 41 42 02 00");
+    zr::refusal found;
+    const zr::record_type& list = *zr::find_record("attrlist_s_t");
+    EXPECT_EQ(list.examine(bad.data(), bad.size(), found), zr_err_no_match);
+    EXPECT_STREQ(found.path, "attrs[0].values");
+    EXPECT_EQ(found.offset, 10u);
+    {
+        caught_stderr printed;
+        allocations watched;
+        watched.fail_allocation(1);
+        EXPECT_EQ(list.examine(bad.data(), bad.size(), found), zr_err_out_of_memory);
+    }
+    EXPECT_STREQ(found.path, "");
+    EXPECT_EQ(found.offset, 0u);
+    octets chain = bytes("30 02 02 00");
+    std::string half = "children[0]";
+    for (int i = 0; i < 30; ++i)
+        chain = element(0x30, octets{0x0C, 0, 0x30, 0} + element(0x30, chain));
+    while (half.size() < 140)
+        half += ".children[0]";
+    EXPECT_EQ(zr::find_record("namevalue_s_t")->examine(chain.data(), chain.size(), found), zr_err_no_match);
+    EXPECT_EQ(found.path, half + " ... " + half + ".name");
+}
+
+// Octets that look like a record and its end, where a reader comes that takes 80 for the length of a string.
+TEST(records, a_segment_that_holds_what_looks_like_an_end) {
+    const octets contents = times(125, {0x41}) + bytes("30 80 00 00 04 02 00 00");
+    const octets ber = bytes("30 80 0c 00 24 80") + element(0x04, contents) + octets(4);
+    for (const route& way : routes) {
+        structure out(*zr::find_record("ejauditattribute_s_t"));
+        ASSERT_EQ(decode(way, ber, out), 0);
+        const auto& made = out.as<ejauditattribute_s_t>();
+        EXPECT_EQ(octets(made.data, made.data + made.length), contents) << way.name;
+    }
+}
+
 // sec_id_pa_t counts in 16 bits.
 TEST(records, identities_beyond_the_count_are_refused) {
     structure one(*zr::find_record("sec_id_t"));
@@ -187,6 +285,7 @@ TEST(records, identities_beyond_the_count_are_refused) {
                 EXPECT_EQ(printed.take().substr(0, line.size()), line);
             }
             EXPECT_EQ(leftover_of_free(copy), "");
+            expect_reported(copy.type(), ber, count <= 65535 ? 0 : zr_err_out_of_memory);
             EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
         }
     }

@@ -8,6 +8,7 @@
 
 #include "asn1/record/operations.h"
 #include "support/caught_stderr.h"
+#include "support/hex.h"
 #include "support/out_of_memory.h"
 #include "support/routes.h"
 
@@ -139,6 +140,24 @@ TEST(records_out_of_memory, copying) {
             },
             true);
     });
+}
+
+// Octets in segments of segments: without memory for them nothing is read, while a text without it is missing.
+TEST(records_out_of_memory, octets_in_segments) {
+    const zr::record_type& type = *zr::find_record("value_s_t");
+    const octets ber = bytes("30 0f 02 01 05 0c 00 24 08 24 06 04 01 41 04 01 42");
+    envelope in(ber);
+    std::string statuses;
+    statuses.reserve(100);
+    fail_each_allocation([&](auto&& failing) {
+        caught_stderr printed;
+        structure out(type);
+        zr_asn_buffer_t buffer = in.buffer();
+        int status = 0;
+        failing([&] { status = entry_points.decode(type, buffer, out.get()); });
+        statuses += std::to_string(status) + " ";
+    });
+    EXPECT_EQ(statuses, "0 275062885 275062885 275062885 0 ");  // the last one with memory enough
 }
 
 // The process's locale is "C", which knows ASCII only: a text with any other octet cannot be converted.

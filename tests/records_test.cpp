@@ -183,6 +183,8 @@ TEST(records, a_binding_object_can_be_used_again) {
             if (round != 3) fill(*type, original.get(), random);
             octets ber = encode(entry_points, original).ber;
             if (round % 2 == 0) {
+                zr_r_buffer_t cut(ber.data(), static_cast<unsigned int>(ber.size() - 1));
+                ASSERT_EQ(binding.asnread(cut), zr_err_data_ends_early);
                 zr::set_fields(binding, *type, original.get());
                 zr_buffer_t out(zr_normal);
                 ASSERT_EQ(binding.asnwrite(out), 0);
@@ -210,6 +212,13 @@ TEST(records, binding_classes_encode_and_decode) {
     EXPECT_EQ(copy.time_low, 0u);
     EXPECT_EQ(binding.decode_obj(copy, out, 2), 0);
     EXPECT_EQ(std::memcmp(&copy, &original, sizeof copy), 0);
+    // The functions by the structure's type, of a structure without blocks or texts.
+    for (const auto decode : {static_cast<int (*)(zr_asn_buffer_t&, uuid_t&)>(zrAsnDecodeObj),
+                              static_cast<int (*)(zr_asn_buffer_t&, uuid_t&)>(zrAsnDecodeObjLCS)}) {
+        copy = {};
+        EXPECT_EQ(decode(out, copy), 0);
+        EXPECT_EQ(std::memcmp(&copy, &original, sizeof copy), 0);
+    }
     zr_asn_buffer_free(out);
 }
 

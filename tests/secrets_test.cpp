@@ -40,9 +40,12 @@ bool leaves_on_stack(const std::function<void()>& body) {
 }
 
 TEST(secrets, leave_no_trace) {
-    // é in UTF-8 and in ISO 8859-1, so that the texts are converted; one so long that it grows where it is converted.
-    for (const std::string& tail : {std::string(), std::string("\xC3\xA9"), std::string(5000, '-') + "\xC3\xA9",
-                                    std::string("\0 and more", 10)}) {
+    // Letters of two octets in UTF-8, so that the texts are converted; one so long that it grows where it is converted.
+    std::string letters;
+    for (int i = 0; i < 60; ++i)
+        letters += "\xC3\xBF";
+    for (const std::string& tail : {std::string(), std::string("\xC3\xA9"), letters,
+                                    std::string(5000, '-') + "\xC3\xA9", std::string("\0 and more", 10)}) {
         const auto text = [&](unsigned char identifier) {
             octets contents(secret.begin(), secret.end());
             contents.insert(contents.end(), tail.begin(), tail.end());
@@ -84,8 +87,8 @@ TEST(secrets, leave_no_trace) {
                 }
                 EXPECT_EQ(search.found(), 0u);
             };
-            // With the C library's converter and without.
-            for (const char* locale : {"euc_jp", "latin1"})
+            // With the C library's converter and without, into texts that are shorter, and longer.
+            for (const char* locale : {"euc_jp", "latin1", "gb18030"})
                 EXPECT_FALSE(leaves_on_stack([&] { body(locale); })) << locale;
         }
     }

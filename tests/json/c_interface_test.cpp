@@ -70,6 +70,11 @@ std::string octets_of(const char* digits) {
 }
 
 TEST(c_interface, takes_samples_of_every_record_there_and_back) {
+    const zrasn_record* const list = zrasn_record_find("attrlist");
+    size_t empty = 0;
+    for (uint64_t seed = 1; seed != 30; ++seed)
+        empty += sample(list, seed, 0) == R"({"attrs":[]})";
+    EXPECT_GT(empty, 0u);
     zr::json_options shown, bare;
     shown.show_secrets = bare.bare = 1;
     for (size_t i = 0; i != zrasn_record_count(); ++i) {
@@ -77,6 +82,7 @@ TEST(c_interface, takes_samples_of_every_record_there_and_back) {
         const std::string name = zrasn_record_name(record);
         ASSERT_EQ(zrasn_record_find(name.c_str()), record);
         ASSERT_EQ(zrasn_record_find(name.substr(0, name.rfind("_s_t")).c_str()), record);
+        EXPECT_LE(sample(record, 0, 0).size(), sample(record, 0, 1).size());
         for (uint64_t seed = 0; seed != 12; ++seed) {
             const std::string text = sample(record, seed / 2, seed % 2);
             SCOPED_TRACE(testing::Message() << name << " " << text);
@@ -267,6 +273,13 @@ TEST(c_interface, shows_what_hostile_octets_are_within_its_limits) {
         json::parse(
             R"({"key":"cut_text","offset":10,"path":"attrs[0].name","what":"a zero octet in a text, which is read up to there"})"));
     EXPECT_EQ(call(identify, nullptr, octets_of("30 06 30 04 30 02 05 00")).document().at("fitting"), json::array());
+    // What is left out, and how many levels are shown when nobody says so.
+    const json lacking = call(zrasn_walk, zrasn_record_find("value_s_t"), octets_of("30 03 02 01 05")).document();
+    EXPECT_EQ(lacking.at("elements").at(0).at("missing"), json::parse(R"(["str","data"])"));
+    std::string nested;
+    for (int i = 0; i != 70; ++i)
+        nested = octets_of("30 82") + std::string{char(nested.size() >> 8), char(nested.size() & 255)} + nested;
+    EXPECT_NE(call(zrasn_walk, nullptr, nested).made.find("\"hidden\":6"), std::string::npos);
 }
 
 TEST(c_interface, describes_records) {
@@ -281,7 +294,10 @@ TEST(c_interface, describes_records) {
     EXPECT_EQ(module.fill([&](char** made, size_t* length) { return zrasn_schema(record, made, length); }), 0);
     EXPECT_NE(module.view().find("Uuid-t ::= SEQUENCE {"), std::string::npos);
     EXPECT_EQ(schema.fill([&](char** made, size_t* length) { return zrasn_json_schema(nullptr, made, length); }), 0);
-    EXPECT_EQ(json::parse(schema.view()).at("anyOf").size(), zrasn_record_count());
+    const json all_records = json::parse(schema.view());
+    EXPECT_EQ(all_records.at("anyOf").size(), zrasn_record_count());
+    EXPECT_EQ(all_records.at("$defs").at("attrlist_s_t").at("properties").at("attrs").at("type"), "array");
+    EXPECT_NE(std::string(zrasn_version()).find('.'), std::string::npos);
     EXPECT_STREQ(zrasn_status_text(ZRASN_BAD_JSON), "the text is no JSON of the record");
     EXPECT_STREQ(zrasn_status_name(zr_err_no_match), "zr_err_no_match");
 }

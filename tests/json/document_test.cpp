@@ -119,6 +119,9 @@ TEST(json, that_is_refused) {
             list += ",{}";
         return list;
     }() + "]";
+    std::string nulls;
+    for (int i = 0; i < 32; ++i)
+        nulls += "null,";
     const struct {
         const char* record;
         std::string text;
@@ -129,6 +132,7 @@ TEST(json, that_is_refused) {
         {"value_s_t", "", 1, 1, "", "not JSON"},
         {"value_s_t", "{\"type\": 1", 1, 10, "type", "not JSON"},
         {"value_s_t", "{} x", 1, 4, "", "not JSON"},
+        {"value_s_t", std::string("{}\0", 3), 1, 3, "", "not JSON: found a zero octet"},
         {"value_s_t", "{\"str\": \"\xFF\"}", 1, 10, "str", "not JSON"},
         {"value_s_t", R"({"str": "\ud800"})", 1, 16, "str", "not JSON"},
         {"value_s_t", "[]", 1, 1, "", "found an array, expected an object (value_s_t)"},
@@ -170,6 +174,8 @@ TEST(json, that_is_refused) {
         {"sec_id_t", R"({"uuid": 1})", 1, 10, "uuid", "found a number, expected a UUID"},
         {"yvprincipal_s_t", R"({"pa": 1})", 1, 8, "pa", "expected an object (sec_id_pa_t) or null"},
         {"sec_id_pa_t", "{\"ids\":" + many + "}", 1, 9 + 3 * 65535, "ids[65535]", "at most 65535 elements"},
+        {"yvaction_group_s_t", R"({"actions": 1})", 1, 13, "actions", "expected an array of at most 32 elements"},
+        {"yvaction_group_s_t", "{\"actions\":[" + nulls + "null]}", 1, 173, "actions[32]", "at most 32 elements"},
         {"acl_permset_s_t", R"({"perms": [1, 2147483648]})", 1, 15, "perms[1]", "out of range"},
         {"namevalue_s_t", "{\"values\": [\"a\", 1]}", 1, 18, "values[1]", "found a number, expected a text"},
         {"namevalue_s_t", std::string("{\"values\": [") + uuid + ", []]}", 1, 53, "values[1]", "found an array"},

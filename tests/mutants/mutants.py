@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Changes the sources at one point after the other, and runs the tests that reach it: do they see each change?
 
-mutants.py FOLDER...: some --count points of the folders' sources are chosen, evenly from all files by their names (or --all,
-or those of --only). A copy of the repository in --work is built once, at -O1, with all of them in it (points.py, point.h);
-which of them is changed is said when a test program starts. A first run tells which tests reach which points. Then each is
+mutants.py FOLDER...: of the library's sources (src/asn1 src/zrz), or of the tool's and its library's (tools/zrasn src/json),
+some --count points are chosen, evenly from all files by their names (or --all, or those of --only). A copy of the
+repository in --work is built once, at -O1, with all of them in it (points.py, point.h); which of them is changed is said
+when a test program starts. A first run tells which tests reach which points. Then each is
 changed in runs of its tests, the quickest first, within ten times what those take unchanged. Points that do not compile,
 and those that only the compiler evaluates, are left out.
 
@@ -194,7 +195,8 @@ def choose(points, count, only):
     for point in sorted(points, key=lambda p: hashlib.sha1(p.name.encode()).digest()):
         by_file[point.file].append(point)
     share = count / len(points)
-    return [p for file in sorted(by_file) for p in by_file[file][:max(3, -int(-len(by_file[file]) * share // 1))]]
+    least = min(3, count // len(by_file))
+    return [p for file in sorted(by_file) for p in by_file[file][:max(least, -int(-len(by_file[file]) * share // 1))]]
 
 
 def read_reasons():
@@ -211,7 +213,7 @@ def read_reasons():
 
 def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    arguments.add_argument("folders", nargs="+", help="src, tools/zrasn")
+    arguments.add_argument("folders", nargs="+", help="src/asn1 src/zrz, or tools/zrasn src/json")
     arguments.add_argument("--work", type=Path, default=ROOT / "build/mutants")
     arguments.add_argument("--count", type=int, default=800)
     arguments.add_argument("--least", type=float, default=97)
@@ -221,10 +223,12 @@ def main():
     arguments.add_argument("--within", type=float, default=600, help="leave tests out that take more seconds")
     arguments.add_argument("--again", action="store_true", help="run the tests with listed survivors too")
     arguments.add_argument("--survivors", action="store_true", help="only what survived the run before, and is not listed")
+    arguments.add_argument("--holes", action="store_true", help="only the listed holes, with all tests")
     given = arguments.parse_args()
     work = given.work.resolve() / "-".join(given.folders).replace("/", "_")
     tree = work / "tree"
-    targets = ["zrasn_tests"] if given.folders == ["src"] else ["zrasn_tool_tests", "zrasn_cli"]
+    targets = ["zrasn_tests"] if given.folders == ["src/asn1", "src/zrz"] else \
+        ["zrasn_json_tests", "zrasn_tool_tests", "zrasn_cli", "zrasn_vectors"]
 
     names = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")
     names = [name for name in names if name and (ROOT / name).is_file()]
@@ -232,7 +236,7 @@ def main():
     for name in names:
         (tree / name).chmod((ROOT / name).stat().st_mode)
     configure(tree, targets)
-    commands = sorted(command_lines(tree), key=lambda c: (not c[0].startswith(given.folders[0]), c[0]))
+    commands = sorted(command_lines(tree), key=lambda c: (not c[0].startswith(tuple(given.folders)), c[0]))
     print("Looking for points", flush=True)
     points, unseen = find_points(ROOT, given.folders, commands)
     print(f"{len(points)} points; not compiled: {' '.join(unseen) or 'no file'}", flush=True)
@@ -265,6 +269,9 @@ def main():
         reasons, count, unlisted, survived = read_reasons(), Counter(), [], work / "survived"
         if given.survivors:
             chosen = [p for p in chosen if p.name in survived.read_text().split()]
+        if given.holes:
+            chosen = [p for p in chosen if reasons.get(p.name, ("", ""))[1].startswith("hole: ")]
+            given.again = True
         seen = pool.map(lambda p: judge(p, tests) if given.again or p.name not in reasons else "", chosen)
         for point, test in zip(chosen, seen):
             text, reason = reasons.get(point.name, ("", ""))

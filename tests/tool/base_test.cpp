@@ -36,6 +36,7 @@ TEST(text, is_fit_for_a_terminal) {
         {"\u00FC\u6F22\U0001F600", 9, "\u00FC\u6F22\U0001F600", "\u00FC\u6F22\U0001F600"},
         {"\u0085\u202E\uFEFF\U000E0001", 12, R"(\u{85}\u{202e}\u{feff}\u{e0001})",
          R"(\u{85}\u{202e}\u{feff}\u{e0001})"},
+        {"\u0080\u0800\U00010000", 9, "\\u{80}\u0800\U00010000", "\\u{80}\u0800\U00010000"},
         {"a\xC0\x80", 1, R"(a\xc0\x80)", R"(a\xc0\x80)"},           // longer than needed
         {"\xED\xA0\x80", 0, R"(\xed\xa0\x80)", R"(\xed\xa0\x80)"},  // surrogate
         {"\xF4\x90\x80\x80", 0, R"(\xf4\x90\x80\x80)", R"(\xf4\x90\x80\x80)"},

@@ -262,6 +262,8 @@ printf '%s\n' '-----BEGIN A-----' "$block" '-----END A-----' '-----BEGIN A-----'
 more 'standard input:89: another armoured block: not read'
 check 1 'fits uuid_t, as' 'standard input:89: another armoured block: not read' check
 check 1 'node OCTET STRING' 'another armoured block' dump --record uuid_t
+printf '%s\n' '-----BEGIN A-----' " $block" '-----END A-----' > in  # a blank goes on with a header only behind one
+check 0 "\"$id\"" '' decode uuid_t
 printf '%s\r\n' '-----BEGIN A-----' "$block" '-----END B-----' > in
 more 'standard input:75: the armour of "A" ends as that of "B"'
 check 1 'fits uuid_t, as' 'the armour of "A" ends as that of "B"' check
@@ -328,6 +330,11 @@ for sides in 'a.ber b.json' "$root/examples/acl.json b.json" 'acl_ext a.ber b.js
     [ "$(wc -l < out)" -eq 7 ] || fail "diff $*: $(cat out)"
 done
 check 0 '' '' diff acl_ext a.ber "$root/examples/acl.json"
+for number in 1 2; do
+    printf '{"perms":[%s%d]}' "$(for i in $(seq 1001); do echo $number,; done)" $number > $number.json
+done
+check 1 '2 differences more' '' diff acl_permset_s_t 1.json 2.json
+[ "$(wc -l < out)" -eq 2001 ] || fail "diff shows $(wc -l < out) lines"
 check 2 '' 'JSON does not tell its record' diff b.json b.json
 check 2 '' 'a.ber: No such' diff uuid none/a.ber b.json
 check 2 '' 'b.json:1:1: uuid_t: found' diff uuid b.json b.json
@@ -408,6 +415,7 @@ against 0 'compatible both ways' ''
 against 0 'value_s_t: compatible both ways: member 2 was "text", is "str": only JSON' '/value_s_t", "mod/,/]/s/"str"/"text"/'
 against 4 'acl_entry_s_t: new reads old: member 2 "int_a": type was "int16_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"int16_t"/'
 against 1 'acl_entry_s_t: breaking: member 2 "int_a": type was "uint32_t", is "int32_t"' '/"acl_entry_s_t", "mod/,/]/s/"int32_t"/"uint32_t"/'
+against 1 'attrlist_s_t: breaking: member 1 "attrs": kind was "nested", is "list_of_records"' '/"attrlist_s_t", "mod/,/]/s/list_of_records/nested/'
 against 1 'sec_id_t: breaking: member 1 was "name", is "uuid": another order' '/"sec_id_t", "mod/,/]/{s/"uuid"/"x"/; s/"name", "k/"uuid", "k/; s/"x"/"name"/}'
 against 1 'breaking: member 3 is gone: "more"' '/"sec_id_t", "mod/,/]/s/\]\}/,{"name": "more", "kind": "text"}]}/'
 against 1 '"other_t": breaking: the record is gone' 's/"name": "uuid_t"/"name": "other_t"/'
@@ -478,6 +486,8 @@ for form in '0c 0a 61646d696e002d626f62' '2c 0c 04 06 61646d696e00 0402 2d62' '2
         check 1 '"admin"' 'str: a zero octet in a text' decode value_s_t $lines
     done
 done
+echo 30820011 020105 0c 0a 61646d696e002d626f62 0400 > in
+check 1 '"admin"' 'str: a zero octet in a text' decode value_s_t
 echo 300a 020105 0c 03 616263 0400 > in
 check 0 '"abc"' '' decode value_s_t --compact
 echo 300b 020100 0c 00 0404 00000000 > in
@@ -600,6 +610,7 @@ printf '%s' "$(head -c 30000000 deep.json)" > in
 check 1 '' 'not JSON' encode namevalue_s_t
 [ "$(wc -c < err)" -lt 2000 ] || fail 'a long path is written whole'
 
+check 0 ', size = 6' '' wireshark
 # Completion and manual.
 for shell in bash zsh fish; do
     check 0 'version-byte' '' completion $shell
@@ -618,7 +629,8 @@ done
         [ "$(complete_words zrasn decode --from = he)" = hex ] && [ "$(complete_words zrasn completion z)" = zsh ] &&
         [ "$(complete_words zrasn find --extract fou)" = found ] && [ "$(complete_words zrasn check --framing =)" = \
             'auto one concatenated 2 4 2le 4le' ] && [ "$(complete_words zrasn decode acl_ext --where e)" = 'entries ext' ] &&
-        [ "$(complete_words zrasn decode in --record sec_id --select name,u)" = name,uuid ]
+        [ "$(complete_words zrasn decode in --record sec_id --select name,u)" = name,uuid ] &&
+        [ "$(complete_words zrasn encode acl_ex)" = acl_ext_s_t ]
 ) || fail 'completion of bash'
 if command -v fish > /dev/null; then
     "$program" completion fish > completion
@@ -627,6 +639,8 @@ if command -v fish > /dev/null; then
     [ "$words" = 'entries ext name' ] || fail "completion of fish: $words $(cat err)"
 fi
 check 0 '.TH ZRASN 1' '' manual
+grep -qxF '[options] [RECORD] [FILE ...]' out || fail 'the manual lacks what an operand is called'
+sed -n '/^.SS zrasn records/,/^.SS zrasn schema/p' out | grep -q 'seed' && fail 'the manual gives a verb the option of another'
 statuses=$(sed -nE 's/^ +(zr_err_[a-z_0-9]+) = ([0-9]+),.*/\2 \1/p' "$root/src/asn1/status.h")
 [ "$(echo "$statuses" | wc -l)" -ge 20 ] || fail 'no status constants found'
 while read -r status; do

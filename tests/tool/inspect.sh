@@ -28,6 +28,20 @@ value() {
     [ "$shown" = "$2" ] || fail "dump of $1: $shown, not $2"
 }
 
+# A member that is missing stands in the column of those that are there.
+echo 3003020105 > in
+same 1 dump --record value_s_t << 'END'
+  offset  hdr     length  class    tag  form
+       0    2          3  univ     16  cons  value_s_t SEQUENCE
+       2    2          1  univ      2  prim    type INTEGER 5
+                                               ! str (UTF8String) is missing
+                                               ! data (OCTET STRING) is missing
+END
+# Of records that fit alike one line each.
+echo 3081023000 > in
+"$program" check < in > out
+[ "$(grep -c ' fits .* 1 deviation ' out)/$(wc -l < out)" = 3/3 ] || fail "check: $(cat out)"
+
 # Values of all universal types.
 value '0101ff' 'BOOLEAN TRUE'
 value '010100' 'BOOLEAN FALSE'
