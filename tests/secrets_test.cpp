@@ -44,7 +44,7 @@ TEST(secrets, leave_no_trace) {
     std::string letters;
     for (int i = 0; i < 60; ++i)
         letters += "\xC3\xBF";
-    for (const std::string& tail : {std::string(), std::string("\xC3\xA9"), letters,
+    for (const std::string& tail : {std::string(), std::string("\xC3\xA9"), letters.substr(0, 20), letters,
                                     std::string(5000, '-') + "\xC3\xA9", std::string("\0 and more", 10)}) {
         const auto text = [&](unsigned char identifier) {
             octets contents(secret.begin(), secret.end());

@@ -23,6 +23,11 @@ inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count
     std::memcpy(to + count - sizeof last, &last, sizeof last);
 }
 
+// What compilers keep in a register, where there are vectors.
+struct sixteen {
+    uint64_t parts[2];
+};
+
 // Copies `Size` octets as one value, which the compiler can keep in registers.
 template <size_t Size>
 inline void copy_fixed(unsigned char* to, const unsigned char* from) {
@@ -43,9 +48,6 @@ ZR_CODEC_API void copy_many(unsigned char* to, const unsigned char* from, size_t
 ZR_INLINE void copy_octets(unsigned char* to, const void* source, size_t count) {
     const auto* from = static_cast<const unsigned char*>(source);
 #ifdef __SSE2__
-    struct sixteen {
-        uint64_t parts[2];
-    };
     if (count >= 16) {
         if (count > 32) return copy_many(to, from, count);
         copy_ends<sixteen>(to, from, count);
