@@ -32,6 +32,7 @@ FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?=
 BENCH_SECONDS ?= 0.3
 COUNTS ?= check
+DOCS_BUILD ?= demo
 ROUNDS ?= 20
 CORPORA ?=
 ABI ?= check
@@ -179,9 +180,9 @@ cross: deps-cross
 portable: deps-portable
 	@tests/portable.sh build/portable
 
-docs: deps-docs build/demo/build.ninja
-	@cmake --build build/demo -j $(JOBS) --target zrasn_cli
-	@docs/reference/make.py build/demo/tools/zrasn/zrasn build/docs
+docs: deps-docs build/$(DOCS_BUILD)/build.ninja
+	@cmake --build build/$(DOCS_BUILD) -j $(JOBS) --target zrasn_cli
+	@docs/reference/make.py build/$(DOCS_BUILD)/tools/zrasn/zrasn build/docs
 
 wire-lock: build/release/build.ninja
 	@cmake --build build/release -j $(JOBS) --target zrasn_tests
