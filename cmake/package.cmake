@@ -34,7 +34,7 @@ set(private asn1/platform.h asn1/utf8.h asn1/asnbase/default_value.h zrz/latin1.
 foreach(header chains conversion repertoire t61 text_writer words words_sse2)
     list(APPEND private asn1/asnstrng/${header}.h)
 endforeach()
-foreach(header copy_packed encoding entry_points general_reader guess local_forms local_texts transcode unfinished walk)
+foreach(header copy_packed encoding entry_points general_reader guess local_forms local_texts unfinished walk)
     list(APPEND private asn1/codec/${header}.h)
 endforeach()
 list(TRANSFORM private REPLACE "(.+)" "PATTERN;\\1;EXCLUDE")

@@ -8,7 +8,7 @@
 #include "asn1/codec/definite_form.h"
 #include "asn1/codec/encoding.h"
 #include "asn1/codec/general_reader.h"
-#include "asn1/codec/transcode.h"
+#include "asn1/codec/local_texts.h"
 #include "support/allocations.h"
 #include "support/hex.h"
 #include "support/routes.h"
@@ -47,8 +47,13 @@ ZR_COUNTED(void, encoding, "_ZN2zr14write_encodingERKNS_11record_typeEPKviRNS_15
 ZR_COUNTED(void, copy_packed, "_ZN2zr11copy_packedERKNS_11record_typeEPKvPvRNS_13packed_blocksE",
            (const zr::record_type& type, const void* from, void* to, zr::packed_blocks& blocks),
            (type, from, to, (++packed_copies, blocks)))
-ZR_COUNTED(bool, transcoder, "_ZN2zr10transcoder7convertEPKhS2_",
-           (zr::transcoder * texts, zr::octet_position at, zr::octet_position end), (texts, at, end))
+#if __SIZEOF_SIZE_T__ == 8
+#define ZR_SIZE_T "m"
+#else
+#define ZR_SIZE_T "j"
+#endif
+ZR_COUNTED(zr::const_text, conversion, "_ZN2zr15text_conversion7convertEPKc" ZR_SIZE_T,
+           (zr::text_conversion * conversion, const char* chars, size_t length), (conversion, chars, length))
 ZR_COUNTED(zr::octet_position, odd_fixed_octets, "_ZN2zr16odd_fixed_octetsEPKhS1_Phj",
            (zr::octet_position at, zr::octet_position end, unsigned char* to, uint32_t size), (at, end, to, size))
 

@@ -23,9 +23,10 @@ public:
     // Whether ASCII texts stay as they are.
     static constexpr bool keeps_ascii = true;
 
+    using result = const_text;
     // convert converts one text, from the converter's initial state. What it gives holds until the next call or, when
     // there was nothing to convert, as long as the octets given. Throws as the classes of zrz/zrz.h do.
-    ZR_API const_text convert(const char* chars, size_t length);
+    ZR_API result convert(const char* chars, size_t length);
 
 private:
     const char* code_set_;  // null for UTF-8

@@ -16,7 +16,8 @@ namespace zr {
 // All but the strings is inlined into one function for each record that is no leaf. (Declared in asn1/codec/values.h.)
 //
 // Blocks come from malloc, one for each thing, or in a packed structure from its blocks: `blocks` is nothing, or says
-// where they come from, and goes all the way down. Where it is strict_blocks the readers are strict.
+// where they come from, and goes all the way down. Where it is strict_blocks the readers are strict, where it is
+// local_blocks they are local.
 
 // Makes the structure for a place that holds it by pointer, all zero.
 template <class F, class S, class... Blocks>
@@ -247,6 +248,7 @@ template <class S, class... Blocks>
 template <class S, class... Blocks>
 ZR_INLINE octet_position read_record(octet_position at, octet_position end, S& out, Blocks... blocks) {
     if constexpr (is_leaf<S>()) return read_inlined_record(at, end, out, blocks...);
+    if constexpr (is_local<Blocks...> && !has_texts<S>()) return read_outlined_record<S>(at, end, &out);
     return read_outlined_record<S>(at, end, &out, blocks...);
 }
 

@@ -112,7 +112,7 @@ int judge_strictly(const record_type& type, const void* made, input in, octet_po
     write_encoding(type, made, envelope_version, octets);
     octet_position other = octets.other;
     if (other == nullptr) {
-        if (type.codec->texts_are_ascii == nullptr || type.codec->texts_are_ascii(in.at, in.end)) return 0;
+        if (!type.codec->has_texts()) return 0;
         other = find_other_text(in.at, in.end);
         if (other == nullptr) return 0;
     }
@@ -134,7 +134,7 @@ int read(const record_type& type, input in, unfinished& made, const decode_optio
     general_reading reading;
     reading.found = &report;
     if (!are_out_of_reach(options.limits, in.left())) reading.limits = &options.limits;
-    const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
+    const bool converts = options.local_texts && type.codec->has_texts();
     int status = 0;
     if (options.strict && reading.limits == nullptr && made.read_strictly(in.at, in.end)) {
         reading.behind = in.end;
@@ -166,7 +166,7 @@ int read_packed(const record_type& type, input in, void* out, packed_blocks& blo
     // About as many octets as structures take for one that is read, and a half more.
     if (type.codec->has_secrets) blocks.keep_secret();
     blocks.start(in.left() * 2 + 64);
-    const bool converts = options.local_texts && type.codec->texts_are_ascii != nullptr;
+    const bool converts = options.local_texts && type.codec->has_texts();
     if (!converts && are_out_of_reach(options.limits, in.left())) {
         const octet_position behind = options.strict
                                           ? type.codec->read_strictly(in.at, in.end, out, strict_blocks{&blocks})

@@ -11,6 +11,7 @@
 //   quick     reading the form that the library itself writes, with single values in other forms; anything else is left
 //             to the general reader
 //   strict    quick, and taking nothing but what an encode gives back
+//   local     quick, or writing, with texts in the local code set
 //   general   reading any form of BER that the object tree reads, with its statuses
 //   level     a record that has been entered and not left, in a record that nests; kept on a work list
 //   own list  the list of itself that makes a record nest; its last field
@@ -24,9 +25,9 @@
 #error "The source of a module is compiled with exceptions: exhausted memory goes through it."
 #endif
 
-#include "asn1/codec/ascii_texts.h"
 #include "asn1/codec/decode.h"
 #include "asn1/codec/encode.h"
+#include "asn1/codec/local_writer.h"
 #include "asn1/codec/record_codec.h"
 #include "asn1/codec/release.h"
 #include "asn1/codec/tables.h"
@@ -36,8 +37,14 @@
 namespace zr {
 
 template <class S>
-constexpr bool (*ascii_texts_of())(octet_position, octet_position) {
-    if constexpr (has_texts<S>()) return &texts_are_ascii<S>;
+constexpr unsigned char* (*local_write_of())(local_writer, const void*) {
+    if constexpr (has_texts<S>()) return &write_outlined_record<local_writer, S>;
+    return nullptr;
+}
+
+template <class S>
+constexpr octet_position (*local_read_of())(octet_position, octet_position, void*, local_blocks) {
+    if constexpr (has_texts<S>()) return &read_outlined_record<S, local_blocks>;
     return nullptr;
 }
 
@@ -51,12 +58,13 @@ template <class S>
 constexpr record_codec codec_of = {
     &write_outlined_record<writer, S>,
     &write_outlined_record<counter, S>,
+    local_write_of<S>(),
     &read_outlined_record<S>,
     &read_outlined_record<S, packed_blocks*>,
     &read_outlined_record<S, strict_blocks>,
+    local_read_of<S>(),
     &release_outlined<members_after::cleared, S>,
     chain_counter_of<S, contains_itself<S>()>(),
-    ascii_texts_of<S>(),
     static_cast<uint32_t>(min_octets<S>()),
     typical_octets<S>(),
     varying_table<S>::fields.fields,

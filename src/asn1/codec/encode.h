@@ -149,8 +149,8 @@ ZR_INLINE uint64_t count_levels(const S& root) {
 }
 
 // A record that contains itself: the last element of the list first, each with all that is below it.
-template <class S>
-ZR_INLINE void write_levels(writer& sink, const S& root) {
+template <class Sink, class S>
+ZR_INLINE void write_levels(Sink& sink, const S& root) {
     using own = own_list<S>;
     struct level {
         const S* node;
@@ -223,10 +223,14 @@ template <class Sink, class S>
     return sink.done();
 }
 
+// What a record is written by: one without texts is the same for all writers.
+template <class Sink, class S>
+using sink_of = std::conditional_t<std::is_base_of_v<writer, Sink> && !has_texts<S>(), writer, Sink>;
+
 template <class Sink, class S>
 ZR_INLINE bool write_record(Sink& sink, const S& in) {
     if constexpr (is_leaf<S>()) return write_inlined_record(sink, in);
-    sink.go_on(write_outlined_record<Sink, S>(sink, &in));
+    sink.go_on(write_outlined_record<sink_of<Sink, S>, S>(sink, &in));
     return !sink.failed();
 }
 

@@ -10,11 +10,6 @@ namespace zr {
 
 namespace {
 
-// What is small enough for the stack: of a thread's 64 KiB little is left to its caller otherwise.
-constexpr size_t stack_octets = 8192;
-// Up to there the block is a guess longer than its contents, and has 64 KiB at most, however wrong the guess is; what
-// is above is worth counting first.
-constexpr size_t most_guessed = 65536 / 5 * 4;
 // A block that is longer than its contents by more than a fiftieth, and by more than this, is cut.
 constexpr size_t most_left_over = 256;
 

@@ -13,6 +13,12 @@ struct block_deleter {
 };
 using block = std::unique_ptr<unsigned char, block_deleter>;
 
+// What is small enough for the stack: of a thread's 64 KiB little is left to its caller otherwise.
+constexpr size_t stack_octets = 8192;
+// Up to there the block is a guess longer than its contents, and has 64 KiB at most, however wrong the guess is; what
+// is above is worth counting first.
+constexpr size_t most_guessed = 65536 / 5 * 4;
+
 // Throws zr_asn_memexception, also for more octets than an encoding can have.
 block allocate_encoding(uint64_t length);
 

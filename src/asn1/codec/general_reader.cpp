@@ -121,7 +121,7 @@ private:
     // Octet for octet, where each one matters.
     bool may_read_quickly(const record_type& type) const {
         return reading_.limits == nullptr && reading_.locate == UINT32_MAX &&
-               !(reading_.marks_texts && type.codec->texts_are_ascii != nullptr);
+               !(reading_.marks_texts && type.codec->has_texts());
     }
     // Whether what is looked for has been read.
     bool is_located() const { return offset() > reading_.locate; }

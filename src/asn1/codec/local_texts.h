@@ -18,7 +18,7 @@ public:
     // What the classes do with the blocks of secret texts is theirs.
     explicit text_conversion(text_direction direction, bool = false) : direction_(direction) {}
 
-    struct const_text {
+    struct result {
         const char* getChars() const { return chars; }
         size_t getLength() const { return length; }
         const char* chars;
@@ -29,7 +29,7 @@ public:
     static constexpr bool keeps_ascii = false;
 
     // What it gives holds until the next call or, if the classes show their source, as long as that.
-    const_text convert(const char* chars, size_t length) {
+    result convert(const char* chars, size_t length) {
         if (length == 0) return {chars, 0};
         if (direction_ == text_direction::local_to_utf8) {
             utf8_.emplace(ZLCConstString_5_1(chars, length));
@@ -47,3 +47,11 @@ private:
 
 }  // namespace zr
 #endif
+
+namespace zr {
+
+// Puts a converted text in the place of one whose malloc block has `room` octets besides the zero octet: into that
+// block, or where it is longer into another one. Null when there is no memory for that.
+void replace_text(char*& text, size_t room, const text_conversion::result& converted);
+
+}  // namespace zr

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "asn1/ascii.h"
 #include "asn1/asnbase/object.h"
+#include "asn1/codec/local_texts.h"
 #include "asn1/codec/value_reader.h"
 #include "asn1/utf8.h"
 
@@ -145,6 +147,14 @@ octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned 
 
 namespace {
 
+template <class... Blocks>
+constexpr bool comes_from_malloc = sizeof...(Blocks) == 0 || is_local<Blocks...>;
+
+ZR_INLINE void to_local_code_set(char*& text, size_t length, local_blocks local) {
+    if (!text_conversion::keeps_ascii || !is_ascii(text, length))
+        replace_text(text, length, local.conversion->convert(text, length));
+}
+
 // What becomes of contents that were found; null where a strict reader refuses them.
 
 template <class Contents, class... Blocks>
@@ -158,7 +168,8 @@ ZR_INLINE octet_position store_text(const Contents& contents, char*& text, Block
     if (__builtin_expect(block != nullptr, 1)) {
         contents.copy(reinterpret_cast<unsigned char*>(block));
         block[length] = 0;
-    } else if constexpr (sizeof...(Blocks) != 0) {
+        if constexpr (is_local<Blocks...>) to_local_code_set(text, length, blocks...);
+    } else if constexpr (!comes_from_malloc<Blocks...>) {
         throw_memory_error(asnbase_file);
     }
     return contents.behind;
@@ -195,7 +206,7 @@ ZR_INLINE octet_position store_octets(const Contents& contents, unsigned char*& 
 }
 
 // Strings in other forms: `store` stores what is found. Any form that this does not know is read by `read`, or gives
-// null where `blocks` are given.
+// null where blocks do not come from malloc.
 template <class Store, class Read, class... Blocks>
 ZR_INLINE octet_position odd_string(octet_position at, octet_position end, unsigned char identifier, const Store& store,
                                     const Read& read, Blocks...) {
@@ -203,7 +214,7 @@ ZR_INLINE octet_position odd_string(octet_position at, octet_position end, unsig
         if (const found_contents found = any_contents(at, end, identifier); found.at != nullptr)
             return store(one_piece{found.at, found.stop});
         if (const segments found(at, end, identifier); found.behind != nullptr) return store(found);
-        if constexpr (sizeof...(Blocks) == 0) return read(input{at, end});
+        if constexpr (comes_from_malloc<Blocks...>) return read(input{at, end});
     }
     return nullptr;
 }
@@ -213,7 +224,9 @@ template <class... Blocks>
                                                      Blocks... blocks) {
     return odd_string(
         at, end, id_utf8_string, [&](const auto& contents) { return store_text(contents, text, blocks...); },
-        [&](input in) {
+        [&](input in) -> octet_position {
+            // How long such a text is, with what lies behind a zero octet, only its octets tell.
+            if constexpr (is_local<Blocks...>) return nullptr;
             const int status = read_text(in, text);
             return position_of(in, end, status, text);
         },
@@ -309,5 +322,10 @@ template octet_position quick_octets(octet_position, octet_position, unsigned ch
                                      strict_blocks);
 template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&,
                                               strict_blocks);
+template octet_position quick_text(octet_position, octet_position, char*&, local_blocks);
+template octet_position quick_stored_text(octet_position, octet_position, char*&, local_blocks);
+template octet_position quick_octets(octet_position, octet_position, unsigned char*&, uint32_t&, const char*,
+                                     local_blocks);
+template octet_position quick_optional_octets(octet_position, octet_position, unsigned char*&, uint32_t&, local_blocks);
 
 }  // namespace zr

@@ -4,6 +4,7 @@
 // that are refused, and for indefinite lengths of anything but strings.
 //
 // A strict reader gives null for all that the library would not write, and for texts with a zero octet or not in UTF-8.
+// A local reader converts texts to the local code set as it stores them.
 #pragma once
 
 #include <cstdint>
@@ -34,12 +35,20 @@ struct found_integer {
 ZR_CODEC_API found_integer odd_integer(octet_position at, octet_position end);
 ZR_CODEC_API octet_position odd_fixed_octets(octet_position at, octet_position end, unsigned char* to, uint32_t size);
 
-// Where blocks come from: malloc, unless a pointer to packed_blocks or strict_blocks goes all the way down.
+class text_conversion;
+
+// Where blocks come from: malloc, unless a pointer to packed_blocks or strict_blocks goes all the way down. The blocks
+// of a local reader come from malloc too.
 struct ZR_API strict_blocks {
     packed_blocks* packed;  // null for malloc
 };
 template <class... Blocks>
 constexpr bool is_strict = (std::is_same_v<Blocks, strict_blocks> || ...);
+struct ZR_API local_blocks {
+    text_conversion* conversion;
+};
+template <class... Blocks>
+constexpr bool is_local = (std::is_same_v<Blocks, local_blocks> || ...);
 
 // What the readers of a header do with the forms that they do not know: they give null, or leave them to odd_contents.
 enum class other_forms { none, read, strictly_none };
@@ -123,11 +132,16 @@ template <size_t Alignment>
 ZR_INLINE void* allocate(size_t octets, strict_blocks blocks) {
     return blocks.packed == nullptr ? std::malloc(octets) : blocks.packed->allocate<Alignment>(octets);
 }
+template <size_t Alignment>
+ZR_INLINE void* allocate(size_t octets, local_blocks) {
+    return std::malloc(octets);
+}
 
-// Where `blocks` are given, a string in segments of segments and the like gives null.
+// Where blocks do not come from malloc, a string in segments of segments and the like gives null; a local reader gives
+// it for such a text.
 
-// The text gets a terminating zero. It is null when memory is out, and that is no failure; where `blocks` are given it
-// is, with zr_asn_memexception.
+// The text gets a terminating zero. It is null when memory is out, and that is no failure; where blocks do not come
+// from malloc it is, with zr_asn_memexception. A local reader throws what the conversion throws.
 template <class... Blocks>
 ZR_CODEC_API octet_position quick_text(octet_position at, octet_position end, char*& text, Blocks... blocks);
 

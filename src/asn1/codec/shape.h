@@ -104,6 +104,26 @@ constexpr bool has_secrets() {
     return has_secrets_in_fields<S>(field_indices<S>());
 }
 
+// Whether a record holds texts, or what it embeds does.
+template <class S>
+constexpr bool has_texts();
+template <class F>
+constexpr bool has_texts_in_field() {
+    if constexpr (F::value == value_kind::record && !F::is_own_list) {
+        return has_texts<typename F::value_type>();
+    } else {
+        return F::value == value_kind::text;
+    }
+}
+template <class S, size_t... I>
+constexpr bool has_texts_in_fields(std::index_sequence<I...>) {
+    return (has_texts_in_field<field_at<S, I>>() || ...);
+}
+template <class S>
+constexpr bool has_texts() {
+    return has_texts_in_fields<S>(field_indices<S>());
+}
+
 // A leaf has neither lists nor slots nor optional records, in what it embeds neither: its code is short and stands
 // where it is used. Optional octets are written like others, or not at all.
 template <class S>

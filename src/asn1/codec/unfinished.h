@@ -34,6 +34,14 @@ public:
         clear();
         return nullptr;
     }
+    // Reads a record in the form that the library writes, some values and lengths in other forms, with its texts to the
+    // local code set, and returns where it ends; null leaves the structure empty. Throws what the conversion throws,
+    // and the structure then holds what was read.
+    octet_position read_local(octet_position at, octet_position end, text_conversion& conversion) {
+        const octet_position behind = type_.codec->read_local(at, end, made_, local_blocks{&conversion});
+        if (behind == nullptr) clear();
+        return behind;
+    }
     // Reads a record that has to be just as the library writes it, to the end. False leaves the structure empty.
     bool read_strictly(octet_position at, octet_position end) {
         const bool is_strict = type_.codec->read_strictly(at, end, made_, strict_blocks{nullptr}) == end;

@@ -1,6 +1,7 @@
 // Writing BER backwards, from the end of a block towards its start, so that every length is known when it is written.
 //
-// Two sinks share one interface: writer puts octets into a block, counter only counts them.
+// Sinks share one interface: writer puts octets into a block, counter only counts them, local_writer
+// (asn1/codec/local_writer.h) is a writer that converts texts.
 #pragma once
 
 #include <cstdint>
@@ -110,8 +111,12 @@ public:
         return true;
     }
 
+protected:
+    // How many octets still fit.
+    uintptr_t left() const { return reinterpret_cast<uintptr_t>(at_) - limit_; }
+
 private:
-    bool has_room(uint64_t octets) const { return reinterpret_cast<uintptr_t>(at_) - limit_ >= octets; }
+    bool has_room(uint64_t octets) const { return left() >= octets; }
 
     // As with integers, four octets are stored whatever the length takes: the identifier, the first length octet and,
     // at the least, the envelope's header still come before them.
