@@ -27,7 +27,7 @@ while read -r name runs length; do
 done <<END
 records 10000000 400
 structures 3000000 64
-objects 300000 64
+objects 100000 64
 tree 5000000 400
 raw_readers 42000000 64
 codesets 25000000 64
