@@ -142,8 +142,9 @@ valgrind: deps-valgrind build/release/build.ninja
 # is left to the sanitizers and to the tests that count blocks. What optin finds is meant so: malloc(0), and virtual calls
 # in a constructor.
 analyze: deps-analyze build/tsan/build.ninja
-	@cppcheck --std=c++17 --language=c++ -DZR_API= --enable=warning,performance,portability --quiet --error-exitcode=1 \
+	@cppcheck --std=c++17 --language=c++ -DZR_API= -D__cpp_exceptions=199711 --enable=warning,performance,portability --quiet --error-exitcode=1 \
 	    --suppressions-list=cmake/cppcheck.txt -j $(JOBS) -I src -I . src base_idls zrasn
+	@cmake build/tsan > /dev/null
 	@run-clang-tidy -quiet -j $(JOBS) -p build/tsan -checks='-*,clang-analyzer-*,-clang-analyzer-unix.Malloc,-clang-analyzer-optin.*' '^$(CURDIR)/(src|base_idls)/'
 
 mutants: deps-mutants

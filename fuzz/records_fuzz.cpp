@@ -25,9 +25,10 @@ allocations& watched() {
     return watching;
 }
 
-// What any call may take of heap besides what is in proportion to its octets. The promise is 64 KiB, which inputs of
-// this size would hardly reach.
+// What any call may take of heap besides what is in proportion to its octets. The promise is 64 KiB, which decodes of
+// this size would hardly reach. An encode does, where the length is guessed wrongly.
 constexpr size_t fixed_part = 0x2000;
+constexpr size_t fixed_part_of_encodes = 0x10000;
 
 // Accesses to memory stand for time. The dearest inputs found make some 400 for an octet; a cost that grows faster than
 // the octets do passes 600 long before 400 octets.
@@ -57,7 +58,8 @@ int encode_by(const route& way, const zr::record_type& type, zr_asn_buffer_t& ou
     if (!keeps_bounds(way)) return way.encode(type, out, in);
     taken took{};
     const int status = measured(watched(), took, [&] { return way.encode(type, out, in); });
-    const size_t most = (&way == &entry_points ? 2 : 4) * size_t{out.length} + 48 * size_t{out.length} / 2 + fixed_part;
+    const size_t most =
+        (&way == &entry_points ? 2 : 4) * size_t{out.length} + 48 * size_t{out.length} / 2 + fixed_part_of_encodes;
     require(took.heap <= most, "more heap than the encoding allows");
     require_linear(took, out.length);
     return status;

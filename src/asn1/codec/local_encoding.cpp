@@ -61,13 +61,14 @@ bool write_in_block(const void* in, const record_codec& codec, text_conversion& 
                     encoding_target& target) {
     block room = allocate_encoding(most);
     const auto octets = static_cast<size_t>(most);
-    const wiping secret{codec.has_secrets ? room.get() : nullptr, octets};
+    wiping secret{codec.has_secrets ? room.get() : nullptr, octets};
     unsigned char* const start = write_envelope(room.get(), octets, in, codec, conversion);
     if (start == nullptr) return false;
     const auto length = static_cast<size_t>(room.get() + octets - start);
-    if (codec.has_secrets) {
+    if (codec.has_secrets && length != octets) {
         target.take(start, length);
     } else {
+        secret.at = nullptr;
         target.take(std::move(room), octets, start, length);
     }
     return true;
@@ -76,10 +77,13 @@ bool write_in_block(const void* in, const record_codec& codec, text_conversion& 
 // Where texts grow, an encoding is taken to grow by a quarter at most; where that is wrong, the block doubles.
 void write_local_texts(const record_type& type, const void* in, text_conversion& conversion, encoding_target& target) {
     const record_codec& codec = *type.codec;
-    uint64_t likely = codec.is_leaf ? 0 : guess_octets(type, in);
-    if (likely < stack_octets && !codec.has_secrets) {
-        if (write_on_stack(in, codec, conversion, target)) return;
-        likely = guess_octets_of_chains(type, in);
+    uint64_t likely = 0;
+    if (!codec.has_secrets) {
+        likely = codec.is_leaf ? 0 : guess_octets(type, in);
+        if (likely < stack_octets) {
+            if (write_on_stack(in, codec, conversion, target)) return;
+            likely = guess_octets_of_chains(type, in);
+        }
     }
     if (likely < stack_octets || likely > most_guessed) {
         likely = codec.count(counter(), in) + envelope_header_octets;

@@ -162,8 +162,10 @@ ZR_CODEC_API octet_position quick_optional_octets(octet_position at, octet_posit
 template <uint32_t Size, class... Blocks>
 ZR_INLINE octet_position quick_fixed_octets(octet_position at, octet_position end, unsigned char* to) {
     static_assert(Size < 0x80);
-    if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size)
-        return is_strict<Blocks...> ? nullptr : odd_fixed_octets(at, end, to, Size);
+    if (static_cast<size_t>(end - at) < 2 + Size || at[0] != id_octet_string || at[1] != Size) {
+        if constexpr (is_strict<Blocks...>) return nullptr;
+        return odd_fixed_octets(at, end, to, Size);
+    }
     copy_fixed<Size>(to, at + 2);
     return at + 2 + Size;
 }

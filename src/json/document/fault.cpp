@@ -46,7 +46,7 @@ public:
         for (std::string_view front : {"] ", ": "})
             if (const size_t behind = message.find(front); behind != message.npos) message.erase(0, behind + 2);
         constexpr size_t longest = 200;
-        if (message.size() > longest) message = message.substr(0, longest) + "...";
+        if (message.size() > longest) message.replace(longest, std::string::npos, "...");
         read = std::min(read, text_.size());
         fault_ = {read == 0 ? 0 : read - 1, "not JSON: " + printable(message)};
         return false;

@@ -109,6 +109,7 @@ public:
     }
     void open(const field* member, bool is_list) {
         if (member != nullptr) begin(*member);
+        // A list is a member. NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
         const bool row = is_list && member->value == value_kind::integer;
         if (row)
             pen_.out().put('[');
