@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     {
         const silence kept;
         // Few are large: one of those takes as long as thousands of others.
-        check(type, size_t{1} << (data[2] == 0xFF ? 16 : data[2] % 6), random);
+        check(type, size_t{1} << (data[2] == 0xFF ? 10 : data[2] % 6), random);
     }
     require(watched.live() == before, "blocks are lost", type.name);
     return 0;
