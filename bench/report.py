@@ -375,6 +375,14 @@ The same figures of the 32-bit build (`-m32`), against the hand-written code of 
 
 The shared library with all records: {code:,} octets of code, {text:,} with constants, unwinding tables and exported
 names, {whole:,} octets as a stripped file.
+
+## Measured elsewhere
+
+- [Python](python.md#what-it-costs): a dict of a record from its octets, beside `json.loads` and pyasn1 (`bench/python.py`).
+- The program: [`decode --select` and `--where`](tool.md#choosing-records-and-members) by instructions (`bench/select.sh`), and
+  [`dump`](tool.md#looking-into-octets) beside other programs (`bench/dump.sh`).
+- [Allocators](cookbook.md#faster-allocators) below the library (`bench/allocators.sh`), and [JSON parsers](design.md#alternatives)
+  (`bench/parsers/parsers.sh`).
 """
 
 
