@@ -5,7 +5,7 @@
 
 namespace zr_test {
 
-// One in `most` where the sanitizers make each ten times as dear, and all in other builds.
+// One in `most` where the sanitizers or an emulated processor make each many times as dear, and all in other builds.
 constexpr size_t one_in([[maybe_unused]] size_t most) {
 #ifdef ZR_THINNED
     return most;
