@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -467,7 +469,8 @@ void* run_deep(void* record) {
 TEST(deep_records, a_million_levels_on_a_small_stack) {
     pthread_attr_t attributes;
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 64 * 1024), 0);
+    // On some architectures no thread may have less than 128 KiB.
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::max<size_t>(64 * 1024, PTHREAD_STACK_MIN)), 0);
     for (const zr::record_type* type : deep_records()) {
         pthread_t thread{};
         ASSERT_EQ(pthread_create(&thread, &attributes, run_deep, const_cast<zr::record_type*>(type)), 0);

@@ -6,6 +6,8 @@ program=$(realpath "$1")
 root=$(realpath "$3")
 rm -rf "$2" && mkdir -p "$2" && cd "$2" || exit 1
 unset NO_COLOR
+# Under an emulator locales may lie in the other order of octets, and no handler sees that a file was shortened.
+case $program in */emulated/*) emulated=yes ;; *) emulated= ;; esac
 result=0
 fail() {
     echo "FAILED: $1" >&2
@@ -125,7 +127,7 @@ place() {
     check 1 '' "$2" encode sec_id_t
     [ "$(sed -n 2,3p err)" = "$(printf "$3")" ] || fail "the place of $2: $(cat err)"
 }
-place '{"name":\t"\\\\ \xe6\xbc\xa2\xe5\xad\x97 e\xcc\x81", "nme": 1}\r\n' '1:22: sec_id_t: found a member "nme"' \
+[ "$emulated" ] || place '{"name":\t"\\\\ \xe6\xbc\xa2\xe5\xad\x97 e\xcc\x81", "nme": 1}\r\n' '1:22: sec_id_t: found a member "nme"' \
     '  {"name":\t"\\\\ \xe6\xbc\xa2\xe5\xad\x97 e\xcc\x81", "nme": 1}\n          \t             ^'
 place '{\n"\033": 1}' '2:2: sec_id_t: not JSON' '  "\\u{1b}": 1}\n   ^'
 place "{\"$(printf '\\200%.0s' {1..999})\": 1}" '1:' "  {\"$(printf '\\\\x80%.0s' {1..60})\n    ^"
@@ -520,8 +522,8 @@ read -r _ <&3
 cat <&3 > out
 exec 3<&-
 wait
-[ "$(cat code)" -eq 3 ] || fail "a shortened file: exit code $(cat code)"
-grep -qx 'in: shortened, or not readable, while it was read' err || fail "a shortened file: $(cat err)"
+[ "$emulated" ] || [ "$(cat code)" -eq 3 ] || fail "a shortened file: exit code $(cat code)"
+[ "$emulated" ] || grep -qx 'in: shortened, or not readable, while it was read' err || fail "a shortened file: $(cat err)"
 
 echo 'BAKs3DA=g' > in
 check 1 '' 'in:8: a base64 digit behind the padding' decode uuid_t in
