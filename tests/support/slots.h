@@ -1,6 +1,6 @@
 // Slots of virtual tables, read from pointers to member functions (Itanium C++ ABI 2.3: such a pointer to a virtual
-// function holds 1 plus the function's offset in the table; on ARM the offset alone, and the lowest bit of the adjustment
-// behind it tells that the function is virtual).
+// function holds 1 plus the function's offset in the table; on ARM the offset alone, and the lowest bit of the
+// adjustment behind it tells that the function is virtual).
 #pragma once
 
 #include <cstddef>
