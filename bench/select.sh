@@ -2,7 +2,7 @@
 # select.sh PROGRAM: instructions of `zrasn decode` for each of 2,000 audit events as a stream and as lines, whole and with
 # --where and --select, under valgrind; those of starting the program taken off.
 set -eu
-program=$1
+program=$(realpath "$1")
 directory=$(mktemp -d)
 trap 'rm -rf "$directory"' EXIT
 cd "$directory"

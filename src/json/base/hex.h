@@ -26,15 +26,26 @@ constexpr int hex_digit(char c) { return hex_values[static_cast<unsigned char>(c
 // The octet that two digits stand for; negative when one of them is none.
 constexpr int hex_octet(char high, char low) { return hex_digit(high) * 16 | hex_digit(low); }
 
+// Writes an octet for each two digits, up to the first two that are none, and returns how many. What lies behind them
+// in the room for `pairs` octets may be overwritten: four at a time are written and then judged.
+inline size_t read_hex_pairs(const char* digits, size_t pairs, unsigned char* to) {
+    const auto put = [=](size_t i) {
+        const int octet = hex_octet(digits[2 * i], digits[2 * i + 1]);
+        to[i] = static_cast<unsigned char>(octet);
+        return octet;
+    };
+    size_t done = 0;
+    while (pairs - done >= 4 && (put(done) | put(done + 1) | put(done + 2) | put(done + 3)) >= 0)
+        done += 4;
+    while (done != pairs && put(done) >= 0)
+        ++done;
+    return done;
+}
+
 // Writes an octet for each two digits; false when there is anything else, or an odd number of them.
 inline bool read_hex(std::string_view digits, unsigned char* to) {
-    int all = 0;
-    for (size_t i = 0; i + 1 < digits.size(); i += 2) {
-        const int octet = hex_octet(digits[i], digits[i + 1]);
-        all |= octet;  // negative as soon as one is
-        *to++ = static_cast<unsigned char>(octet);
-    }
-    return all >= 0 && digits.size() % 2 == 0;
+    const size_t pairs = digits.size() / 2;
+    return digits.size() % 2 == 0 && read_hex_pairs(digits.data(), pairs, to) == pairs;
 }
 
 // Octets in a message: "04 02 ac dc".

@@ -157,9 +157,9 @@ private:
             return true;
         }
         const auto first = active_.begin() + static_cast<std::ptrdiff_t>(base);
+        const auto ends = [&](uint32_t path) { return paths_[path].size() == steps + 1; };
         const auto ended = static_cast<size_t>(
-            std::partition(first, active_.end(), [&](uint32_t path) { return paths_[path].size() == steps + 1; }) -
-            first);
+            (active_.size() - base == 1 ? first + ends(*first) : std::partition(first, active_.end(), ends)) - first);
         const bool further = base + ended != active_.size() && !is_null && (ended == 0 || !Visitor::whole);
         if ((ended != 0 || is_null) && !visitor.value({*member, is_null, element, static_cast<size_t>(end - element),
                                                        contents, head.length, active_.data() + base, ended}))

@@ -21,9 +21,7 @@ size_t text_decoder::decode(const char*& at, const char* end, unsigned char* to,
     while (at != end && count != room) {
         if (!base64_ && digits_ % 2 == 0) {
             const auto pairs = std::min(static_cast<size_t>(end - at) / 2, room - count);
-            size_t done = 0;
-            for (int octet = 0; done != pairs && (octet = hex_octet(at[2 * done], at[2 * done + 1])) >= 0; ++done)
-                to[count + done] = static_cast<unsigned char>(octet);
+            const size_t done = read_hex_pairs(at, pairs, to + count);
             at += 2 * done;
             count += done;
             digits_ += 2 * done;
