@@ -1,9 +1,11 @@
 // What libFuzzer does to the inputs of targets that read a record behind two octets that pick it: most changes keep the
-// octets BER, so that they reach what lies behind the first headers.
+// octets BER, so that they reach what lies behind the first headers. Now and then an input begins anew, as a random
+// structure of some record, and elements come from such a structure.
 #include <algorithm>
 #include <stdexcept>
 
-#include "support/ber_rewriter.h"
+#include "pick_record.h"
+#include "support/routes.h"
 
 extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t most);
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned int seed);
@@ -32,7 +34,7 @@ void change(ber_value& value, ber_value donor, std::mt19937& random) {
     if (places.empty()) return;
     std::vector<ber_value>& inside = places[random() % places.size()]->inside;
     const auto at = inside.begin() + static_cast<long>(random() % (inside.size() + 1));
-    switch (random() % 6) {
+    switch (random() % 8) {
         case 0:
             if (at != inside.end()) inside.erase(at);
             break;
@@ -63,12 +65,48 @@ void change(ber_value& value, ber_value donor, std::mt19937& random) {
         default: {  // other contents
             if (at == inside.end() || at->constructed()) break;
             octets& contents = at->contents;
+            if (random() % 2 == 0) {  // of a length at which encodings change
+                static constexpr unsigned char lengths[] = {0, 1, 2, 3, 4, 5, 6, 8, 16, 20, 33, 127, 128, 129};
+                contents.resize(lengths[random() % (random() % 2 == 0 ? std::size(lengths) : 6)]);
+                const bool ascii = random() % 2 == 0;
+                for (unsigned char& octet : contents)
+                    octet = static_cast<unsigned char>(ascii ? 1 + random() % 127 : random());
+                break;
+            }
             const size_t length = contents.size();
             contents.resize(length + 64);
             contents.resize(LLVMFuzzerMutate(contents.data(), length, contents.size()));
             break;
         }
     }
+}
+
+// A random structure of the record that `head` picks, as the library writes it; of several the first that fits.
+octets sample(const uint8_t* head, std::mt19937& random, size_t most) {
+    octets ber;
+    for (int attempts = 0; attempts < 4 && (ber.empty() || ber.size() > most); ++attempts) {
+        structure original(pick_record(head[0] << 8u | head[1]));
+        fill(original.type(), original.get(), random,
+             {random() % 256, 1 + static_cast<unsigned>(random() % 4), random() % 2 == 0});
+        ber = encode(entry_points, original).ber;
+    }
+    return ber;
+}
+
+// The first `left` octets of a value, with lengths that agree; what is left of them is taken off.
+octets cut(const ber_value& value, std::mt19937& random, size_t& left) {
+    octets whole = rewrite_ber(value, random, {false, false, false, false});
+    const size_t header = whole[1] < 0x80 ? 2 : 2 + whole[1] % 0x80;
+    if (whole.size() <= left || !value.constructed() || left <= header) {
+        whole.resize(std::min(whole.size(), left));
+        left -= whole.size();
+        return whole;
+    }
+    left -= header;
+    octets contents;
+    for (auto inside = value.inside.begin(); left != 0; ++inside)
+        contents = contents + cut(*inside, random, left);
+    return element(value.identifier, contents);
 }
 
 size_t write(const octets& ber, const uint8_t* head, uint8_t* out, size_t most) {
@@ -82,13 +120,28 @@ size_t write(const octets& ber, const uint8_t* head, uint8_t* out, size_t most) 
 
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned int seed) {
     std::mt19937 random(seed);
-    if (size <= picks || random() % 5 == 0) return LLVMFuzzerMutate(data, size, most);
+    const bool anew = most > 16 && random() % 4 == 0;
+    if (anew) {
+        data[0] = static_cast<uint8_t>(random());
+        data[1] = static_cast<uint8_t>(random());
+    }
+    if (!anew && (size <= picks || random() % 5 == 0)) return LLVMFuzzerMutate(data, size, most);
     try {
-        ber_value value = parse_ber(octets(data + picks, data + size), true);
-        for (unsigned long changes = 1 + random() % 3; changes != 0; --changes)
-            change(value, value, random);
-        const rewriting forms{random() % 4 == 0, random() % 4 == 0, random() % 4 == 0, random() % 16 == 0};
-        return write(rewrite_ber(value, random, forms), data, data, most);
+        const octets before = anew ? sample(data, random, most - picks) : octets(data + picks, data + size);
+        ber_value value = parse_ber(before, true);
+        // A reader has a branch for each member: one change in what else is right reaches it.
+        for (unsigned long changes = (anew ? 0 : 1) + random() % 3; changes != 0; --changes)
+            change(value, random() % 4 == 0 ? parse_ber(sample(data, random, most - picks), true) : value, random);
+        rewriting forms{false, false, false, false};
+        if (random() % 2 == 0) forms = {random() % 2 == 0, random() % 2 == 0, random() % 2 == 0, random() % 8 == 0};
+        octets after = rewrite_ber(value, random, forms);
+        if (random() % 4 == 0) {
+            after[random() % after.size()] = static_cast<unsigned char>(random());
+        } else if (random() % 4 == 0) {
+            size_t left = 1 + random() % after.size();
+            after = cut(value, random, left);
+        }
+        return write(after, data, data, most);
     } catch (const std::invalid_argument&) {
         return LLVMFuzzerMutate(data, size, most);
     }
