@@ -85,7 +85,7 @@ void change(ber_value& value, ber_value donor, std::mt19937& random) {
 octets sample(const uint8_t* head, std::mt19937& random, size_t most) {
     octets ber;
     for (int attempts = 0; attempts < 4 && (ber.empty() || ber.size() > most); ++attempts) {
-        structure original(pick_record(head[0] << 8u | head[1]));
+        structure original(record_of(head));
         fill(original.type(), original.get(), random,
              {random() % 256, 1 + static_cast<unsigned>(random() % 4), random() % 2 == 0});
         ber = encode(entry_points, original).ber;

@@ -102,7 +102,7 @@ void read(asked& to) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3) return 0;
-    asked to{{}, {}, pick_record(data[0] << 8u | data[1]), data + 3, size - 3};
+    asked to{{}, {}, pick_record(data), data + 3, size - 3};
     const unsigned ask = data[2];
     to.options.strict = ask & 1;
     to.options.bare = ask >> 1 & 1;

@@ -53,9 +53,11 @@ void check(const zr::record_type& type, octets& received, size_t most) {
 
 }  // namespace
 
+const zr::record_type& zr_test::record_of(const uint8_t* head) { return pick_record(head); }
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3) return 0;
-    const zr::record_type& type = pick_record(data[0] << 8u | data[1]);
+    const zr::record_type& type = record_of(data);
     octets received(data + 2, data + size);
     if (received[0] == 0x30) received = envelope(received).all();
     check(type, received, size_t{1} << 20);

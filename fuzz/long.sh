@@ -28,14 +28,14 @@ while read -r name runs length; do
         /average_exec_per_sec/ { rate = $2 }
         END { printf "%-12s %10d executions %7d /s %6d edges, the last by %d\n", name, runs, rate, edges, last }' "$log"
 done <<END
-records 10000000 400
+records 40000000 400
 structures 3000000 64
 objects 100000 64
 tree 5000000 400
 raw_readers 42000000 64
 codesets 25000000 64
 type_codes 10000000 400
-framing 3000000 400
-tool 3000000 400
+framing 10000000 400
+tool 10000000 400
 END
 [ -z "$failed" ] || { echo "fuzz targets that failed:$failed" >&2; exit 1; }

@@ -8,9 +8,9 @@
 
 namespace zr_test {
 
-// Seeds pick a record by a hash of its name (FNV-1a), so that they stay with it when there are more; any other number
-// picks some record.
-inline const zr::record_type& pick_record(unsigned int number) {
+// Seeds pick a record by a hash of its name (FNV-1a) in two octets, so that they stay with it when there are more; any
+// other number picks some record.
+inline const zr::record_type& pick_record(const uint8_t* number) {
     static const auto table = [] {
         const std::vector<const zr::record_type*> records = all_records();
         std::vector<const zr::record_type*> picked(0x10000);
@@ -24,7 +24,11 @@ inline const zr::record_type& pick_record(unsigned int number) {
         }
         return picked;
     }();
-    return *table[number];
+    return *table[number[0] << 8u | number[1]];
 }
+
+// The record of the encoding behind an input's first two octets. Each target that ber_mutator.cpp makes inputs for
+// says it.
+const zr::record_type& record_of(const uint8_t* head);
 
 }  // namespace zr_test

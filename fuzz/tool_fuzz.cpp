@@ -75,9 +75,11 @@ void choose(const zr::record_type& type, const octets& ber) {
 
 }  // namespace
 
+const zr::record_type& zr_test::record_of(const uint8_t* head) { return pick_record(head); }
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) return 0;
-    const zr::record_type& type = pick_record(data[0] << 8u | data[1]);
+    const zr::record_type& type = record_of(data);
     const octets ber(data + 2, data + size);
     const silence kept;
     walk(type, ber);

@@ -2,6 +2,7 @@
 // it writes to octets that read the same. The first octet picks the code, the second the version.
 
 #include "asn1/zrasnapi.h"
+#include "pick_record.h"
 #include "require.h"
 #include "support/routes.h"
 
@@ -42,6 +43,10 @@ void check_integer(int version, zr_asn_buffer_t in) {
 }
 
 }  // namespace
+
+const zr::record_type& zr_test::record_of(const uint8_t* head) {
+    return *zr::find_record(head[0] % 4 == 1 ? "yvobj_update_list_s_t" : "cert_request_in");
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3) return 0;

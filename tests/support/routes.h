@@ -22,32 +22,33 @@ struct route {
 
 // A hand-written binding class. What it answers with the status alone is reported like all exhausted memory.
 template <class Binding, class S>
-constexpr route class_route = {"binding class",
-                               [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
-                                   return zr::guarded([&] {
-                                       Binding object(zr_normal);
-                                       const int status = object.set_value(*static_cast<S*>(in));
-                                       if (status != 0) zr::throw_out_of_memory("ASN: Memory error", type.module);
-                                       return zr_asnbase::saveEncoding(object, 2, out);
-                                   });
-                               },
-                               [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
-                                   S made{};
-                                   const int status = zr::guarded([&] {
-                                       Binding object(zr_normal);
-                                       if (int loaded = zr_asnbase::loadObject(object, 2, in)) return loaded;
-                                       if (object.get_value(made) != 0)
-                                           zr::throw_out_of_memory("ASN: Memory error", type.module);
-                                       return 0;
-                                   });
-                                   if (status == 0) {
-                                       std::memcpy(out, &made, sizeof made);
-                                   } else {
-                                       Binding::free_obj(made);
-                                       if (zr::clears_structure(status)) std::memset(out, 0, sizeof made);
-                                   }
-                                   return status;
-                               }};
+inline constexpr route class_route = {"binding class",
+                                      [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                          return zr::guarded([&] {
+                                              Binding object(zr_normal);
+                                              const int status = object.set_value(*static_cast<S*>(in));
+                                              if (status != 0)
+                                                  zr::throw_out_of_memory("ASN: Memory error", type.module);
+                                              return zr_asnbase::saveEncoding(object, 2, out);
+                                          });
+                                      },
+                                      [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                          S made{};
+                                          const int status = zr::guarded([&] {
+                                              Binding object(zr_normal);
+                                              if (int loaded = zr_asnbase::loadObject(object, 2, in)) return loaded;
+                                              if (object.get_value(made) != 0)
+                                                  zr::throw_out_of_memory("ASN: Memory error", type.module);
+                                              return 0;
+                                          });
+                                          if (status == 0) {
+                                              std::memcpy(out, &made, sizeof made);
+                                          } else {
+                                              Binding::free_obj(made);
+                                              if (zr::clears_structure(status)) std::memset(out, 0, sizeof made);
+                                          }
+                                          return status;
+                                      }};
 
 // The class of a record that has one; null for all others.
 inline const route* class_of(const zr::record_type& type) {
@@ -58,32 +59,32 @@ inline const route* class_of(const zr::record_type& type) {
 }
 
 // The plain entry points, and the object tree.
-constexpr route entry_points = {
+inline constexpr route entry_points = {
     "entry points", [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode(out, in); },
     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode(in, out); }};
-constexpr route object_tree = {"object tree",
-                               [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
-                                   if (const route* own = class_of(type)) return own->encode(type, out, in);
-                                   return zr::encode_tree(type, zr_normal, out, in);
-                               },
-                               [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
-                                   if (const route* own = class_of(type)) return own->decode(type, in, out);
-                                   return zr::decode_tree(type, zr_normal, in, out);
-                               }};
+inline constexpr route object_tree = {"object tree",
+                                      [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                          if (const route* own = class_of(type)) return own->encode(type, out, in);
+                                          return zr::encode_tree(type, zr_normal, out, in);
+                                      },
+                                      [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                          if (const route* own = class_of(type)) return own->decode(type, in, out);
+                                          return zr::decode_tree(type, zr_normal, in, out);
+                                      }};
 // The forms for the local code set, which for ASCII is UTF-8.
-constexpr route local_entry_points = {
+inline constexpr route local_entry_points = {
     "LCS entry points",
     [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) { return type.encode_lcs(out, in); },
     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) { return type.decode_lcs(in, out); }};
-constexpr route local_object_tree = {"object tree for local texts",
-                                     [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
-                                         return zr::encode_tree(type, zr_local_code_set, out, in);
-                                     },
-                                     [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
-                                         return zr::decode_tree(type, zr_local_code_set, in, out);
-                                     }};
+inline constexpr route local_object_tree = {"object tree for local texts",
+                                            [](const zr::record_type& type, zr_asn_buffer_t& out, void* in) {
+                                                return zr::encode_tree(type, zr_local_code_set, out, in);
+                                            },
+                                            [](const zr::record_type& type, zr_asn_buffer_t& in, void* out) {
+                                                return zr::decode_tree(type, zr_local_code_set, in, out);
+                                            }};
 
-constexpr route routes[] = {entry_points, object_tree};
+inline constexpr route routes[] = {entry_points, object_tree};
 
 // What an encode answers: its status, and the record's octets when the header before them is right.
 struct encoded {
