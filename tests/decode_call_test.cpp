@@ -12,6 +12,7 @@
 #include "support/hex.h"
 #include "support/out_of_memory.h"
 #include "support/routes.h"
+#include "support/thread_locale.h"
 
 namespace zr_test {
 namespace {
@@ -255,6 +256,48 @@ TEST(decode_call, limits) {
     EXPECT_EQ(call(deep, out, options, report), zr_err_out_of_memory);
     EXPECT_LE(watched.made(), 12u);
     EXPECT_EQ(watched.live(), 0u);
+}
+
+// Texts in the local code set: where the one stands that it does not hold, and how many octets were read, in each form
+// of the octets and with and without limits.
+TEST(decode_call, local_texts) {
+    const thread_locale in_use("latin1");
+    const struct {
+        std::string in;
+        int status;
+        size_t offset, consumed;
+        std::string path;
+    } rows[] = {
+        {"04 02 ac dc 30 08 0c 04 63 61 c3 a9 30 00", 0, 0, 14, ""},
+        {"04 02 ac dc 30 08 0c 04 63 61 c3 a9 30 00 ff", 0, 0, 14, ""},
+        {"04 02 ac dc 30 80 0c 04 63 61 c3 a9 30 80 00 00 00 00 ff", 0, 0, 18, ""},
+        {"04 02 ac dc 30 81 09 0c 81 04 63 61 c3 a9 30 00 ff ff", 0, 0, 16, ""},
+        {"04 02 ac dc 30 0a 2c 06 04 04 63 61 c3 a9 30 00", 0, 0, 16, ""},
+        {"04 02 ac dc 30 07 0c 03 e2 82 ac 30 00", zr_err_conversion, 6, 0, "name"},
+        {"04 02 ac dc 30 80 0c 03 e2 82 ac 30 00 00 00", zr_err_conversion, 6, 0, "name"},
+        {"04 02 ac dc 30 14 0c 01 61 30 0f 30 0d 02 01 04 0c 01 62 0c 03 e2 82 ac 04 00", zr_err_no_match, 19, 0,
+         "values[0].data"},
+        {"04 02 ac dc 30 13 0c 01 61 30 0e 30 0c 02 01 04 0c 03 e2 82 ac 04 02 0c 00", zr_err_conversion, 16, 0,
+         "values[0].str"},
+    };
+    for (const auto& row : rows) {
+        for (const bool limited : {false, true}) {
+            SCOPED_TRACE(row.in + (limited ? ", limited" : ""));
+            zr::decode_options options;
+            options.local_texts = true;
+            if (limited) options.limits.depth = 50;
+            structure out(zr::record<attr_s_t>::type);
+            zr::decode_report report;
+            EXPECT_EQ(call(bytes(row.in), out, options, report), row.status);
+            EXPECT_EQ(report.path, row.path);
+            EXPECT_EQ(report.consumed, row.consumed);
+            if (row.status != 0) {
+                EXPECT_EQ(report.offset, row.offset);
+            } else {
+                EXPECT_STREQ(out.as<attr_s_t>().name, "ca\xE9");
+            }
+        }
+    }
 }
 
 TEST(decode_call, memory_runs_out_without_a_word) {

@@ -2,6 +2,7 @@
 // statuses and the line on standard error, in locales of every sort.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -195,6 +196,72 @@ TEST(local_records, texts_that_outgrow_their_block) {
         const encoded direct = encode(local_entry_points, original);
         EXPECT_EQ(direct.status, 0);
         EXPECT_TRUE(direct.ber == encode(local_object_tree, original).ber) << length;
+    }
+}
+
+// Texts of every record that grow together: each alone would fit into what its block has to spare, all do not.
+TEST(local_records, texts_that_outgrow_their_block_together) {
+    const thread_locale in_use("latin1");
+    std::mt19937 random(36);
+    size_t several = 0;
+    for (const zr::record_type* type : all_records()) {
+        if (class_of(*type) != nullptr) continue;
+        structure original(*type);
+        fill(*type, original.get(), random, {40, 3, true});
+        const std::vector<char**> texts = texts_of(*type, original.get());
+        if (texts.size() > 1) ++several;
+        for (const size_t all : {3000u, 4500u, 6000u, 7000u, 7800u, 20000u, 70000u}) {
+            for (char** text : texts) {
+                std::free(*text);
+                *text = copy_text(std::string(all / texts.size(), '\xE9'));
+            }
+            allocations watched;
+            {
+                const encoded direct = encode(local_entry_points, original);
+                EXPECT_EQ(direct.status, 0) << type->name;
+                EXPECT_TRUE(direct.ber == encode(local_object_tree, original).ber) << type->name << " " << all;
+            }
+            EXPECT_EQ(watched.live(), 0u);
+        }
+    }
+    EXPECT_GT(several, 30u);
+}
+
+// An encoding of secrets fills its block where no text gets longer or shorter, and is handed out with it.
+TEST(local_records, secrets_that_keep_their_length) {
+    const thread_locale in_use("latin1");
+    size_t compared = 0;
+    for (const zr::record_type* type : all_records()) {
+        structure original(*type);
+        std::mt19937 random(37);
+        fill(*type, original.get(), random, {100, 3, true});
+        for (const char* text : {"", "p", "password", "p\xE9"}) {
+            for (char** at : texts_of(*type, original.get())) {
+                std::free(*at);
+                *at = copy_text(text);
+            }
+            const encoded direct = encode(local_entry_points, original);
+            ASSERT_EQ(direct.status, 0) << type->name;
+            EXPECT_EQ(hex(direct.ber), hex(encode(local_object_tree, original).ber)) << type->name;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 200u);
+}
+
+// What is no envelope is refused before a text is looked at, and the structure is left alone.
+TEST(local_records, no_envelope) {
+    const thread_locale in_use("latin1");
+    for (const octets& in : {octets{}, octets{4, 2, 0xAC, 0xDC}, octets{4, 2, 0xAC, 0xDD, 0x30, 0}, octets{0x30, 0}}) {
+        structure out(*zr::find_record("attr_s_t"));
+        std::memset(out.get(), 0x5A, out.type().size);
+        octets copy = in;
+        zr_asn_buffer_t buffer{static_cast<unsigned int>(copy.size()), copy.data()};
+        const int status = out.type().decode_lcs(buffer, out.get());
+        EXPECT_EQ(status, zr_err_bad_envelope) << hex(in);
+        const auto* made = static_cast<const unsigned char*>(out.get());
+        EXPECT_EQ(std::count(made, made + out.type().size, 0x5A), static_cast<long>(out.type().size));
+        std::memset(out.get(), 0, out.type().size);
     }
 }
 
