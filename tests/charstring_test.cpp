@@ -380,6 +380,23 @@ TEST(charstring, text_and_contents_are_apart) {
     }
 }
 
+// A class of the application's that prefers no code set takes the first that holds the text.
+TEST(charstring, normalizes_without_a_preference) {
+    struct without_preference : directory_string {
+        int check_preferred_codeset(unsigned int) const override { return 0; }
+    };
+    const struct {
+        const char* text;
+        unsigned int code_set;
+    } rows[] = {{"00 61 00 62", 19}, {"00 61 00 3d", 20}, {"00 61 30 42", 28}};  // UTF-8, named so
+    for (const auto& row : rows) {
+        without_preference object;
+        object.hold(30, row.text);
+        EXPECT_EQ(object.normalize(), 0);
+        EXPECT_EQ(object.get_codeset(), row.code_set) << row.text;
+    }
+}
+
 TEST(charstring, absent_strings_read_as_their_default) {
     directory_string object;
     auto* standard = new zr_asn_bmpString(zr_normal);

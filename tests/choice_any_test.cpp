@@ -5,6 +5,7 @@
 #include <numeric>
 #include <random>
 
+#include "asn1/asnstrng.h"
 #include "support/ber.h"
 #include "support/samples.h"
 #include "support/thrown.h"
@@ -85,6 +86,22 @@ TEST(choice, selecting_and_presence) {
     EXPECT_EQ(written(parent), "275063200");
     object.set_optional(1);
     EXPECT_EQ(written(object), "");
+}
+
+TEST(choice, normalizes_what_is_selected) {
+    struct text_or_number : zr_asn_choice {
+        text_or_number() : zr_asn_choice(zr_normal) {
+            register_child(&text);
+            register_child(&number);
+        }
+        zr_asn_directoryString text{zr_normal};
+        zr_asn_integer number{zr_normal};
+    } object;
+    EXPECT_EQ(object.normalize(), 0);
+    object.select(0);
+    EXPECT_EQ(object.normalize(), zr_err_value_absent);
+    object.select(1);
+    EXPECT_EQ(object.normalize(), 0);
 }
 
 TEST(choice, is_default_when_complete_encodings_are_equal) {

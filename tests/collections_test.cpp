@@ -336,6 +336,17 @@ TEST(arrayof, answers_for_its_list) {
     EXPECT_EQ(places.encode_value(contents), 0);
     EXPECT_EQ(hex(contents), "05 00 02 01 09");
 
+    EXPECT_EQ(places.is_constructed(), places.inner_list().is_constructed());
+    EXPECT_EQ(places.encoding_primitive_permitted(), 0);
+    EXPECT_EQ(places.encoding_constructed_permitted(), 1);
+    EXPECT_EQ(places.encoding_indefinite_permitted(), places.inner_list().encoding_indefinite_permitted());
+    EXPECT_EQ(places.should_generate_constructed(), places.inner_list().should_generate_constructed());
+    EXPECT_EQ(read(places, "30 80 05 00 00 00"), 0);
+    EXPECT_EQ(places.is_indefinite_length(), places.inner_list().is_indefinite_length());
+    EXPECT_EQ(places.check_encode_flags(), places.inner_list().check_encode_flags());
+    EXPECT_EQ(places.get_default_value(), nullptr);
+    EXPECT_EQ(places.is_default_value(), 0);
+
     parent.set_secure(zr_secure);
     EXPECT_EQ(places.inner_list().get_secure(), zr_secure);
     EXPECT_EQ(places.inner_list().add_child()->value().get_secure(), zr_secure);

@@ -101,6 +101,15 @@ TEST(envelope, bases) {
     EXPECT_EQ(base.is_defaultable(), 1);
     EXPECT_EQ(written(base), "");
 
+    auto* standard = new zr_asnbase(zr_normal);
+    EXPECT_EQ(base.set_default_value(standard), 0);
+    EXPECT_EQ(base.get_default_value(), standard);
+    zrasn_integer number(zr_normal);
+    auto* five = new zr_asn_integer(zr_normal);
+    five->set_value(5);
+    EXPECT_EQ(number.set_default_value(five), 0);
+    EXPECT_EQ(number.get_default_value(), five);
+
     struct third_version : zr_v37_asnbase {
         explicit third_version(security_t mode) : zr_v37_asnbase(mode) { register_child(&own); }
         zr_asn_boolean own{zr_normal};
@@ -156,6 +165,10 @@ TEST(values, texts_in_octet_strings) {
         char* text = nullptr;
         unsigned char* same = nullptr;
         EXPECT_EQ(object.get_value(text), 0);
+        unsigned char* octets = nullptr;
+        EXPECT_EQ(object.get_value(octets), 0);
+        EXPECT_STREQ(reinterpret_cast<char*>(octets), text);
+        std::free(octets);
         EXPECT_EQ(zr_get_strvalue(object, same), 0);
         EXPECT_STREQ(text, expected);
         EXPECT_STREQ(reinterpret_cast<char*>(same), expected);

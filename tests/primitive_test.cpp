@@ -125,6 +125,12 @@ TEST(nothing, takes_no_octets) {
     EXPECT_EQ(nothing.is_present(), 1);
     EXPECT_EQ(nothing.is_valid(1), 1);
     EXPECT_STREQ(nothing.get_type_name(), "OBJECT");
+    zr_buffer_t contents(zr_normal);
+    input octets("01 02");
+    EXPECT_EQ(nothing.decode_value(octets, 2), 0);
+    EXPECT_EQ(octets.remaining(), 2u);
+    EXPECT_EQ(nothing.encode_value(contents), 0);
+    EXPECT_EQ(hex(contents), "");
 }
 
 // A segment whose identifier is counted and not passed (its high tag number wraps to 4) ends its level where the

@@ -256,6 +256,8 @@ more() {
 cat raw raw > in
 more 'standard input:37: 37 octets behind the record, as of another one: not decoded' --framing one
 check 4 'standard input:37: 37 octets after the record' '' check --framing one
+echo '05 02 ac dc 00 30 08 0c 04 63 61 61 61 30 00' > in
+check 4 'standard input:0: a header of 5 octets, 4 are written' '' check attr
 echo "$hex 00" > in
 more 'in:37: 1 octet behind the record: not decoded' in
 tail -c +7 raw | od -An -v -tx1 | sed '1s/^/ 3080/; $s/$/ 0000 0404/' > in

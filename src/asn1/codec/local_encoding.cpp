@@ -61,18 +61,20 @@ bool write_in_block(const void* in, const record_codec& codec, text_conversion& 
                     encoding_target& target) {
     block room = allocate_encoding(most);
     const auto octets = static_cast<size_t>(most);
-    wiping secret{codec.has_secrets ? room.get() : nullptr, octets};
+    const wiping secret{codec.has_secrets ? room.get() : nullptr, octets};
     unsigned char* const start = write_envelope(room.get(), octets, in, codec, conversion);
     if (start == nullptr) return false;
     const auto length = static_cast<size_t>(room.get() + octets - start);
-    if (codec.has_secrets && length != octets) {
+    if (codec.has_secrets) {
         target.take(start, length);
     } else {
-        secret.at = nullptr;
         target.take(std::move(room), octets, start, length);
     }
     return true;
 }
+
+// What the fields of a record ask for and leave, mostly: a block that is shorter than they ask is too short for them.
+constexpr uint64_t asked_and_left = 128;
 
 // Where texts grow, an encoding is taken to grow by a quarter at most; where that is wrong, the block doubles.
 void write_local_texts(const record_type& type, const void* in, text_conversion& conversion, encoding_target& target) {
@@ -86,7 +88,7 @@ void write_local_texts(const record_type& type, const void* in, text_conversion&
         }
     }
     if (likely < stack_octets || likely > most_guessed) {
-        likely = codec.count(counter(), in) + envelope_header_octets;
+        likely = codec.count(counter(), in) + envelope_header_octets + asked_and_left;
         if (write_in_block(in, codec, conversion, likely, target)) return;
     }
     for (uint64_t octets = likely + likely / 4;; octets *= 2) {
