@@ -28,7 +28,7 @@ while read -r name runs length; do
         /average_exec_per_sec/ { rate = $2 }
         END { printf "%-12s %10d executions %7d /s %6d edges, the last by %d\n", name, runs, rate, edges, last }' "$log"
 done <<END
-records 40000000 400
+records 14000000 400
 structures 3000000 64
 objects 100000 64
 tree 5000000 400
