@@ -1,5 +1,5 @@
 // What libFuzzer does to the inputs of targets that read a record behind two octets that pick it: most changes keep the
-// octets BER, so that they reach what lies behind the first headers. Now and then an input begins anew, as a random
+// octets BER, so that they reach what lies behind the first headers. Every fourth input begins anew, as a random
 // structure of some record, and elements come from such a structure.
 #include <algorithm>
 #include <stdexcept>

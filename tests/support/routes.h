@@ -20,6 +20,9 @@ struct route {
     int (*decode)(const zr::record_type& type, zr_asn_buffer_t& in, void* out);
 };
 
+// The ways are inline so that a program links with what it uses of them alone, also where nothing is optimised: the
+// object tree's are in no shared library.
+//
 // A hand-written binding class. What it answers with the status alone is reported like all exhausted memory.
 template <class Binding, class S>
 inline constexpr route class_route = {"binding class",

@@ -27,7 +27,8 @@ constexpr int hex_digit(char c) { return hex_values[static_cast<unsigned char>(c
 constexpr int hex_octet(char high, char low) { return hex_digit(high) * 16 | hex_digit(low); }
 
 // Writes an octet for each two digits, up to the first two that are none, and returns how many. What lies behind them
-// in the room for `pairs` octets may be overwritten: four at a time are written and then judged.
+// in the room for `pairs` octets may be overwritten: where digits stand side by side four at a time are written and
+// then judged.
 inline size_t read_hex_pairs(const char* digits, size_t pairs, unsigned char* to) {
     const auto put = [=](size_t i) {
         const int octet = hex_octet(digits[2 * i], digits[2 * i + 1]);
@@ -35,10 +36,12 @@ inline size_t read_hex_pairs(const char* digits, size_t pairs, unsigned char* to
         return octet;
     };
     size_t done = 0;
-    while (pairs - done >= 4 && (put(done) | put(done + 1) | put(done + 2) | put(done + 3)) >= 0)
-        done += 4;
-    while (done != pairs && put(done) >= 0)
+    while (done != pairs && put(done) >= 0) {
         ++done;
+        if (done == pairs || hex_digit(digits[2 * done]) < 0) break;
+        while (pairs - done >= 4 && (put(done) | put(done + 1) | put(done + 2) | put(done + 3)) >= 0)
+            done += 4;
+    }
     return done;
 }
 

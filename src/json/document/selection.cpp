@@ -41,8 +41,11 @@ class comparison {
 public:
     static constexpr bool whole = false;
 
-    comparison(const std::vector<member_path>& paths, const std::vector<std::string>& wanted, text_output& value)
-        : paths_(paths), wanted_(wanted), value_(value), holds_(paths.size()), left_(paths.size()) {}
+    comparison(const std::vector<member_path>& paths, const std::vector<std::string>& wanted, text_output& value,
+               std::vector<bool>& holds)
+        : paths_(paths), wanted_(wanted), value_(value), holds_(holds), left_(paths.size()) {
+        holds_.assign(paths.size(), false);
+    }
 
     bool value(const walked_value& at) {
         if (at.is_empty_slot) return true;
@@ -88,7 +91,7 @@ private:
     const std::vector<member_path>& paths_;
     const std::vector<std::string>& wanted_;
     text_output& value_;
-    std::vector<bool> holds_;
+    std::vector<bool>& holds_;
     size_t left_;
     bool fails_ = false;
 };
@@ -217,7 +220,7 @@ bool selection::require(std::string_view condition, std::string& message) {
 }
 
 selection::answer selection::holds(const unsigned char* data, size_t size) {
-    comparison visitor(conditions_, wanted_, value_);
+    comparison visitor(conditions_, wanted_, value_, met_);
     if (!condition_walk_.run(data, size, visitor)) return answer::other_form;
     return visitor.all_hold() ? answer::yes : answer::no;
 }

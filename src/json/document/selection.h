@@ -45,6 +45,7 @@ private:
     std::vector<member_path> selected_, conditions_;
     std::vector<std::string> wanted_;  // of each condition: the value, a text as it is, others as JSON
     text_output value_;                // of the element that is compared
+    std::vector<bool> met_;            // which conditions the record that is looked at meets; kept for its block
     member_walk select_walk_{type_, selected_}, condition_walk_{type_, conditions_};
 };
 

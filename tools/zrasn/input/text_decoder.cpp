@@ -26,6 +26,10 @@ size_t text_decoder::decode(const char*& at, const char* end, unsigned char* to,
             count += done;
             digits_ += 2 * done;
             if (at == end || count == room) break;
+            if (is_space(*at)) {
+                ++at;
+                continue;
+            }
         }
         const int octet = feed(*at);
         if (refused()) break;
