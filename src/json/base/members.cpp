@@ -12,31 +12,22 @@ int64_t number_at(const void* from, integer_type type) {
     return type.is_signed ? int64_t{bits} : static_cast<uint32_t>(bits);
 }
 
-integer_range range_of(integer_type type) {
-    const unsigned bits = 8u * type.octets - (type.is_signed ? 1 : 0);
-    const int64_t most = (int64_t{1} << bits) - 1;
-    return {type.is_signed ? -most - 1 : 0, most};
-}
-
 // An entry of an array is counted before its value is there, so that it is released in any case.
-void* member_filler::add_place() {
-    if (!is_list(member_->held)) return place_at(*member_, structure_, member_->held == holding::slots ? count_++ : 0);
-    if (count_ == capacity_) {
-        const size_t wanted = capacity_ == 0 ? 1 : size_t{capacity_} * 2;
-        void* grown = std::realloc(place<void*>(structure_, member_->offset), wanted * member_->place_octets);
-        if (grown == nullptr) throw std::bad_alloc();
-        place<void*>(structure_, member_->offset) = grown;
-        capacity_ = static_cast<uint32_t>(std::min<size_t>(wanted, UINT32_MAX));
-    }
+void* member_filler::add_entry() {
+    if (count_ == capacity_) grow();
     void* made = place_at(*member_, structure_, count_);
     std::memset(made, 0, member_->place_octets);
     store_count(*member_, structure_, ++count_);
     return made;
 }
 
-void* member_filler::add_record() {
-    void* where = add_place();
-    return is_by_pointer(*member_) ? place<void*>(where, 0) = zeroed_block(member_->record->size) : where;
+void member_filler::grow() {
+    constexpr size_t least_block = 24;  // what malloc gives for less
+    const size_t wanted = std::max(size_t{capacity_} * 2, std::max<size_t>(least_block / member_->place_octets, 1));
+    void* grown = std::realloc(place<void*>(structure_, member_->offset), wanted * member_->place_octets);
+    if (grown == nullptr) throw std::bad_alloc();
+    place<void*>(structure_, member_->offset) = grown;
+    capacity_ = static_cast<uint32_t>(std::min<size_t>(wanted, UINT32_MAX));
 }
 
 void* zeroed_block(size_t octets) {

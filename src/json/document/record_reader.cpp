@@ -12,6 +12,7 @@
 #include "json/base/suggest.h"
 #include "json/base/text.h"
 #include "json/document/events.h"
+#include "json/document/parser.h"
 #include "json/document/place.h"
 #include "json/document/scalars.h"
 #include "json/document/uuid_text.h"
@@ -23,14 +24,15 @@ namespace {
 using takes = json_place::takes;
 
 // record_builder fills a structure from the events of its JSON.
-class record_builder final : public json_events {
+class record_builder {
 public:
     record_builder(const record_type& type, void* structure, json_error& error, const decode_limits& limits)
         : root_(type), structure_(structure), error_(error), left_(limits) {
         stack_.reserve(8);  // most records nest no deeper
     }
 
-    bool on(const json_event& event) override {
+    // The parser calls it with a constant kind each time.
+    [[gnu::always_inline]] bool on(const json_event& event) {
         offset_ = event.offset;
         switch (event.kind) {
             case json_kind::null:
@@ -67,6 +69,8 @@ public:
     }
 
 private:
+    static constexpr uint32_t no_field = UINT32_MAX;
+
     enum class hex_text { none, key, value, end };  // {"hex": "..."}
 
     // An object that is open, and the member of it that is being read.
@@ -75,6 +79,7 @@ private:
         void* structure;
         uint64_t seen;  // a bit for each field
         const field* current;
+        uint32_t next;       // index of the field behind it, with which the search for a name begins
         member_filler list;  // the member, when it is a list
         bool in_list;
         bool in_element;  // the list's last value is an object that is open
@@ -130,12 +135,11 @@ private:
         if (at.what == takes::scalar) {
             if (!spend(event.kind == json_kind::string ? event.text.size() + 1 : 0)) return false;
             if (at.member->secret && event.text == not_shown && hex_ == hex_text::none) error_.is_redacted = true;
-            std::string message;
             const bool read = fill([&](member_filler& member) {
-                return hex_ == hex_text::none ? read_scalar(event, member, message)
-                                              : read_hex_form(event, member, message);
+                return hex_ == hex_text::none ? read_scalar(event, member, error_.message)
+                                              : read_hex_form(event, member, error_.message);
             });
-            if (!read) return refuse(std::move(message));
+            if (!read) return refuse_here();
             if (hex_ != hex_text::none) hex_ = hex_text::end;
             return true;
         }
@@ -158,7 +162,7 @@ private:
         if (!spend_record(at)) return false;
         void* structure = add_record();
         if (!stack_.empty()) stack_.back().in_element = stack_.back().in_list;
-        stack_.push_back({at.record, structure, 0, nullptr, {}, false, false});
+        stack_.push_back({at.record, structure, 0, nullptr, 0, {}, false, false});
         return true;
     }
 
@@ -170,10 +174,11 @@ private:
             return true;
         }
         frame& top = stack_.back();
-        const field* found = find(top, name);
-        if (found == nullptr) return refuse_member(*top.type, name);
-        top.current = found;
-        const uint64_t bit = uint64_t{1} << (found - top.type->fields);
+        const uint32_t found = find(top, name);
+        if (found == no_field) return refuse_member(*top.type, name);
+        top.current = top.type->fields + found;
+        top.next = found + 1;
+        const uint64_t bit = uint64_t{1} << found;
         if ((top.seen & bit) != 0) return refuse("found this member a second time, expected it once");
         top.seen |= bit;
         return true;
@@ -208,16 +213,16 @@ private:
         return *field == 0;
     }
 
-    // Members mostly come in the order of the fields.
-    static const field* find(const frame& top, std::string_view name) {
+    // The field of that name, or no_field. Members mostly come in the order of the fields.
+    static uint32_t find(const frame& top, std::string_view name) {
         const uint32_t count = top.type->field_count;
-        uint32_t at = top.current == nullptr ? 0 : static_cast<uint32_t>(top.current - top.type->fields) + 1;
+        uint32_t at = top.next;
         for (uint32_t i = 0; i < count; ++i, ++at) {
             if (at >= count) at = 0;
             const field& found = top.type->fields[at];
-            if (is_name(found.name, name)) return has_member(found.value) ? &found : nullptr;
+            if (is_name(found.name, name)) return has_member(found.value) ? at : no_field;
         }
-        return nullptr;
+        return no_field;
     }
 
     bool refuse_member(const record_type& type, std::string_view name) {
@@ -252,8 +257,11 @@ private:
     }
 
     bool refuse(std::string message) {
-        error_.offset = offset_;
         error_.message = std::move(message);
+        return refuse_here();
+    }
+    bool refuse_here() {
+        error_.offset = offset_;
         return false;
     }
 
@@ -272,7 +280,7 @@ bool read_json(std::string_view text, const record_type& type, void* structure, 
                const decode_limits& limits) {
     record_builder builder(type, structure, error, limits);
     json_fault fault;
-    if (parse_json(text, builder, fault)) return true;
+    if (parse_events(text, builder, fault)) return true;
     if (!fault.message.empty()) {
         error.offset = fault.offset;
         error.message = fault.message;

@@ -20,10 +20,22 @@ bool refuse(std::string& message, std::string_view found, std::string_view expec
     return false;
 }
 
+// As std::from_chars, which looks for an overflow at each digit; numbers that fit a member have none.
+std::from_chars_result read_digits(const char* from, const char* end, int64_t& number) {
+    constexpr std::ptrdiff_t most_digits = 10;
+    const bool negative = from != end && *from == '-';
+    const char* at = from + negative;
+    if (end - at > most_digits || at == end) return std::from_chars(from, end, number);
+    for (number = 0; at != end && *at >= '0' && *at <= '9'; ++at)
+        number = number * 10 + (*at - '0');
+    if (negative) number = -number;
+    return {at, std::errc()};
+}
+
 bool read_number(std::string_view digits, member_filler& to, std::string& message) {
     int64_t number = 0;
     const char* const end = digits.data() + digits.size();
-    const auto [behind, fault] = std::from_chars(digits.data(), end, number);
+    const auto [behind, fault] = read_digits(digits.data(), end, number);
     const integer_range range = range_of(to.member().integer);
     if (behind == end && fault == std::errc() && number >= range.least && number <= range.most) {
         store_integer(to.add_place(), to.member().integer, static_cast<int32_t>(number));

@@ -34,15 +34,16 @@ inline void format_uuid(const void* contents, char* text) {
 // Fills the UUID from 36 characters, digits in either case; false, with the UUID as it was, on any other text.
 inline bool parse_uuid(std::string_view text, uuid_t& id) {
     if (text.size() != uuid_text_size) return false;
+    if (text[8] != '-' || text[13] != '-' || text[18] != '-' || text[23] != '-') return false;
+    constexpr unsigned char first_digits[16] = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
     unsigned char octets[16];
-    size_t at = 0;
+    int all = 0;  // negative when any is
     for (size_t i = 0; i < 16; ++i) {
-        if (hyphen_before(i) && text[at++] != '-') return false;
-        const int high = hex_digit(text[at]), low = hex_digit(text[at + 1]);
-        if (high < 0 || low < 0) return false;
-        at += 2;
-        octets[i] = static_cast<unsigned char>(high << 4 | low);
+        const int octet = hex_octet(text[first_digits[i]], text[first_digits[i] + 1u]);
+        octets[i] = static_cast<unsigned char>(octet);
+        all |= octet;
     }
+    if (all < 0) return false;
     id.time_low = uint32_t{octets[0]} << 24 | uint32_t{octets[1]} << 16 | uint32_t{octets[2]} << 8 | octets[3];
     id.time_mid = static_cast<uint16_t>(octets[4] << 8 | octets[5]);
     id.time_hi_and_version = static_cast<uint16_t>(octets[6] << 8 | octets[7]);

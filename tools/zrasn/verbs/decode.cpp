@@ -7,6 +7,7 @@
 
 #include "asn1/status.h"
 #include "base/file_output.h"
+#include "base/heap.h"
 #include "base/library.h"
 #include "input/input.h"
 #include "input/line_reader.h"
@@ -153,6 +154,7 @@ private:
                     return refuse(in, *type, filter_->status());
             }
         }
+        expect_blocks(2 * in.size());
         record_holder record(*type);
         const int status = decode_octets(*type, in.data(), in.size(), record.get(), options_.version);
         if (status != zr_ok) return refuse(in, *type, status);
