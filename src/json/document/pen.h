@@ -15,7 +15,7 @@ enum class json_layout { indented, one_line };
 class json_pen {
 public:
     json_pen(output& out, json_layout layout)
-        : out_(out), spaced_(layout == json_layout::indented), deepest_(spaced_ ? 32 : 0) {}
+        : out_(out), spaced_(layout == json_layout::indented), deepest_(spaced_ ? most_indented : 0) {}
 
     output& out() { return out_; }
     // Whether a space follows a colon, and a comma within a line.
@@ -50,10 +50,12 @@ public:
     }
 
 private:
+    static constexpr size_t most_indented = 32;  // levels
+
     void new_line() {
-        out_.put('\n');
-        for (size_t i = 0; i < depth_; ++i)
-            out_.write("  ");
+        static constexpr char line[] = "\n                                                                ";
+        static_assert(sizeof(line) - 2 == 2 * most_indented);
+        out_.write({line, 1 + 2 * depth_});
     }
 
     output& out_;
