@@ -258,6 +258,63 @@ TEST(decode_call, limits) {
     EXPECT_EQ(watched.live(), 0u);
 }
 
+// The path of what is refused, however deep: whole where there is room for it, else its beginning and its end.
+TEST(decode_call, paths_of_any_length) {
+    for (size_t depth = 0; depth < 60; ++depth) {
+        octets inner = element(0x30, bytes("02 00"));  // no name
+        std::string path = "name";
+        for (size_t i = 0; i < depth; ++i) {
+            const octets before = i % 7 == 3 ? element(0x30, bytes("0c 00 30 00 30 00")) : octets();
+            inner = element(0x30, bytes("0c 00 30 00") + element(0x30, before + inner));
+            path = (i % 7 == 3 ? "children[1]." : "children[0].") + path;
+        }
+        structure out(zr::record<namevalue_s_t>::type);
+        zr::decode_report report;
+        EXPECT_EQ(call(envelope(inner).all(), out, {}, report), zr_err_no_match);
+        const std::string shown = report.path;
+        if (path.size() <= sizeof report.path / 2) {
+            EXPECT_EQ(shown, path);
+        }
+        const size_t gap = shown.find(" ... ");
+        if (gap == shown.npos) {
+            EXPECT_EQ(shown, path);
+            continue;
+        }
+        EXPECT_LT(shown.size(), path.size());
+        EXPECT_EQ(shown.substr(0, gap), path.substr(0, gap));
+        const std::string end = shown.substr(gap + 5);
+        EXPECT_EQ(end, path.substr(path.size() - end.size()));
+        EXPECT_GT(end.size(), 80u);
+    }
+}
+
+// A limit that is passed inside a slot is said, and not that the slot holds something else.
+TEST(decode_call, limits_inside_slots) {
+    const std::string action = "30 13 02 01 00 0c 00 0c 00 0c 00 02 01 00 02 01 00 30 02 30 00 ";
+    const octets in = envelope(bytes("30 1d 0c 00 30 15 " + action + "30 02 30 00")).all();
+    zr::decode_options options;
+    options.limits.depth = 2;
+    structure out(*zr::find_record("yvaction_group_s_t"));
+    zr::decode_report report;
+    EXPECT_EQ(call(in, out, options, report), zr_err_out_of_memory);
+    EXPECT_EQ(report.passed, zr::decode_limit::depth);
+    EXPECT_STREQ(report.path, "actions[0].ext");
+    options.limits.depth = 3;
+    EXPECT_EQ(call(in, out, options, report), 0);
+    structure packed(out.type());
+    zr::packed_blocks blocks;
+    EXPECT_EQ(out.type().decode_packed(in.data(), in.size(), packed.get(), blocks, options, report), 0);
+    EXPECT_EQ(difference(out.type(), out.get(), packed.get()), "");
+    std::memset(packed.get(), 0, out.type().size);
+#if SIZE_MAX > UINT32_MAX
+    // More octets than an encoding can have are not looked at.
+    options.limits.octets = SIZE_MAX;
+    EXPECT_EQ(out.type().decode(in.data(), size_t{UINT32_MAX} + 1, packed.get(), options, report),
+              zr_err_out_of_memory);
+    EXPECT_EQ(report.passed, zr::decode_limit::octets);
+#endif
+}
+
 // Texts in the local code set: where the one stands that it does not hold, and how many octets were read, in each form
 // of the octets and with and without limits.
 TEST(decode_call, local_texts) {
@@ -318,6 +375,50 @@ TEST(decode_call, memory_runs_out_without_a_word) {
                 // A text without memory is missing; not so where an encode has to give it back.
                 ASSERT_TRUE(status != 0 || !strict || difference(*type, out.get(), original.get()).empty());
                 ASSERT_EQ(printed.take(), "");
+                ASSERT_EQ(leftover_of_free(out), "");
+            });
+        }
+    }
+}
+
+// Each way of reading: octets in their usual form, in others, and by the reader that keeps limits, with texts converted
+// or not, and with more levels and octets than fit the room that a reader begins with.
+TEST(decode_call, memory_runs_out_in_large_and_deep_records) {
+    const thread_locale in_use("latin1");
+    const octets long_text = element(0x0C, octets(3000, 0x41)), odd_text = element(0x0C, bytes("63 61 c3 a9"));
+    octets deep = element(0x30, odd_text + element(0x30, {}) + element(0x30, {}));
+    for (size_t i = 0; i < 20; ++i)
+        deep = element(0x30, (i % 10 == 0 ? long_text : odd_text) + element(0x30, odd_text) + element(0x30, deep));
+    const octets open = bytes("30 80") + long_text + bytes("30 80 00 00 30 80") + deep + bytes("00 00 00 00");
+    const octets segments = bytes("30 80 2c 06 04 04 63 61 c3 a9 30 80 2c 80 04 01 41 00 00 00 00 30 00 00 00");
+    const zr::record_type& type = zr::record<namevalue_s_t>::type;
+    for (const octets& ber : {deep, open, segments}) {
+        for (const int way : {0, 1, 2, 3}) {
+            SCOPED_TRACE(std::to_string(ber.size()) + " octets, way " + std::to_string(way));
+            envelope in(ber);
+            zr::decode_options options;
+            options.local_texts = way % 2 != 0;
+            if (way >= 2) options.limits.depth = 50;
+            structure expected(type), out(type);
+            zr::decode_report report;
+            ASSERT_EQ(call(in.all(), expected, options, report), 0);
+            fail_each_allocation([&](auto&& failing) {
+                caught_stderr printed;
+                int status = 0;
+                const size_t failed = failing([&] { status = call(in.all(), out, options, report); });
+                ASSERT_TRUE(status == 0 || (failed != 0 && status == zr_err_out_of_memory)) << status;
+                // A text without memory is missing.
+                if (status == 0) {
+                    const std::vector<char**> wanted = texts_of(type, expected.get()),
+                                              found = texts_of(type, out.get());
+                    ASSERT_EQ(wanted.size(), found.size());
+                    size_t missing = 0;
+                    for (size_t i = 0; i < found.size(); ++i) {
+                        missing += *found[i] == nullptr;
+                        ASSERT_TRUE(*found[i] == nullptr || std::strcmp(*found[i], *wanted[i]) == 0);
+                    }
+                    ASSERT_LE(missing, failed);
+                }
                 ASSERT_EQ(leftover_of_free(out), "");
             });
         }

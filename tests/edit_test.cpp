@@ -176,6 +176,34 @@ TEST(edit, by_the_types) {
     EXPECT_EQ(watch.live(), 0u);
 }
 
+// Members that are none, and places where nothing can be put or taken out.
+TEST(edit, refuses_places_that_are_none) {
+    structure original(zr::record<yvaction_group_s_t>::type);
+    auto& group = original.as<yvaction_group_s_t>();
+    const zr::record_type& type = original.type();
+    const yvaction_s_t action{};
+    const zr::new_value text{"x", 1, false}, value{&action, 0, false};
+    const size_t name = offsetof(yvaction_group_s_t, name), actions = offsetof(yvaction_group_s_t, actions), none = 1;
+    using zr::behind_the_last;
+    EXPECT_EQ(zr::set_value(type, none, &group, 0, text), zr_err_bad_argument);
+    EXPECT_EQ(zr::set_value(type, name, &group, 1, text), zr_err_bad_argument);
+    EXPECT_EQ(zr::insert_value(type, none, &group, behind_the_last, text), zr_err_bad_argument);
+    EXPECT_EQ(zr::insert_value(type, name, &group, behind_the_last, text), zr_err_bad_argument);
+    EXPECT_EQ(zr::erase_values(type, none, &group, 0, 1), zr_err_bad_argument);
+    EXPECT_EQ(zr::erase_values(type, name, &group, 0, 1), zr_err_bad_argument);
+    EXPECT_EQ(zr::erase_values(type, actions, &group, 33, 0), zr_err_bad_argument);
+    EXPECT_EQ(zr::erase_values(type, actions, &group, 30, 3), zr_err_bad_argument);
+    EXPECT_EQ(leftover(type, &group), "");
+    EXPECT_EQ(zr::insert_value(type, actions, &group, behind_the_last, value), 0);
+    EXPECT_EQ(zr::erase_values(type, actions, &group, 0, 32), 0);
+    EXPECT_EQ(leftover(type, &group), "");
+    // Octets cannot be put where fixed ones are, nor a version.
+    uuid_t id{};
+    EXPECT_EQ(zr::set_value(zr::record<uuid_t>::type, offsetof(uuid_t, node), &id, 0, {"abcdef", 6, false}),
+              zr_err_bad_argument);
+    EXPECT_EQ(leftover(zr::record<uuid_t>::type, &id), "");
+}
+
 // A guard keeps what it holds when it could not be handed over.
 TEST(edit, hands_over_or_not_at_all) {
     zr::decoded<sec_id_pa_t> list;

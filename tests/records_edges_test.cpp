@@ -67,6 +67,9 @@ TEST(records, a_null_element_in_an_array_of_pointers) {
                 EXPECT_EQ(printed.take().substr(0, line.size()), line);
                 EXPECT_EQ(zr::copy_record(*type, original.get(), structure(*type).get()), zr_err_out_of_memory);
                 EXPECT_EQ(printed.take().substr(0, line.size()), line);
+                int order = 0;
+                EXPECT_EQ(zr::order_records(*type, original.get(), original.get(), order), zr_err_out_of_memory);
+                EXPECT_EQ(printed.take().substr(0, line.size()), line);
                 EXPECT_EQ(watched.live(), 4u) << "the structure, its array and two elements";
                 EXPECT_EQ(leftover_of_free(original), "");
                 EXPECT_EQ(watched.live(), 1u);
@@ -189,6 +192,19 @@ octets times(size_t count, const octets& part) {
     return all;
 }
 
+// Behind integers stand elements that are none, of fewer octets than one takes.
+TEST(records, lists_that_go_on_otherwise) {
+    const zr::record_type& type = *zr::find_record("acl_permset_s_t");
+    for (const octets& other : {octets{2, 0}, octets{5, 0}, octets{2}, octets{2, 9, 1}}) {
+        for (const size_t count : {1u, 31u, 32u, 33u, 100u}) {
+            const octets ber = element(0x30, element(0x30, times(count, {2, 1, 5}) + times(90, other)));
+            structure direct(type), tree(type);
+            EXPECT_EQ(decode(entry_points, ber, direct), decode(object_tree, ber, tree)) << hex(other) << count;
+            EXPECT_EQ(difference(type, direct.get(), tree.get()), "");
+        }
+    }
+}
+
 // What a decode with a report says of a list, and what is said without a structure.
 void expect_reported(const zr::record_type& type, const octets& ber, int status) {
     zr::refusal found;
@@ -223,6 +239,20 @@ TEST(records, values_beyond_the_count_are_refused) {
                 EXPECT_EQ(watched.live(), 1u) << "besides the structure itself";
             }
         }
+    }
+}
+
+// A structure without blocks is read on its own way where the octets are the library's, and refused like others.
+TEST(records, flat_structures_are_refused_like_others) {
+    for (const char* ber : {"30 00", "30 03 02 01", "02 01 05", "30 03 04 01 05"}) {
+        envelope in(bytes(ber));
+        uuid_t typed, other;
+        std::memset(&typed, 0x5A, sizeof typed);
+        std::memset(&other, 0x5A, sizeof other);
+        const int status = zr::record<uuid_t>::type.decode(in.buffer(), &other);
+        EXPECT_NE(status, 0);
+        EXPECT_EQ(zrAsnDecodeObj(in.buffer(), typed), status) << ber;
+        EXPECT_EQ(std::memcmp(&typed, &other, sizeof typed), 0) << ber;
     }
 }
 
@@ -323,6 +353,8 @@ TEST(records, positions_beyond_the_slots) {
             int first, last;  // of the slots that are filled
         } rows[] = {
             {"none", {}, 0, 0, -1},
+            {"a NULL without a length", {0x05}, zr_err_no_match, 0, -1},
+            {"a NULL with contents", {0x05, 1, 0}, zr_err_no_match, 0, -1},
             {"the sixth", repeated(5, null) + filled, 0, 5, 5},
             {"the last", repeated(31, null) + filled, 0, 31, 31},
             {"all empty", repeated(40, null), 0, 0, -1},

@@ -70,13 +70,14 @@ ZR_INLINE auto& add_record(S& out, Blocks... blocks) {
 template <class F, class S, class... Blocks>
 ZR_INLINE octet_position read_integers(octet_position at, octet_position stop, S& out, Blocks... blocks) {
     using T = typename F::value_type;
+    static_assert(sizeof(T) == sizeof(int32_t), "holds every value, so that a strict reader has nothing to judge");
     constexpr size_t most = 32;
     T first[most];
     size_t read = 0;
     int32_t value = 0;
     for (; read < most && at != stop; ++read) {
         at = quick_integer<Blocks...>(at, stop, value);
-        if (at == nullptr || (is_strict<Blocks...> && !fits<T>(value))) return nullptr;
+        if (at == nullptr) return nullptr;
         first[read] = static_cast<T>(value);
     }
     size_t count = read;
@@ -90,7 +91,7 @@ ZR_INLINE octet_position read_integers(octet_position at, octet_position stop, S
     copy_octets(reinterpret_cast<unsigned char*>(array), first, read * sizeof(T));
     for (; read < count; ++read) {
         at = quick_integer<Blocks...>(at, stop, value);
-        if (at == nullptr || (is_strict<Blocks...> && !fits<T>(value))) return nullptr;
+        if (at == nullptr) return nullptr;
         array[read] = static_cast<T>(value);
     }
     count_of<F>(out) = static_cast<typename F::count_type>(count);

@@ -35,10 +35,7 @@ struct text_converter {
         }
         return true;
     }
-    bool begin(const place_in_one& at, uint32_t& count) const {
-        count = place_count(at.field, at.first);
-        return true;
-    }
+    void begin(const place_in_one& at, uint32_t& count) const { count = place_count(at.field, at.first); }
     bool enter(const place_in_one& at, uint32_t i, void*& first, void*&) const {
         first = value_at(at.field, at.first, i);
         return true;

@@ -112,10 +112,7 @@ struct fault_finder {
         }
         return true;
     }
-    bool begin(const place_in_one& at, uint32_t& count) const {
-        count = place_count(at.field, at.first);
-        return true;
-    }
+    void begin(const place_in_one& at, uint32_t& count) const { count = place_count(at.field, at.first); }
     bool enter(const place_in_one& at, uint32_t i, const void*& first, const void*&) const {
         first = value_at(at.field, at.first, i);
         if (first == nullptr && at.field.held == holding::pointer_list)

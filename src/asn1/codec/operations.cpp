@@ -27,10 +27,9 @@ struct copier {
                        blocks, at.type.module);
         return true;
     }
-    bool begin(const place_of_both& at, uint32_t& count) const {
+    void begin(const place_of_both& at, uint32_t& count) const {
         make_array(at);
         count = place_count(at.field, at.first);
-        return true;
     }
     bool enter(const place_of_both& at, uint32_t i, const void*& first, void*& second) const {
         first = value_at(at.field, at.first, i);
@@ -81,10 +80,7 @@ struct measurer {
         }
         return true;
     }
-    bool begin(const place_in_one& at, uint32_t& count) {
-        count = add_array(at);
-        return true;
-    }
+    void begin(const place_in_one& at, uint32_t& count) { count = add_array(at); }
     bool enter(const place_in_one& at, uint32_t i, const void*& first, const void*&) {
         first = value_at(at.field, at.first, i);
         if (first != nullptr && is_by_pointer(at.field)) octets += at.field.record->size + alignof(std::max_align_t);
@@ -117,9 +113,8 @@ struct comparer {
         if (order == 0) order = order_counts(left, right);
         return order == 0;
     }
-    bool begin(const place_of_both& at, uint32_t& count) const {
+    void begin(const place_of_both& at, uint32_t& count) const {
         count = std::min(place_count(at.field, at.first), place_count(at.field, at.second));
-        return true;
     }
     bool enter(const place_of_both& at, uint32_t i, const void*& first, const void*& second) {
         first = value_at(at.field, at.first, i);

@@ -15,7 +15,7 @@ struct walk_place {
     Second* second;
 };
 
-// walk_records asks the visitor, and stops when it answers false:
+// walk_records asks the visitor, and stops when it answers false (begin answers nothing):
 //
 //   values(place)         at a field that holds no records
 //   begin(place, count)   at one that holds records, for the number of places to go through
@@ -48,7 +48,7 @@ void walk_records(const record_type& root, First* first, Second* second, Visitor
             if (!visitor.values(at)) return;
             ++top.next;
         } else if (!top.begun) {
-            if (!visitor.begin(at, top.count)) return;
+            visitor.begin(at, top.count);
             top.begun = true;
             top.element = 0;
         } else if (top.element == top.count) {
