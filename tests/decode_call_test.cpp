@@ -384,18 +384,32 @@ TEST(decode_call, memory_runs_out_without_a_word) {
 // Each way of reading: octets in their usual form, in others, and by the reader that keeps limits, with texts converted
 // or not, and with more levels and octets than fit the room that a reader begins with.
 TEST(decode_call, memory_runs_out_in_large_and_deep_records) {
-    const thread_locale in_use("latin1");
-    const octets long_text = element(0x0C, octets(3000, 0x41)), odd_text = element(0x0C, bytes("63 61 c3 a9"));
-    octets deep = element(0x30, odd_text + element(0x30, {}) + element(0x30, {}));
+    const thread_locale in_use("gb18030");  // in which the odd text is longer
+    const octets none = element(0x30, {}), long_text = element(0x0C, octets(3000, 0x41));
+    const octets odd_text = element(0x0C, bytes("c3 bf c3 bf c3 bf c3 bf c3 bf c3 bf c3 bf c3 bf"));
+    octets deep = element(0x30, odd_text + none + none);
     for (size_t i = 0; i < 20; ++i)
         deep = element(0x30, (i % 10 == 0 ? long_text : odd_text) + element(0x30, odd_text) + element(0x30, deep));
     const octets open = bytes("30 80") + long_text + bytes("30 80 00 00 30 80") + deep + bytes("00 00 00 00");
-    const octets segments = bytes("30 80 2c 06 04 04 63 61 c3 a9 30 80 2c 80 04 01 41 00 00 00 00 30 00 00 00");
-    const zr::record_type& type = zr::record<namevalue_s_t>::type;
-    for (const octets& ber : {deep, open, segments}) {
+    octets many = bytes("30 80 0c 00 30 80 00 00 30 80");  // whose definite form is half as long again
+    for (int i = 0; i < 500; ++i)
+        many = many + bytes("30 80 0c 00 30 80 00 00 30 80 00 00 00 00");
+    const struct {
+        const char* record;
+        octets ber;
+    } rows[] = {
+        {"namevalue_s_t", deep},
+        {"namevalue_s_t", open},
+        {"namevalue_s_t", many + bytes("00 00 00 00")},
+        {"namevalue_s_t", bytes("30 80 2c 06 04 04 63 61 c3 bf 30 80 2c 80 04 01 41 00 00 00 00 30 00 00 00")},
+        {"attr_s_t", bytes("30 80 0c 00 30 80 30 0d 02 01 04 0c 00 24 06 04 02 41 42 04 00 00 00 00 00")},
+        {"cert_request_in", bytes("30 80 02 01 01 04 02 61 00 24 05 04 01 62 04 00 24 03 04 01 41 00 00")},
+    };
+    for (const auto& row : rows) {
         for (const int way : {0, 1, 2, 3}) {
-            SCOPED_TRACE(std::to_string(ber.size()) + " octets, way " + std::to_string(way));
-            envelope in(ber);
+            SCOPED_TRACE(row.record + std::to_string(row.ber.size()) + ", way " + std::to_string(way));
+            const zr::record_type& type = *zr::find_record(row.record);
+            envelope in(row.ber);
             zr::decode_options options;
             options.local_texts = way % 2 != 0;
             if (way >= 2) options.limits.depth = 50;

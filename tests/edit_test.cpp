@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "asn1/codec/define_record.h"
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
 #include "base_idls/actionidl_asn.h"
@@ -17,6 +18,19 @@
 #include "support/caught_stderr.h"
 #include "support/routes.h"
 #include "zrasn/attributes.h"
+
+// An element that is larger than most.
+struct wide_t {
+    unsigned char first[100], second[100], third[100];
+};
+ZR_RECORD(wide, wide_t, asn_wide_t, zr::fixed_octets(ZR_M(first)), zr::fixed_octets(ZR_M(second)),
+          zr::fixed_octets(ZR_M(third)));
+struct wide_list_t {
+    uint32_t count;
+    wide_t* elements;
+};
+ZR_RECORD(wide, wide_list_t, asn_wide_list_t, zr::list(ZR_M(count), ZR_M(elements)));
+ZR_DEFINE_MODULE(wide, wide_t, wide_list_t);
 
 namespace zr_test {
 namespace {
@@ -202,6 +216,30 @@ TEST(edit, refuses_places_that_are_none) {
     EXPECT_EQ(zr::set_value(zr::record<uuid_t>::type, offsetof(uuid_t, node), &id, 0, {"abcdef", 6, false}),
               zr_err_bad_argument);
     EXPECT_EQ(leftover(zr::record<uuid_t>::type, &id), "");
+}
+
+// What is handed over stays the caller's until it is in its place, behind a pointer of its own or in a large array.
+TEST(edit, large_elements_and_pointers_with_memory_ending) {
+    structure list(zr::record<wide_list_t>::type);
+    wide_t wide{};
+    wide.third[99] = 7;
+    for (size_t i = 0; i < 3; ++i)
+        with_memory_ending(list, [&] { return zr::append(list.as<wide_list_t>(), &wide_list_t::elements, wide); });
+    EXPECT_EQ(list.as<wide_list_t>().elements[2].third[99], 7);
+    size_t found = 0;
+    for (const zr::record_type* type : all_records()) {
+        for (const zr::field& field : *type) {
+            if (field.held != zr::holding::pointer_list) continue;
+            ++found;
+            structure original(*type), element(*field.record);
+            const zr::new_value value{element.get(), 0, true};
+            with_memory_ending(original, [&] {
+                return zr::insert_value(*type, field.offset, original.get(), zr::behind_the_last, value);
+            });
+            EXPECT_EQ(zr::stored_count(field, original.get()), 1u);
+        }
+    }
+    EXPECT_EQ(found, 3u);
 }
 
 // A guard keeps what it holds when it could not be handed over.

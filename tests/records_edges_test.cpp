@@ -15,7 +15,9 @@
 #include "asn1/record/operations.h"
 #include "asn1/record/packed_blocks.h"
 #include "base_idls/aclidl_asn.h"
+#include "base_idls/actionidl_asn.h"
 #include "base_idls/ejauditidl_asn.h"
+#include "base_idls/namevalue_asn.h"
 #include "base_idls/principal_asn.h"
 #include "base_idls/yvobj_asn.h"
 #include "support/allocations.h"
@@ -70,6 +72,15 @@ TEST(records, a_null_element_in_an_array_of_pointers) {
                 int order = 0;
                 EXPECT_EQ(zr::order_records(*type, original.get(), original.get(), order), zr_err_out_of_memory);
                 EXPECT_EQ(printed.take().substr(0, line.size()), line);
+                {
+                    void* filled[] = {elements[0], elements[0], elements[2], elements[2]};
+                    structure other(*type);
+                    place<void**>(other.get(), field.offset) = filled;
+                    zr::store_count(field, other.get(), 4);
+                    EXPECT_EQ(zr::order_records(*type, other.get(), original.get(), order), zr_err_out_of_memory);
+                    std::memset(other.get(), 0, type->size);
+                }
+                EXPECT_EQ(printed.take().substr(0, line.size()), line);
                 EXPECT_EQ(watched.live(), 4u) << "the structure, its array and two elements";
                 EXPECT_EQ(leftover_of_free(original), "");
                 EXPECT_EQ(watched.live(), 1u);
@@ -97,6 +108,30 @@ TEST(records, lengths_around_powers_of_two) {
                 ASSERT_EQ(decode(way, expected, copy), 0);
                 ASSERT_EQ(difference(original.type(), original.get(), copy.get()), "") << way.name << ", " << length;
             }
+        }
+    }
+}
+
+// The room for an encoding ends before any header, value or empty slot: it then goes into another block.
+TEST(records, rooms_that_end_anywhere) {
+    constexpr size_t room = 8192;  // a shorter one is written on the stack
+    for (size_t length = room - 100; length < room + 10; ++length) {
+        const std::string text(length, 'a');
+        structure chain(*zr::find_record("namevalue_s_t")), group(*zr::find_record("yvaction_group_s_t"));
+        auto* node = &chain.as<namevalue_s_t>();
+        for (int level = 0; level < 2; ++level) {
+            node->child_count = 1;
+            node->children = static_cast<namevalue_s_t**>(zeroed(sizeof(namevalue_s_t*)));
+            node = node->children[0] = static_cast<namevalue_s_t*>(zeroed(sizeof *node));
+        }
+        node->name = copy_text(text);
+        auto* action = static_cast<yvaction_s_t*>(zeroed(sizeof(yvaction_s_t)));
+        group.as<yvaction_group_s_t>().actions[2] = action;
+        *texts_of(*zr::find_record("yvaction_s_t"), action).front() = copy_text(text);
+        for (structure* original : {&chain, &group}) {
+            const octets expected = encode(object_tree, *original).ber;
+            for (const route& way : routes)
+                ASSERT_TRUE(encode(way, *original).ber == expected) << way.name << ", " << length;
         }
     }
 }
