@@ -12,7 +12,7 @@
 #   make valgrind the tests under valgrind
 #   make analyze  clang's analyzer and cppcheck over the library
 #   make mutants  change the sources at hundreds of places, one at a time: do the tests see it? (tests/mutants/mutants.py)
-#   make coverage lines and branches of the library that the tests reach
+#   make coverage lines and conditions of the library that the tests reach
 #   make bench    measure beside other encoders, BENCH_SECONDS each; print the tables and write docs/performance.md;
 #                 bench-build only builds what measures
 #   make counts   count the library's instructions and compare with bench/counts.txt; COUNTS=update writes that file
@@ -53,7 +53,7 @@ packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales
 packages_msan := $(packages_tsan)
 packages_mutants := clang libclang-rt-14-dev python3-clang-14 binutils $(packages_demo) $(tests_need)
-packages_coverage := $(packages_demo) $(tests_need) gcovr
+packages_coverage := clang libclang-rt-14-dev llvm $(packages_demo) $(tests_need) python3
 packages_valgrind := valgrind
 packages_analyze := clang-tidy cppcheck
 packages_bench := g++ cmake ninja-build binutils python3 libbenchmark-dev asn1c heimdal-multidev snacc libsnacc-dev \
@@ -106,7 +106,7 @@ fuzz-long: build/fuzz-plain/build.ninja build/fuzz/build.ninja
 	@cmake --build build/fuzz-plain -j $(JOBS)
 	@fuzz/long.sh build/fuzz-plain/fuzz 1 $(FUZZ_TARGETS)
 	@cmake --build build/fuzz -j $(JOBS)
-	@fuzz/long.sh build/fuzz/fuzz 10 $(FUZZ_TARGETS)
+	@CORPUS=build/fuzz-plain/fuzz/corpus fuzz/long.sh build/fuzz/fuzz 10 $(FUZZ_TARGETS)
 
 exhaustive: build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do \
@@ -153,10 +153,9 @@ mutants: deps-mutants
 
 coverage: build/coverage/build.ninja
 	@cmake --build build/coverage -j $(JOBS)
-	@find build/coverage -name '*.gcda' -delete
-	@ctest --test-dir build/coverage --output-on-failure -j $(JOBS)
-	@gcovr --root . --filter src/ --filter base_idls/ --exclude-unreachable-branches --exclude-throw-branches \
-	    --print-summary build/coverage
+	@rm -rf build/coverage/profiles
+	@LLVM_PROFILE_FILE=$(CURDIR)/build/coverage/profiles/%4m.profraw ctest --test-dir build/coverage --output-on-failure -j $(JOBS)
+	@tests/coverage.py build/coverage
 
 bench-build: build/bench/build.ninja build/bench-x86/build.ninja
 	@cmake --build build/bench -j $(JOBS) --target zrasn_bench zrasn_bench_heap

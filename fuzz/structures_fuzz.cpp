@@ -36,9 +36,23 @@ bool spoil(structure& original, std::mt19937& random) {
     return refused;
 }
 
+// Gives a text the length with which the encoding is longer than the room that it is written to first, by no more than
+// it was long: that room ends before any of its values.
+void fill_room(structure& original, std::mt19937& random) {
+    constexpr size_t room = 8192;
+    const std::vector<char**> texts = texts_of(original.type(), original.get());
+    if (texts.empty()) return;
+    const size_t length = encode(entry_points, original).ber.size();
+    if (length >= room) return;
+    char*& text = *texts[random() % texts.size()];
+    std::free(text);
+    text = copy_text(std::string(room - length + random() % (length + 8), 'a'));
+}
+
 void check(const zr::record_type& type, size_t most, std::mt19937& random) {
     structure original(type);
     fill(type, original.get(), random, {most, 1 + static_cast<unsigned>(random() % 20), true});
+    if (random() % 8 == 0) fill_room(original, random);
     const bool refused = spoil(original, random);
     const encoded direct = encode(entry_points, original);
     require((direct.status != 0) == refused, "a null element is passed over, or something else refused", type.name);

@@ -392,7 +392,7 @@ TEST(decode_call, memory_runs_out_in_large_and_deep_records) {
         deep = element(0x30, (i % 10 == 0 ? long_text : odd_text) + element(0x30, odd_text) + element(0x30, deep));
     const octets open = bytes("30 80") + long_text + bytes("30 80 00 00 30 80") + deep + bytes("00 00 00 00");
     octets many = bytes("30 80 0c 00 30 80 00 00 30 80");  // whose definite form is half as long again
-    for (int i = 0; i < 500; ++i)
+    for (int i = 0; i < 1500; ++i)
         many = many + bytes("30 80 0c 00 30 80 00 00 30 80 00 00 00 00");
     const struct {
         const char* record;
@@ -401,6 +401,8 @@ TEST(decode_call, memory_runs_out_in_large_and_deep_records) {
         {"namevalue_s_t", deep},
         {"namevalue_s_t", open},
         {"namevalue_s_t", many + bytes("00 00 00 00")},
+        {"namevalue_s_t", many + bytes("30 80 0c 00 30 80") + element(0x0C, octets(8000, 0x41)) +
+                              bytes("00 00 30 80 00 00 00 00 00 00 00 00")},
         {"namevalue_s_t", bytes("30 80 2c 06 04 04 63 61 c3 bf 30 80 2c 80 04 01 41 00 00 00 00 30 00 00 00")},
         {"attr_s_t", bytes("30 80 0c 00 30 80 30 0d 02 01 04 0c 00 24 06 04 02 41 42 04 00 00 00 00 00")},
         {"cert_request_in", bytes("30 80 02 01 01 04 02 61 00 24 05 04 01 62 04 00 24 03 04 01 41 00 00")},

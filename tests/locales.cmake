@@ -20,5 +20,5 @@ endforeach()
 add_custom_target(zrasn_test_locales DEPENDS ${zrasn_locales})
 add_dependencies(zrasn_tests zrasn_test_locales)
 set_source_files_properties(bounds_test.cpp decode_call_test.cpp entry_points_test.cpp local_code_set_test.cpp local_records_test.cpp
-    many_threads.cpp quick_paths_test.cpp secrets_test.cpp PROPERTIES
+    many_threads.cpp quick_paths_test.cpp records_edges_test.cpp secrets_test.cpp PROPERTIES
     COMPILE_DEFINITIONS ZR_TEST_LOCALES="${zrasn_locales_dir}")
