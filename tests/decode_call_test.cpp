@@ -266,7 +266,7 @@ TEST(decode_call, paths_of_any_length) {
         for (size_t i = 0; i < depth; ++i) {
             const octets before = i % 7 == 3 ? element(0x30, bytes("0c 00 30 00 30 00")) : octets();
             inner = element(0x30, bytes("0c 00 30 00") + element(0x30, before + inner));
-            path = (i % 7 == 3 ? "children[1]." : "children[0].") + path;
+            path.insert(0, i % 7 == 3 ? "children[1]." : "children[0].");
         }
         structure out(zr::record<namevalue_s_t>::type);
         zr::decode_report report;
