@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "asn1/codec/encoding.h"
 #include "asn1/record/decoding.h"
 #include "asn1/record/members.h"
 #include "pick_record.h"
@@ -39,7 +40,7 @@ bool spoil(structure& original, std::mt19937& random) {
 // Gives a text the length with which the encoding is longer than the room that it is written to first, by no more than
 // it was long: that room ends before any of its values.
 void fill_room(structure& original, std::mt19937& random) {
-    constexpr size_t room = 8192;
+    constexpr size_t room = zr::stack_octets;
     const std::vector<char**> texts = texts_of(original.type(), original.get());
     if (texts.empty()) return;
     const size_t length = encode(entry_points, original).ber.size();

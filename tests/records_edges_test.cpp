@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "asn1/codec/define_record.h"
+#include "asn1/codec/encoding.h"
 #include "asn1/record/decoding.h"
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
@@ -116,7 +117,7 @@ TEST(records, lengths_around_powers_of_two) {
 // The room for an encoding ends before any header, value or empty slot: it then goes into another block.
 TEST(records, rooms_that_end_anywhere) {
     const thread_locale in_use("latin1");
-    constexpr size_t room = 8192;  // a shorter one is written on the stack
+    constexpr size_t room = zr::stack_octets;  // a shorter one is written there
     const field* slots = zr::find_record("yvaction_groups_s_t")->fields;
     ASSERT_EQ(slots->held, holding::slots);
     for (size_t length = room - 100; length < room + 10; ++length) {

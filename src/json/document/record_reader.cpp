@@ -69,8 +69,6 @@ public:
     }
 
 private:
-    static constexpr uint32_t no_field = UINT32_MAX;
-
     enum class hex_text { none, key, value, end };  // {"hex": "..."}
 
     // An object that is open, and the member of it that is being read.
@@ -79,7 +77,6 @@ private:
         void* structure;
         uint64_t seen;  // a bit for each field
         const field* current;
-        uint32_t next;       // index of the field behind it, with which the search for a name begins
         member_filler list;  // the member, when it is a list
         bool in_list;
         bool in_element;  // the list's last value is an object that is open
@@ -162,7 +159,7 @@ private:
         if (!spend_record(at)) return false;
         void* structure = add_record();
         if (!stack_.empty()) stack_.back().in_element = stack_.back().in_list;
-        stack_.push_back({at.record, structure, 0, nullptr, 0, {}, false, false});
+        stack_.push_back({at.record, structure, 0, nullptr, {}, false, false});
         return true;
     }
 
@@ -174,11 +171,10 @@ private:
             return true;
         }
         frame& top = stack_.back();
-        const uint32_t found = find(top, name);
-        if (found == no_field) return refuse_member(*top.type, name);
-        top.current = top.type->fields + found;
-        top.next = found + 1;
-        const uint64_t bit = uint64_t{1} << found;
+        const field* found = find(top, name);
+        if (found == nullptr) return refuse_member(*top.type, name);
+        top.current = found;
+        const uint64_t bit = uint64_t{1} << (found - top.type->fields);
         if ((top.seen & bit) != 0) return refuse("found this member a second time, expected it once");
         top.seen |= bit;
         return true;
@@ -213,16 +209,16 @@ private:
         return *field == 0;
     }
 
-    // The field of that name, or no_field. Members mostly come in the order of the fields.
-    static uint32_t find(const frame& top, std::string_view name) {
+    // Members mostly come in the order of the fields.
+    static const field* find(const frame& top, std::string_view name) {
         const uint32_t count = top.type->field_count;
-        uint32_t at = top.next;
+        uint32_t at = top.current == nullptr ? 0 : static_cast<uint32_t>(top.current - top.type->fields) + 1;
         for (uint32_t i = 0; i < count; ++i, ++at) {
             if (at >= count) at = 0;
             const field& found = top.type->fields[at];
-            if (is_name(found.name, name)) return has_member(found.value) ? at : no_field;
+            if (is_name(found.name, name)) return has_member(found.value) ? &found : nullptr;
         }
-        return no_field;
+        return nullptr;
     }
 
     bool refuse_member(const record_type& type, std::string_view name) {

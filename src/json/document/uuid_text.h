@@ -34,12 +34,13 @@ inline void format_uuid(const void* contents, char* text) {
 // Fills the UUID from 36 characters, digits in either case; false, with the UUID as it was, on any other text.
 inline bool parse_uuid(std::string_view text, uuid_t& id) {
     if (text.size() != uuid_text_size) return false;
-    if (text[8] != '-' || text[13] != '-' || text[18] != '-' || text[23] != '-') return false;
-    constexpr unsigned char first_digits[16] = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
     unsigned char octets[16];
+    size_t at = 0;
     int all = 0;  // negative when any is
     for (size_t i = 0; i < 16; ++i) {
-        const int octet = hex_octet(text[first_digits[i]], text[first_digits[i] + 1u]);
+        if (hyphen_before(i) && text[at++] != '-') return false;
+        const int octet = hex_octet(text[at], text[at + 1]);
+        at += 2;
         octets[i] = static_cast<unsigned char>(octet);
         all |= octet;
     }

@@ -154,7 +154,7 @@ private:
                     return refuse(in, *type, filter_->status());
             }
         }
-        expect_blocks(2 * in.size());
+        expect_record(in.size());
         record_holder record(*type);
         const int status = decode_octets(*type, in.data(), in.size(), record.get(), options_.version);
         if (status != zr_ok) return refuse(in, *type, status);

@@ -97,7 +97,7 @@ int encode_lines(const encode_options& options, const std::string& file, file_ou
 
 int encode_document(const encode_options& options, const std::string& file, std::optional<file_output>& out) {
     const octets_input in = read_input(file, input_form::raw, wanted_input::json);
-    expect_blocks(2 * in.size());
+    expect_record(in.size());
     const encoded_record result = encode_text({reinterpret_cast<const char*>(in.data()), in.size()}, options);
     if (!result.good) return refuse(in, options, result);
     if (!out) out.emplace(options.output);
