@@ -173,6 +173,8 @@ bench: bench-build
 counts: deps-counts build/release/build.ninja build/x86/build.ninja
 	@for preset in release x86; do cmake --build build/$$preset -j $(JOBS) --target zrasn_counts || exit 1; done
 	@bench/counts.py build/release build/x86 $(COUNTS)
+	@cmake --build build/release -j $(JOBS) --target zrasn_cli
+	@tests/tool/proportion.py build/release/tools/zrasn/zrasn instructions
 
 # Not a part of .ci/run: two more builds, and all tests under qemu, take far longer than the four minutes that would fit there.
 crossed := arm64 s390x

@@ -17,6 +17,7 @@
 #include "support/thinned.h"
 #include "support/thread_locale.h"
 #include "support/thrown.h"
+#include "zrz/text_conversion.h"
 #include "zrz/zrz.h"
 
 namespace zr_test {
@@ -233,6 +234,31 @@ TEST(local_code_set, long_texts_in_latin1_have_room) {
         const ZUTF8String_5_1 converted(ZLCConstString_5_1(local.data(), local.size()));
         EXPECT_EQ(converted.getLength(), 9000u);
         EXPECT_GT(watched.peak(), converted.getLength());
+        EXPECT_LT(watched.peak(), converted.getLength() + 512);  // the converter is in it
+    }
+}
+
+// Memory ends while a block is replaced by a longer one: the next text finds neither, and makes a block of its own.
+TEST(local_code_set, goes_on_after_memory_ran_out) {
+    std::string longer;
+    for (int i = 0; i < 2000; ++i)
+        longer += "\xC3\xA9";
+    for (const char* name : {"latin1", "euc_jp"}) {
+        const thread_locale in_use(name);
+        allocations watched;
+        {
+            zr::text_conversion conversion(zr::text_direction::utf8_to_local);
+            const auto convert = [&](const std::string& utf8) {
+                const zr::const_text local = conversion.convert(utf8.data(), utf8.size());
+                return std::string(local.getChars(), local.getLength());
+            };
+            const std::string before = convert("\xC3\xA9");
+            watched.fail_allocation(1);
+            EXPECT_EQ(thrown([&] { convert(longer); }).rfind("memory 275062885: ", 0), 0u);
+            watched.fail_allocation(0);
+            EXPECT_EQ(convert("\xC3\xA9"), before);
+        }
+        EXPECT_EQ(watched.live(), 0u);
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include "asn1/codec/define_record.h"
 #include "asn1/codec/encoding.h"
+#include "asn1/codec/writer.h"
 #include "asn1/record/decoding.h"
 #include "asn1/record/members.h"
 #include "asn1/record/operations.h"
@@ -137,6 +138,18 @@ TEST(records, rooms_that_end_anywhere) {
             const octets expected = encode(object_tree, *original).ber;
             for (const route& way : {entry_points, local_entry_points})
                 ASSERT_TRUE(encode(way, *original).ber == expected) << way.name << ", " << length;
+        }
+    }
+}
+
+// A writer has room for as many octets as lie before it in its block, and for none more.
+TEST(records, a_writer_stays_in_its_block) {
+    unsigned char block[16] = {};
+    for (size_t free = 0; free <= sizeof block; ++free) {
+        for (size_t wanted = 0; wanted <= sizeof block + 1; ++wanted) {
+            zr::writer sink(block + free, block);
+            EXPECT_EQ(sink.room(wanted), wanted <= free);
+            EXPECT_EQ(sink.failed(), wanted > free);
         }
     }
 }

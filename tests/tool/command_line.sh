@@ -402,6 +402,10 @@ check 0 '{"type":5}' '' decode value_s_t --compact --select type --where str=
 check 1 '' 'data: found a NULL (05), expected an OCTET STRING (04) (zr_err_no_match' decode value_s_t --select data
 echo 30 05 30 00 02 01 05 > in
 check 1 '' 'found 3 octets more: an INTEGER (02), expected the end of the SEQUENCE' decode acl_permset --select perms
+echo 30 81 87 02 01 05 0c 80 "$(printf '61%.0s' $(seq 128))" 04 00 > in
+check 1 '' 'str: found a UTF8String (0c) with contents of a wrong form' decode value_s_t --select str
+echo 30 04 30 02 05 00 > in
+check 1 '' 'attrs[0]: found a NULL (05), expected a SEQUENCE (30)' decode attrlist --select attrs.name
 printf '%s\n' 0402acdc30070201050c000400 0402acdc30070201060c000400 0402acdc30070201050c020400 zz > in
 check 1 '{"type":6}' '' decode value_s_t --lines --select type --where type=6
 [ "$(wc -l < out)" -eq 2 ] && grep -qF '"message":"line 4: not a hex' out || fail "decode --where of lines: $(cat out)"

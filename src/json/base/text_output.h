@@ -19,8 +19,8 @@ public:
 
     size_t size() const { return static_cast<size_t>(at_ - begin_); }
     std::string_view text() const { return {begin_, size()}; }
-    // Takes back all but the first octets.
-    void shorten(size_t size) { at_ = begin_ + size; }
+    // Takes all back.
+    void clear() { at_ = begin_; }
     // Gives the block, with a zero octet behind the text, to the caller.
     char* release();
 

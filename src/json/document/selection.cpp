@@ -55,7 +55,7 @@ public:
             compare(text, at.paths, at.path_count);
             return true;
         }
-        value_.shorten(0);
+        value_.clear();
         json_pen pen(value_, json_layout::one_line);
         if (!write_walked(pen, at, secret_values::shown)) return false;
         compare(value_.text(), at.paths, at.path_count);

@@ -194,7 +194,8 @@ int check_verb(const settings& given) {
     refuse_lines_from(given);
     const record_and_files inputs = inputs_of(given, false);
     return run_check({inputs.record, inputs.files, form_named(given.from), framing_named(given.framing), given.lines,
-                      given.quiet, version_named(given.version_byte), color_named(given.color), secrets_of(given)});
+                      given.quiet, given.all, version_named(given.version_byte), color_named(given.color),
+                      secrets_of(given)});
 }
 
 int roundtrip_verb(const settings& given) {

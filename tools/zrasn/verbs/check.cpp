@@ -6,6 +6,7 @@
 #include "asn1/status.h"
 #include "base/file_output.h"
 #include "base/library.h"
+#include "base/limited_output.h"
 #include "input/input.h"
 #include "input/line_reader.h"
 #include "input/text_decoder.h"
@@ -113,25 +114,34 @@ private:
 
     // One line on a record that fits.
     int report_fit(const octets_input& in, const record_type& type, record_holder& record, bool with_places) {
-        uint64_t count = 0;
+        uint64_t count = 0, left_out = 0;
+        read_ += in.size();
         find_deviations(in.data(), in.size(), header_of(in), type, record.get(), [&](const deviation& found) {
             ++count;
             if (!with_places || options_.quiet) return;
-            out_.write(in.label() + ":" + std::to_string(found.offset) + ": ");
-            if (!found.path.empty()) out_.write(found.path + ": ");
-            out_.write(found.what + "\n");
+            const std::string line = in.label() + ":" + std::to_string(found.offset) + ": " + found.path +
+                                     (found.path.empty() ? "" : ": ") + found.what + "\n";
+            if (left_out != 0 || (!options_.all && said_ + line.size() > most_shown(read_))) {
+                ++left_out;
+                return;
+            }
+            said_ += line.size();
+            out_.write(line);
         });
         const int code = count == 0 ? exit_good : exit_deviates;
         if (options_.quiet) return code;
         out_.write(
             in.label() + ": fits " + type.name + ", " +
             (count == 0 ? "as the library writes it" : counted(count, "deviation") + " from what the library writes"));
+        if (left_out != 0) out_.write(", " + std::to_string(left_out) + " of them not shown (--all shows them)");
         out_.write(header_of(in) == 0 ? " (no envelope header)\n" : "\n");
         return code;
     }
 
     const check_options& options_;
     file_output out_;
+    uint64_t read_ = 0;  // octets of records that fit
+    uint64_t said_ = 0;  // octets of lines about where they deviate
     uint64_t records_ = 0;
     uint64_t fitting_ = 0;
     uint64_t deviating_ = 0;

@@ -9,9 +9,11 @@
 #include "base/color.h"
 #include "base/file_output.h"
 #include "base/library.h"
+#include "base/limited_output.h"
 #include "base/window_output.h"
 #include "input/input.h"
 #include "json/base/envelope.h"
+#include "json/base/text.h"
 #include "json/base/text_output.h"
 #include "json/ber/asn1_types.h"
 #include "json/ber/element_words.h"
@@ -50,7 +52,8 @@ public:
           file_(""),
           columns_(options.whole ? 0 : window_columns()),
           window_(file_, columns_),
-          out_(columns_ == 0 ? static_cast<output&>(file_) : window_),
+          out_(columns_ == 0 ? static_cast<output&>(file_) : window_,
+               options.whole ? UINT64_MAX : most_shown(in.size() - begin_)),
           in_color_(use_color(options.color, STDOUT_FILENO)),
           guard_(options.record, options.secrets) {
         for (uint64_t rest = in.size() / 100000000; rest != 0; rest /= 10)
@@ -71,7 +74,11 @@ public:
         }
         close(0);
         if (in_.size() == header_) damage(0, header_, "no element");
+        out_.flush();
         file_.close();
+        if (out_.left_out() != 0)
+            std::fprintf(stderr, "%s: %s more (--whole shows all)\n", in_.label().c_str(),
+                         counted(out_.left_out(), "line").c_str());
         if (problems_ == 0) return exit_good;
         std::fprintf(stderr, "%s: %zu problem%s, %llu octet%s not read\n", in_.label().c_str(), problems_,
                      problems_ == 1 ? "" : "s", static_cast<unsigned long long>(unread_), unread_ == 1 ? "" : "s");
@@ -277,7 +284,7 @@ private:
     file_output file_;
     const size_t columns_;  // of the window; 0 where lines are not cut
     window_output window_;
-    output& out_;  // one of these two
+    limited_output out_;  // to one of these two
     bool in_color_;
     secret_guard guard_;
     size_t offset_width_ = 8;

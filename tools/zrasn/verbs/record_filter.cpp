@@ -10,7 +10,7 @@ namespace zr::tool {
 // Octets without the header.
 selection::answer record_filter::look(const unsigned char* data, size_t size) {
     using answer = selection::answer;
-    text_.shorten(0);
+    text_.clear();
     const answer holds = asked_.has_conditions() ? asked_.holds(data, size) : answer::yes;
     return holds == answer::yes && asked_.selects() ? asked_.write(text_, data, size, layout_) : holds;
 }

@@ -78,7 +78,7 @@ struct dump_options {
     size_t depth = SIZE_MAX;  // levels that are shown
     uint64_t offset = 0;      // of the octet to begin at
     bool json = false;
-    bool whole = false;  // long values are not cut, nor lines to the window
+    bool whole = false;  // long values are not cut, nor lines to the window, nor many lines left out
 };
 int run_dump(const dump_options& options);
 
@@ -91,6 +91,7 @@ struct check_options {
     bool lines = false;  // one record a line: hex or JSON, its name before it or not
     // Nothing is said of what fits, nor where it deviates; counts only where there are several.
     bool quiet = false;
+    bool all = false;  // deviations beyond what most_shown has room for too
     unsigned version = 2;
     color_mode color = color_mode::automatic;
     secret_values secrets = secret_values::hidden;
