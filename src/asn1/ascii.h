@@ -3,15 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+
+#include "asn1/load.h"
 
 namespace zr {
 
-inline uint64_t load_eight(const unsigned char* at) {
-    uint64_t octets = 0;
-    std::memcpy(&octets, at, sizeof octets);
-    return octets;
-}
+inline uint64_t load_eight(const unsigned char* at) { return load<uint64_t>(at); }
 
 constexpr uint64_t eight_times(unsigned char octet) { return ~uint64_t{0} / 0xFF * octet; }
 constexpr uint64_t high_bits_of_eight = eight_times(0x80);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "asn1/byte_order.h"
+#include "asn1/load.h"
 
 namespace zr {
 
@@ -16,11 +17,7 @@ constexpr unsigned char id_null = 0x05;
 constexpr unsigned char id_utf8_string = 0x0C;
 constexpr unsigned char id_sequence = 0x30;
 
-inline uint32_t load_big_endian(const unsigned char* at) {
-    uint32_t octets = 0;
-    std::memcpy(&octets, at, sizeof octets);
-    return most_significant_first(octets);
-}
+inline uint32_t load_big_endian(const unsigned char* at) { return most_significant_first(load<uint32_t>(at)); }
 
 // fold_integer gives the 32-bit value of an INTEGER's contents (X.690 8.3), and answers false where there is none: more
 // than four octets that do not begin with 00. No octets mean 0. More than four that begin with 00 are accepted, and the

@@ -5,6 +5,8 @@
 #include <emmintrin.h>
 #endif
 
+#include <cstring>
+
 #include "asn1/ascii.h"
 
 namespace zr {
@@ -62,10 +64,7 @@ inline bool is_text(const unsigned char* octets, size_t count) {
         for (size_t at = 0; at + 8 < count; at += 8)
             found |= other(load_eight(octets + at));
     } else if (count >= 4) {
-        uint32_t first = 0;
-        uint32_t last = 0;
-        std::memcpy(&first, octets, sizeof first);
-        std::memcpy(&last, octets + count - sizeof last, sizeof last);
+        const auto first = load<uint32_t>(octets), last = load<uint32_t>(octets + count - sizeof(uint32_t));
         found = other(uint64_t{first} << 32 | last);
     } else if (count != 0) {
         found = other(ones << 24 | uint64_t{octets[0]} << 16 | uint64_t{octets[count / 2]} << 8 | octets[count - 1]);

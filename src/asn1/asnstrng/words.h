@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "asn1/byte_order.h"
+#include "asn1/load.h"
 
 namespace zr {
 
@@ -15,15 +16,8 @@ using word = uintptr_t;
 constexpr unsigned int word_octets = sizeof(word);
 constexpr unsigned int word_bits = 8 * word_octets;
 
-inline word load_word(const unsigned char* at) {
-    word value = 0;
-    std::memcpy(&value, at, sizeof value);
-    return most_significant_first(value);
-}
-inline void store_word(unsigned char* at, word value) {
-    value = most_significant_first(value);
-    std::memcpy(at, &value, sizeof value);
-}
+inline word load_word(const unsigned char* at) { return most_significant_first(load<word>(at)); }
+inline void store_word(unsigned char* at, word value) { store(at, most_significant_first(value)); }
 
 // One character of 1, 2 or 4 octets.
 template <unsigned int Octets>

@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "asn1/export.h"
+#include "asn1/load.h"
 
 // For the small parts that a codec function is made of.
 #define ZR_INLINE [[gnu::always_inline]] inline
@@ -15,18 +15,15 @@ namespace zr {
 // Copies `count` octets, at least a Block's and at most two, as a first and a last Block that may overlap.
 template <class Block>
 inline void copy_ends(unsigned char* to, const unsigned char* from, size_t count) {
-    Block first;
-    Block last;
-    std::memcpy(&first, from, sizeof first);
-    std::memcpy(&last, from + count - sizeof last, sizeof last);
-    std::memcpy(to, &first, sizeof first);
-    std::memcpy(to + count - sizeof last, &last, sizeof last);
+    const Block first = load<Block>(from), last = load<Block>(from + count - sizeof(Block));
+    store(to, first);
+    store(to + count - sizeof(Block), last);
 }
 
-// What compilers keep in a register, where there are vectors.
-struct sixteen {
-    uint64_t parts[2];
-};
+#ifdef __SSE2__
+// A vector: compilers keep it in a register.
+using sixteen = uint64_t __attribute__((vector_size(16)));
+#endif
 
 // Copies `Size` octets as one value, which the compiler can keep in registers.
 template <size_t Size>
@@ -74,15 +71,12 @@ ZR_INLINE void copy_varied(unsigned char* to, const void* source, size_t count) 
         const auto* from = static_cast<const unsigned char*>(source);
         const size_t second = count < 16 ? count - 8 : 8;
         const size_t third = count < 16 ? 0 : count - 16;
-        uint64_t parts[4];
-        std::memcpy(&parts[0], from, 8);
-        std::memcpy(&parts[1], from + second, 8);
-        std::memcpy(&parts[2], from + third, 8);
-        std::memcpy(&parts[3], from + count - 8, 8);
-        std::memcpy(to, &parts[0], 8);
-        std::memcpy(to + second, &parts[1], 8);
-        std::memcpy(to + third, &parts[2], 8);
-        std::memcpy(to + count - 8, &parts[3], 8);
+        const auto first_part = load<uint64_t>(from), second_part = load<uint64_t>(from + second);
+        const auto third_part = load<uint64_t>(from + third), last_part = load<uint64_t>(from + count - 8);
+        store(to, first_part);
+        store(to + second, second_part);
+        store(to + third, third_part);
+        store(to + count - 8, last_part);
         return;
     }
 #endif
