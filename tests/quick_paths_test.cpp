@@ -148,6 +148,7 @@ TEST(quick_paths, values_in_other_forms_reach_no_general_reader) {
     } rows[] = {
         {"ejauditattribute_s_t", bytes("30 04 0c 00 24 00")},
         {"ejauditattribute_s_t", bytes("30 0b 0c 00 24 80 04 00 04 01 41 00 00")},
+        {"ejauditattribute_s_t", bytes("30 80 2c 80 04 01 41 00 00 24 80 04 01 41 00 00 00 00")},
         {"ejauditattribute_s_t", bytes("30 85 00 00 00 00 04 0c 00 04 00")},
         {"uuid_t", bytes("30 19 02 00 02 00 02 00 02 00 02 00 24 0d 04 01 01 04 00 04 06 02 03 04 05 06 07")},
         {"sec_id_pa_t", element(0x30, one + element(0x30, full))},

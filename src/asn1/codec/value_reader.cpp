@@ -167,7 +167,6 @@ struct no_target final : string_target {
 }  // namespace
 
 bool skip_string(input& in) {
-    if (in.at == in.end) return false;
     const unsigned int tag = in.at[0] & 0x1F;
     no_target nowhere;
     return (tag == 4 || tag == 12) && read_string(in, tag, nowhere) == 0;

@@ -30,7 +30,7 @@ struct scope {
 // the contents end here and widens it to the enclosing level. at_end tells whether they end here.
 int enter_sequence(input& in, scope& entered);
 int leave_sequence(input& in, const scope& entered);
-// Steps over a text or an octet string in any form.
+// Steps over a text or an octet string in any form. At least one octet must be there.
 bool skip_string(input& in);
 // Steps over the header of any value of definite length and narrows the cursor to its contents.
 bool step_into_definite(input& in);
