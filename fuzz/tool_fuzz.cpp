@@ -4,6 +4,8 @@
 //
 // The first two octets pick the record, the others are its encoding without the envelope.
 
+#include <string_view>
+
 #include "asn1/status.h"
 #include "json/ber/deviations.h"
 #include "json/ber/mismatch.h"
@@ -43,13 +45,14 @@ void compare(const zr::record_type& type, const octets& ber) {
     require(refused == (status != 0), "find_mismatch and decode disagree");
     require(!refused || found.status == status, "find_mismatch has another status");
     if (refused) return;
-    bool any = false;
-    zr::json::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&any](const zr::json::deviation& other) {
+    bool any = false, wraps = false;
+    zr::json::find_deviations(ber.data(), ber.size(), 0, type, decoded.get(), [&](const zr::json::deviation& other) {
         any = any || other.kind != zr::json::deviation_kind::not_utf8;
+        wraps = wraps || other.key == std::string_view("odd_identifier");
     });
-    // One of indefinite length ends where the decode says so. Where its identifiers wrap around, that may lie before an
-    // end that a definite length in it gives, and the record alone is no longer whole.
-    if (ber[1] != 0x80) {
+    // Where identifiers wrap around, the end may lie before one that a length gives: the record alone is no longer
+    // whole.
+    if (!wraps) {
         const auto end = static_cast<long>(zr::json::record_end(ber.data(), ber.size(), type));
         structure alone(type);
         require(decode(entry_points, octets(ber.begin(), ber.begin() + end), alone) == 0, "the record ends elsewhere");

@@ -406,6 +406,9 @@ echo 30 81 87 02 01 05 0c 80 "$(printf '61%.0s' $(seq 128))" 04 00 > in
 check 1 '' 'str: found a UTF8String (0c) with contents of a wrong form' decode value_s_t --select str
 echo 30 04 30 02 05 00 > in
 check 1 '' 'attrs[0]: found a NULL (05), expected a SEQUENCE (30)' decode attrlist --select attrs.name
+# An identifier that wraps around to a text's: its octets are missing at the end, where others stand.
+echo 30 31 3080 3080 1f808080808c5f18 "$(printf '61%.0s' $(seq 24))" 3000 0000 0000 02050000000007 > in
+check 1 '"values":[]' '44: 7 octets behind the record: not decoded' decode attrlist --compact --select attrs
 printf '%s\n' 0402acdc30070201050c000400 0402acdc30070201060c000400 0402acdc30070201050c020400 zz > in
 check 1 '{"type":6}' '' decode value_s_t --lines --select type --where type=6
 [ "$(wc -l < out)" -eq 2 ] && grep -qF '"message":"line 4: not a hex' out || fail "decode --where of lines: $(cat out)"

@@ -8,6 +8,7 @@
 #include "json/base/text.h"
 #include "json/ber/deviations.h"
 #include "json/ber/mismatch.h"
+#include "json/ber/scanner.h"
 
 namespace zr::json {
 
@@ -28,9 +29,9 @@ bool is_cut(const unsigned char* text, size_t length) {
     return zero == nullptr ? length == 1 : zero != text + length - 1;
 }
 
-// Whether a text of an encoding that was accepted may be cut by a zero octet: true also where only a walk that knows
-// all forms can tell. `stored`: OCTET STRINGs may be texts.
-bool may_cut_text(const unsigned char* at, const unsigned char* end, bool stored) {
+// Whether a text of an encoding that was accepted may be cut by a zero octet, or the record may end before its length
+// says so: true also where only a walk that knows all forms can tell. `stored`: OCTET STRINGs may be texts.
+bool needs_walk(const unsigned char* at, const unsigned char* end, bool stored) {
     while (end - at >= 2) {
         const unsigned char identifier = at[0];
         const bool constructed = (identifier & 0x20) != 0;
@@ -57,11 +58,16 @@ bool may_cut_text(const unsigned char* at, const unsigned char* end, bool stored
 
 void find_losses(const unsigned char* data, size_t size, size_t header, const record_type& type, void* contents,
                  const std::function<void(const loss&)>& report) {
-    const size_t end = header + record_end(data + header, size - header, type);
-    if (may_cut_text(data + header, data + end, holds_stored_text(type)))
+    ber_item record;
+    ber_scanner(data + header, size - header).next(record);
+    size_t end =
+        header + (record.indefinite ? record_end(data + header, size - header, type) : record.header + record.length);
+    if (needs_walk(data + header, data + end, holds_stored_text(type))) {
         find_deviations(data, end, header, type, contents, [&](const deviation& found) {
             if (found.kind == deviation_kind::cut_text) report({found.offset, found.path, found.what});
         });
+        if (!record.indefinite) end = header + record_end(data + header, size - header, type);
+    }
     if (end == size) return;
     std::string what = counted(size - end, "octet") + " behind the record";
     if (has_header(data + end, size - end) || lacks_header(data + end, size - end)) what += ", as of another one";

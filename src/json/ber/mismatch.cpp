@@ -92,10 +92,6 @@ std::string refusal_words(const refusal& at, const unsigned char* data) {
 }
 
 size_t record_end(const unsigned char* data, size_t size, const record_type& type) {
-    ber_scanner scanner(data, size);
-    ber_item item;
-    scanner.next(item);
-    if (!item.indefinite) return item.header + item.length;
     record_holder record(type);
     return decode_report_of(type, data, size, record.get()).consumed - envelope_header_octets;
 }

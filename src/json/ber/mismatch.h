@@ -24,8 +24,9 @@ bool find_mismatch(const unsigned char* data, size_t size, const record_type& ty
 // from.
 std::string refusal_words(const refusal& at, const unsigned char* data);
 
-// record_end answers where an encoding that decodes as the record ends. One of indefinite length is decoded for it:
-// what ends it is the library's to say, for its readers take more than BER.
+// record_end answers where an encoding that decodes as the record ends. It is decoded for it: what ends one of
+// indefinite length is the library's to say, for its readers take more than BER, and identifiers that wrap around end
+// one of definite length before its length does.
 size_t record_end(const unsigned char* data, size_t size, const record_type& type);
 
 }  // namespace zr::json
