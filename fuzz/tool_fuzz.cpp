@@ -18,6 +18,7 @@
 namespace {
 
 using namespace zr_test;
+using zr::json::ber_damage;
 using zr::json::ber_item;
 using zr::json::ber_kind;
 
@@ -35,12 +36,13 @@ void walk(const zr::record_type& type, const octets& ber) {
     require(guide.path().size() < 4096, "a long path is not cut");
 }
 
-// Whether an accepted record has identifiers that wrap around to the tag that is due. Its end may lie before one that a
-// length gives, and the record alone is no longer whole.
+// Whether an accepted record has identifiers that wrap around to the tag that is due, or may have them in what a length
+// that wraps around hides. Its end may lie before one that a length gives, and the record alone is no longer whole.
 bool wraps(const octets& ber) {
     zr::json::ber_scanner scanner(ber.data(), ber.size());
     for (ber_item item; scanner.next(item);)
-        if (item.identifier_size > 1 || item.kind == ber_kind::unreadable) return true;
+        if (item.identifier_size > 1 || item.kind == ber_kind::unreadable || item.damage == ber_damage::too_long)
+            return true;
     return false;
 }
 
