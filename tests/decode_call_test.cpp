@@ -199,6 +199,31 @@ TEST(decode_call, strict_judges_values) {
     }
 }
 
+// A text is judged many octets at a time, or four, or each, by its length.
+TEST(decode_call, strict_judges_each_octet_of_a_text) {
+    const zr::record_type& type = zr::record<attr_s_t>::type;
+    zr::decode_report report;
+    for (size_t length = 1; length != 40; ++length) {
+        for (size_t at = 0; at != length; ++at) {
+            for (const int octet : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
+                octets text(length, 'a');
+                text[at] = static_cast<unsigned char>(octet);
+                const bool good = octet == 0x01 || octet == 0x7F;
+                structure out(type);
+                ASSERT_EQ(
+                    call(envelope(element(0x30, element(0x0C, text) + bytes("30 00"))).all(), out, strictly(), report),
+                    good ? 0 : zr_err_bad_contents)
+                    << length << " octets, " << octet << " at " << at;
+            }
+        }
+    }
+}
+
+bool is_zero(structure& out) {
+    const auto* const octets = static_cast<const unsigned char*>(out.get());
+    return std::all_of(octets, octets + out.type().size, [](unsigned char octet) { return octet == 0; });
+}
+
 // The least limit that a decode keeps.
 size_t least_limit(size_t zr::decode_limits::*limit, const octets& in, const zr::record_type& type,
                    zr::decode_limit kind) {
@@ -209,11 +234,13 @@ size_t least_limit(size_t zr::decode_limits::*limit, const octets& in, const zr:
         zr::decode_options options;
         options.limits.*limit = middle;
         structure out(type);
+        std::memset(out.get(), 0x5A, type.size);
         if (call(in, out, options, report) == 0) {
             enough = middle;
             continue;
         }
         below = middle;
+        EXPECT_TRUE(is_zero(out));
         EXPECT_EQ(report.status, zr_err_out_of_memory);
         EXPECT_EQ(report.passed, kind);
         EXPECT_EQ(std::string(report.reason()).find("limit_"), 0u);
