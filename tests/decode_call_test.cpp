@@ -51,8 +51,11 @@ TEST(decode_call, reports) {
     } rows[] = {
         {"fits", head + list + first + second, true, 0, 0, "", -1, 43, 0, "ok"},
         {"octets behind it", head + list + first + second + "00", false, 0, 0, "", -1, 43, 0, "ok"},
-        {"of indefinite length", head + "30 80 " + "30 80 30 80 0c 00 2c 80 04 00 00 00 00 00 00 00 00 00" + "ff ff",
-         false, zr_err_no_match, 12, "attrs[0].values", 0x2C, 0, 0, "no_match"},
+        {"of indefinite length", head + "30 80 30 80 30 80 0c 00 30 80 00 00 00 00 00 00 00 00 ff", false, 0, 0, "", -1,
+         22, 0, "ok"},
+        {"another value in one of indefinite length",
+         head + "30 80 " + "30 80 30 80 0c 00 2c 80 04 00 00 00 00 00 00 00 00 00" + "ff ff", false, zr_err_no_match,
+         12, "attrs[0].values", 0x2C, 0, 0, "no_match"},
         {"octets behind it, strictly", head + list + first + second + "00", true, zr_err_trailing_data, 43, "", 0, 0, 0,
          "trailing_data"},
         {"nothing", "", false, zr_err_bad_envelope, 0, "", -1, 0, 6, "truncated"},
@@ -83,24 +86,31 @@ TEST(decode_call, reports) {
     };
     zr::decode_report report;  // of one call nothing is left for the next
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        structure out(zr::record<attrlist_s_t>::type);
-        report.passed = zr::decode_limit::heap;
-        caught_stderr printed;
-        zr::decode_options options;
-        options.strict = row.strict;
-        EXPECT_EQ(call(bytes(row.in), out, options, report), row.status);
-        EXPECT_EQ(report.status, row.status);
-        EXPECT_EQ(report.consumed, row.consumed);
-        EXPECT_EQ(report.missing, row.missing);
-        EXPECT_EQ(report.reason(), row.reason);
-        EXPECT_EQ(report.path, row.path);
-        EXPECT_EQ(report.passed, zr::decode_limit::none);
-        if (row.status != 0) {
-            EXPECT_EQ(report.offset, row.offset);
-            EXPECT_EQ(report.found, row.found);
+        for (const bool packed : {false, true}) {
+            SCOPED_TRACE(row.what + std::string(packed ? ", packed" : ""));
+            const octets in = bytes(row.in);
+            zr::packed_blocks blocks;
+            structure out(zr::record<attrlist_s_t>::type);
+            report.passed = zr::decode_limit::heap;
+            caught_stderr printed;
+            zr::decode_options options;
+            options.strict = row.strict;
+            EXPECT_EQ(packed ? out.type().decode_packed(in.data(), in.size(), out.get(), blocks, options, report)
+                             : call(in, out, options, report),
+                      row.status);
+            EXPECT_EQ(report.status, row.status);
+            EXPECT_EQ(report.consumed, row.consumed);
+            EXPECT_EQ(report.missing, row.missing);
+            EXPECT_EQ(report.reason(), row.reason);
+            EXPECT_EQ(report.path, row.path);
+            EXPECT_EQ(report.passed, zr::decode_limit::none);
+            if (row.status != 0) {
+                EXPECT_EQ(report.offset, row.offset);
+                EXPECT_EQ(report.found, row.found);
+            }
+            EXPECT_EQ(printed.take(), "");
+            if (packed) std::memset(out.get(), 0, out.type().size);
         }
-        EXPECT_EQ(printed.take(), "");
     }
     structure out(zr::record<attrlist_s_t>::type);
     EXPECT_EQ(call(bytes(head + "31 00"), out, {}, report), zr_err_no_match);
