@@ -41,6 +41,39 @@ void each_record(unsigned int seed, void (*check)(structure& original)) {
     }
 }
 
+// What failed says so by its message: an optional record has one of its own.
+TEST(records_out_of_memory, messages_of_decoding) {
+    const struct {
+        const char *record, *in, *message;
+    } rows[] = {
+        {"yvprincipal_s_t", "30 0a 02 01 01 02 01 02 30 02 30 00", "ASN: Out of memory"},
+        {"yvprincipal_s_t", "30 80 02 01 01 02 01 02 30 80 30 80 00 00 00 00 00 00", "ASN: Out of memory"},
+        {"yvprincipal_chain_s_t", "30 0c 0c 00 30 08 30 06 02 01 01 02 01 02", "ASN: Memory error"},
+        {"yvprincipal_chain_s_t", "30 80 0c 00 30 80 30 80 02 01 01 02 01 02 00 00 00 00 00 00", "ASN: Memory error"},
+    };
+    for (const auto& row : rows) {
+        for (const route& way : {entry_points, local_entry_points}) {
+            SCOPED_TRACE(row.in + std::string(", ") + way.name);
+            const zr::record_type& type = *zr::find_record(row.record);
+            envelope octets(bytes(row.in));
+            zr_asn_buffer_t in = octets.buffer();
+            size_t found = 0;
+            fail_each_allocation([&](auto&& failing) {
+                structure out(type);
+                caught_stderr printed;
+                failing([&] { static_cast<void>(way.decode(type, in, out.get())); });
+                const std::string line = printed.take();
+                if (const size_t end = line.find(" [10652065] in principal_asn "); end != line.npos) {
+                    ASSERT_EQ(line.substr(0, end), std::string("Exception: ") + row.message);
+                    ++found;
+                }
+                ASSERT_EQ(leftover_of_free(out), "");
+            });
+            EXPECT_GT(found, 0u);
+        }
+    }
+}
+
 TEST(records_out_of_memory, encoding) {
     each_record(21, [](structure& original) {
         for (const route& way : all_routes) {
