@@ -9,6 +9,7 @@
 #   make corpora  put every file of CORPORA=DIR through every decoder and verb
 #   make sanitize all records on eight threads, ROUNDS times, and every fuzz target's seeds, under the sanitizers for threads
 #                 and for memory that was never written
+#   make lto      the tests that look for secrets, in programs that were optimised when they were linked
 #   make valgrind the tests under valgrind
 #   make analyze  clang's analyzer and cppcheck over the library
 #   make mutants  change the sources at hundreds of places, one at a time: do the tests see it? (tests/mutants/mutants.py)
@@ -52,6 +53,8 @@ packages_fuzz := clang libclang-rt-14-dev llvm cmake ninja-build nlohmann-json3-
 packages_fuzz-plain := $(packages_fuzz)
 packages_tsan := clang libclang-rt-14-dev llvm cmake ninja-build googletest nlohmann-json3-dev rapidjson-dev locales
 packages_msan := $(packages_tsan)
+packages_lto := g++ $(packages_demo) $(tests_need)
+packages_lto-clang := clang llvm llvm-14-linker-tools $(packages_lto)
 packages_mutants := clang libclang-rt-14-dev python3-clang-14 binutils $(packages_demo) $(tests_need)
 packages_coverage := clang libclang-rt-14-dev llvm $(packages_demo) $(tests_need) python3
 packages_valgrind := valgrind
@@ -82,7 +85,7 @@ packages_archive-test := $(packages_release) $(packages_python-tests)
 deps := $(patsubst packages_%,deps-%,$(filter packages_%,$(.VARIABLES)))
 
 .DELETE_ON_ERROR:
-.PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize valgrind analyze mutants coverage bench bench-build counts \
+.PHONY: demo test fuzz fuzz-long exhaustive corpora sanitize lto valgrind analyze mutants coverage bench bench-build counts \
     cross portable docs wire-lock \
     packages packages-test abi tidy format $(deps)
 
@@ -132,6 +135,10 @@ sanitize: build/tsan/build.ninja build/msan/build.ninja
 	@build/msan/tests/many_threads 1 $(ROUNDS)
 	@for name in $(replayed); do seeds=fuzz/seeds/$${name}_fuzz; [ -d $$seeds ] || seeds=fuzz/seeds/records_fuzz; \
 	    build/msan/fuzz/$${name}_fuzz $$seeds 2> /dev/null || exit 1; done
+
+lto: build/lto/build.ninja build/lto-clang/build.ninja
+	@for preset in lto lto-clang; do cmake --build build/$$preset -j $(JOBS) --target zrasn_tests && \
+	    build/$$preset/tests/zrasn_tests --gtest_brief=1 --gtest_filter='secrets.*:*secret*:*secure*' || exit 1; done
 
 counts_new := allocations.*:sequenceof.exhausted_memory:local_code_set.a_text_as_long_as_its_block:object.defaults_are_owned:primitive.exhausted_memory_is_an_exception_and_loses_nothing_else
 
@@ -223,7 +230,7 @@ format: deps-format
 $(deps): deps-%:
 	@cmake/install-deps.sh $(sort $(packages_$*))
 
-$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan coverage fuzz fuzz-plain bench bench-x86 abi abi-x86): \
+$(patsubst %,build/%/build.ninja,demo $(tested) tsan msan lto lto-clang coverage fuzz fuzz-plain bench bench-x86 abi abi-x86): \
     build/%/build.ninja: CMakePresets.json | deps-%
 	@cmake --preset $* > /dev/null
 	@touch $@

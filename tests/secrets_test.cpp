@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "asn1/codec/copy.h"
+#include "base_idls/attrlist_asn.h"
 #include "base_idls/azn_remote_authn_asn.h"
 #include "support/allocations.h"
 #include "support/caught_stderr.h"
@@ -74,6 +75,19 @@ TEST(secrets, are_copied_without_a_trace) {
     }));
 }
 #endif
+
+// The search sees what the library releases.
+TEST(secrets, are_found_where_no_member_is_marked) {
+    const octets text(secret.begin(), secret.end());
+    envelope in(element(0x30, element(0x0C, text) + bytes("30 00")));
+    const zr_asn_buffer_t buffer = in.buffer();
+    const secret_search search({secret});
+    attr_s_t out{};
+    EXPECT_EQ(zr::record<attr_s_t>::type.decode(buffer, &out), 0);
+    EXPECT_EQ(search.found(), 0u);
+    zr::record<attr_s_t>::type.free(&out);
+    EXPECT_EQ(search.found(), 1u);
+}
 
 TEST(secrets, leave_no_trace) {
     // Letters of two octets in UTF-8, so that the texts are converted; one so long that it grows where it is converted.
