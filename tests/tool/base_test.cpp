@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "asn1/status.h"
+#include "base/limited_output.h"
 #include "input/armour.h"
 #include "input/line_reader.h"
 #include "input/text_decoder.h"
@@ -14,6 +15,7 @@
 #include "json/base/path.h"
 #include "json/base/suggest.h"
 #include "json/base/text.h"
+#include "json/base/text_output.h"
 #include "support/hex.h"
 #include "verbs/source_line.h"
 
@@ -46,6 +48,33 @@ TEST(text, is_fit_for_a_terminal) {
         EXPECT_EQ(utf8_size(row.text), row.utf8) << row.printable;
         EXPECT_EQ(printable(row.text), row.printable);
         EXPECT_EQ(printable_source(row.text), row.source);
+    }
+}
+
+// In whatever pieces lines come, and however long they are.
+TEST(limited_output, hands_on_whole_lines) {
+    for (const size_t length : {0u, 3u, 99u, 16383u, 40000u}) {
+        const std::string line = std::string(length, 'x') + '\n';
+        std::string lines;
+        for (int i = 0; i < 5; ++i)
+            lines += line;
+        for (const size_t lines_shown : {0u, 1u, 2u, 4u, 5u, 6u}) {
+            for (const size_t over : {0u, 1u}) {  // of the line in which it is enough
+                const size_t most = lines_shown * line.size() - std::min(over, lines_shown * line.size());
+                const size_t shown = (most + line.size() - 1) / line.size();
+                for (const size_t piece : {size_t{1}, line.size(), size_t{16384}, lines.size()}) {
+                    text_output all;
+                    limited_output out(all, most);
+                    for (size_t at = 0; at < lines.size(); at += piece)
+                        out.write(lines.data() + at, std::min(piece, lines.size() - at));
+                    out.flush();
+                    const size_t expected = std::min<size_t>(shown, 5);
+                    ASSERT_EQ(all.text(), std::string_view(lines).substr(0, expected * line.size()))
+                        << length << ", " << most << ", " << piece;
+                    ASSERT_EQ(out.left_out(), 5 - expected);
+                }
+            }
+        }
     }
 }
 

@@ -25,9 +25,9 @@ void limited_output::flush() {
         rest = at_;
         left_ -= static_cast<uint64_t>(at_ - block_);
     } else {
-        // The last line is completed.
+        // The line of the last octet that may be handed on is completed.
         if (left_ != 0 || within_line_) {
-            rest = std::find(block_ + static_cast<size_t>(left_), at_, '\n');
+            rest = std::find(block_ + (left_ != 0 ? static_cast<size_t>(left_) - 1 : 0), at_, '\n');
             rest += rest != at_ ? 1 : 0;
         }
         left_ = 0;
