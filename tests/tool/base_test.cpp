@@ -59,7 +59,7 @@ TEST(limited_output, hands_on_whole_lines) {
         for (int i = 0; i < 5; ++i)
             lines += line;
         for (const size_t lines_shown : {0u, 1u, 2u, 4u, 5u, 6u}) {
-            for (const size_t over : {0u, 1u}) {  // of the line in which it is enough
+            for (const size_t over : {size_t{0}, size_t{1}, length}) {  // octets of the line in which it is enough
                 const size_t most = lines_shown * line.size() - std::min(over, lines_shown * line.size());
                 const size_t shown = (most + line.size() - 1) / line.size();
                 for (const size_t piece : {size_t{1}, line.size(), size_t{16384}, lines.size()}) {
