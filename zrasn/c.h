@@ -173,8 +173,8 @@ ZRASN_C_API int zrasn_check(const zrasn_record* record, const void* octets, size
 // length has `"indefinite":true` in place of its length. `value` is text for people: a number's digits, a text in
 // quotes, octets as digits, long ones cut. What is wrong with an element stands in its `problems`; members that are not
 // there in `missing`. An OCTET STRING that is a SEQUENCE or SET, or an envelope of one, has `children` in place of its
-// value, and an `envelope` before them if it has one. Elements below the last level that is shown, and from where the text gets too long, are counted
-// in `hidden`.
+// value, and an `envelope` before them if it has one. Elements below the last level that is shown, and from where the
+// text gets too long, are counted in `hidden`.
 ZRASN_C_API int zrasn_walk(const zrasn_record* record, const void* octets, size_t size, const zrasn_options* options,
                            char** json, size_t* length, zrasn_report* report);
 

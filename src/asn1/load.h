@@ -1,7 +1,7 @@
 // Values in memory at places of any alignment.
 //
-// The compiler's own memcpy is used, not the C library's checked one (-D_FORTIFY_SOURCE), for which clang keeps a value on
-// the stack: slower, and a secret would stay there.
+// The compiler's own memcpy is used, not the C library's checked one (-D_FORTIFY_SOURCE), for which clang keeps a value
+// on the stack: slower, and a secret would stay there.
 #pragma once
 
 namespace zr {
