@@ -8,8 +8,6 @@
 
 namespace zr {
 
-inline uint64_t load_eight(const unsigned char* at) { return load<uint64_t>(at); }
-
 constexpr uint64_t eight_times(unsigned char octet) { return ~uint64_t{0} / 0xFF * octet; }
 constexpr uint64_t high_bits_of_eight = eight_times(0x80);
 
@@ -26,9 +24,9 @@ inline size_t octets_before_high(uint64_t eight) {
 inline bool is_ascii(const void* octets, size_t count) {
     const auto* at = static_cast<const unsigned char*>(octets);
     if (count >= 8) {
-        uint64_t all = load_eight(at + count - 8);  // the last eight, some of them twice
+        uint64_t all = load<uint64_t>(at + count - 8);  // the last eight, some of them twice
         for (; count > 8; count -= 8, at += 8) {
-            all |= load_eight(at);
+            all |= load<uint64_t>(at);
             if ((all & high_bits_of_eight) != 0) return false;
         }
         return (all & high_bits_of_eight) == 0;

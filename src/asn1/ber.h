@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "asn1/byte_order.h"
 #include "asn1/load.h"

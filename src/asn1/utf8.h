@@ -60,9 +60,9 @@ inline bool is_text(const unsigned char* octets, size_t count) {
     const auto other = [](uint64_t eight) { return eight | (eight - ones); };
     uint64_t found = 0;
     if (count >= 8) {
-        found = other(load_eight(octets + count - 8));
+        found = other(load<uint64_t>(octets + count - 8));
         for (size_t at = 0; at + 8 < count; at += 8)
-            found |= other(load_eight(octets + at));
+            found |= other(load<uint64_t>(octets + at));
     } else if (count >= 4) {
         const auto first = load<uint32_t>(octets), last = load<uint32_t>(octets + count - sizeof(uint32_t));
         found = other(uint64_t{first} << 32 | last);

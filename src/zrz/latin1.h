@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "asn1/ascii.h"
+#include "asn1/load.h"
 
 namespace zr {
 
@@ -22,7 +22,7 @@ inline bool is_latin1(const char* code_set) {
 inline size_t utf8_octets_of_latin1(const unsigned char* at, size_t count) {
     size_t octets = count;
     for (; count >= 8; count -= 8, at += 8)
-        octets += static_cast<size_t>(((load_eight(at) & high_bits_of_eight) >> 7) * eight_times(1) >> 56);
+        octets += static_cast<size_t>(((load<uint64_t>(at) & high_bits_of_eight) >> 7) * eight_times(1) >> 56);
     for (; count != 0; --count)
         octets += *at++ >> 7;
     return octets;
@@ -38,12 +38,12 @@ struct text_rest {
     size_t left() const { return static_cast<size_t>(end - at); }
     // The next eight octets; behind the last one come zeros. One at least must be left.
     uint64_t next_eight() const {
-        if (left() >= 8) return load_eight(at);
-        if (is_long) return without_first(load_eight(end - 8), 8 - left());
+        if (left() >= 8) return load<uint64_t>(at);
+        if (is_long) return without_first(load<uint64_t>(end - 8), 8 - left());
         unsigned char eight[8] = {};
         for (size_t i = 0; i < left(); ++i)
             eight[i] = at[i];
-        return load_eight(eight);
+        return load<uint64_t>(eight);
     }
     // Of eight octets those behind the first `count`, which are fewer than eight, and zeros.
     static uint64_t without_first(uint64_t eight, size_t count) {
@@ -64,7 +64,7 @@ struct text_rest {
 inline void copy_ascii(text_rest& from, unsigned char*& to) {
     while (from.at != from.end) {
         const uint64_t eight = from.next_eight();
-        std::memcpy(to, &eight, sizeof eight);
+        store(to, eight);
         const bool is_ascii = (eight & high_bits_of_eight) == 0;
         const size_t count = is_ascii ? std::min<size_t>(from.left(), 8) : octets_before_high(eight);
         from.at += count;

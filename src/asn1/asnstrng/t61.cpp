@@ -1,5 +1,6 @@
 #include "asn1/asnstrng/t61.h"
 
+#include <cstddef>
 #include <type_traits>
 
 namespace {

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 
 #include "asn1/byte_order.h"
 #include "asn1/load.h"

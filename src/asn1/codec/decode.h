@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 
 #include "asn1/codec/values.h"
 #include "asn1/codec/work_list.h"

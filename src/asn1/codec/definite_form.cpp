@@ -113,7 +113,7 @@ bool definite_form::write(octet_position at, octet_position end, const char* fil
             const uint32_t length = most_significant_first(static_cast<uint32_t>(to - header - definite_header));
             header[0] = id_sequence;
             header[1] = length_of_four_octets;
-            std::memcpy(header + 2, &length, sizeof length);
+            store(header + 2, length);
             if (open.indefinite) at += 2;
             copied = at;
             open = around.top();

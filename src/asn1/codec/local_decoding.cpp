@@ -26,8 +26,7 @@ struct text_converter {
         for (uint32_t i = 0; i < count; ++i) {
             auto*& text = place<char*>(place_at(at.field, at.first, i), 0);
             if (text == nullptr) continue;  // it found no memory
-            text_mark mark{};
-            std::memcpy(&mark, text, sizeof mark);
+            const auto mark = load<text_mark>(text);
             if (mark.at > uncounted.at) return false;
             text_at = mark.at;
             const auto converted = conversion.convert(text + sizeof mark, mark.length);

@@ -1,6 +1,7 @@
 #include "asn1/codec/quick_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "asn1/ascii.h"
 #include "asn1/asnbase/object.h"

@@ -257,7 +257,7 @@ int read_marked_text(input& in, char*& block, uint32_t at) {
     text_target target(block, sizeof(text_mark));
     const int status = read_string(in, 12, target);
     const text_mark mark{at, target.length};
-    if (block != nullptr) std::memcpy(block, &mark, sizeof mark);
+    if (block != nullptr) store(block, mark);
     return status;
 }
 

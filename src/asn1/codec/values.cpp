@@ -1,6 +1,7 @@
 #include "asn1/codec/values.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "asn1/record/members.h"
 

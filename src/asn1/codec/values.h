@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 
 #include "asn1/codec/quick_reader.h"
 #include "asn1/codec/shape.h"

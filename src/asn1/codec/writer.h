@@ -5,11 +5,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 
 #include "asn1/ber.h"
 #include "asn1/codec/copy.h"
 #include "asn1/envelope.h"
+#include "asn1/load.h"
 
 namespace zr {
 
@@ -79,8 +79,7 @@ public:
         header(id_utf8_string, length);
     }
     ZR_INLINE void octet_pair(unsigned char first, unsigned char second) {
-        const uint16_t both = pair_of_octets(first, second);
-        std::memcpy(at_ -= 2, &both, 2);
+        store(at_ -= 2, pair_of_octets(first, second));
     }
     ZR_INLINE void header(unsigned char identifier, size_t length) {
         if (length < 0x80) return octet_pair(identifier, static_cast<unsigned char>(length));
@@ -90,8 +89,7 @@ public:
     // octets of a header always do.
     ZR_INLINE void integer(int32_t value) {
         const size_t count = integer_octets(value);
-        const uint32_t stored = most_significant_first(static_cast<uint32_t>(value));
-        std::memcpy(at_ - 4, &stored, 4);
+        store(at_ - 4, most_significant_first(static_cast<uint32_t>(value)));
         at_ -= count;
         octet_pair(id_integer, static_cast<unsigned char>(count));
     }
@@ -122,8 +120,7 @@ private:
     // at the least, the envelope's header still come before them.
     ZR_INLINE void long_header(unsigned char identifier, uint32_t length) {
         const size_t count = length_octets(length);
-        const uint32_t stored = most_significant_first(length);
-        std::memcpy(at_ - 4, &stored, 4);
+        store(at_ - 4, most_significant_first(length));
         at_ -= count;
         octet_pair(identifier, static_cast<unsigned char>(0x80 | count));
     }
@@ -175,8 +172,7 @@ public:
         // Four at a time: a comparison that holds is -1.
         using four = int32_t __attribute__((vector_size(16)));
         for (; count >= 4; count -= 4) {
-            four value{};
-            std::memcpy(&value, values + count - 4, sizeof value);
+            const auto value = load<four>(values + count - 4);
             const four magnitude = value ^ (value >> 31);
             const four extra = (magnitude > 0x7F) + (magnitude > 0x7FFF) + (magnitude > 0x7FFFFF);
             const four all = 1 - extra;

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <string>
 
@@ -22,6 +21,7 @@ using SizeType = std::size_t;
 }
 #include <rapidjson/reader.h>
 
+#include "asn1/load.h"
 #include "json/base/text.h"
 #include "json/document/events.h"
 #include "json/document/fault.h"
@@ -46,12 +46,6 @@ public:
 
 inline constexpr uint64_t ones = 0x0101010101010101;
 
-inline uint64_t eight_at(const char* at) {
-    uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    return word;
-}
-
 // How many octets stand before the first that is marked by its highest bit; on a big-endian machine perhaps none where
 // there are some.
 inline size_t before_mark(uint64_t marks) {
@@ -61,7 +55,7 @@ inline size_t before_mark(uint64_t marks) {
 
 // Of 8 characters: how many stand before the first that ends a string, begins an escape or may not stand in one.
 inline size_t plain_count(const char* eight) {
-    const uint64_t word = eight_at(eight);
+    const uint64_t word = load<uint64_t>(eight);
     const uint64_t quotes = word ^ ones * '"', escapes = word ^ ones * '\\';
     // An octet that is less than what is subtracted gets its highest bit, and may give it to those above it.
     return before_mark(((word - ones * 0x20) | (quotes - ones) | (escapes - ones)) & ~word & ones * 0x80);
@@ -69,7 +63,7 @@ inline size_t plain_count(const char* eight) {
 
 // Of 8 characters: how many spaces they begin with.
 inline size_t space_count(const char* eight) {
-    const uint64_t others = eight_at(eight) ^ ones * ' ';
+    const uint64_t others = load<uint64_t>(eight) ^ ones * ' ';
     return before_mark((((others & ones * 0x7F) + ones * 0x7F) | others) & ones * 0x80);
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "asn1/load.h"
 #include "json/base/hex.h"
 #include "json/base/secrets.h"
 #include "json/base/text.h"
@@ -102,13 +103,6 @@ bool read_octets(std::string_view digits, member_filler& to, std::string& messag
         read_hex(digits, add_octets(to, static_cast<uint32_t>(count))))
         return true;
     return refuse(message, shown(member, digits), describe_scalar(member));
-}
-
-template <class T>
-T load(const void* from) {
-    T value;
-    std::memcpy(&value, from, sizeof(T));
-    return value;
 }
 
 void write_number(output& out, int64_t number) {
